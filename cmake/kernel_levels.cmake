@@ -1,0 +1,38 @@
+# One list of kernel sources, compiled once for every instruction set of the target processor. Each unit puts all of
+# its code into a namespace named after its set, so that nothing compiled for a wide set can be linked in elsewhere.
+if(CMAKE_SYSTEM_PROCESSOR MATCHES "x86_64|AMD64|i[3-6]86")
+  set(VIDPROC_LEVELS scalar sse2 sse41 avx2 avx512 avx512vbmi)
+elseif(CMAKE_SYSTEM_PROCESSOR MATCHES "aarch64|arm64")
+  set(VIDPROC_LEVELS scalar neon)
+else()
+  set(VIDPROC_LEVELS scalar)
+endif()
+
+set(VIDPROC_FLAGS_sse2 -msse2)
+set(VIDPROC_FLAGS_sse41 -msse4.1)
+set(VIDPROC_FLAGS_avx2 -mavx2)
+set(VIDPROC_FLAGS_avx512 -mavx512f -mavx512bw -mavx512dq -mavx512vl)
+set(VIDPROC_FLAGS_avx512vbmi ${VIDPROC_FLAGS_avx512} -mavx512vbmi)
+if(VIDPROC_EMULATE_WIDE)
+  set(VIDPROC_FLAGS_avx512 -mavx2 -DVIDPROC_EMULATE_WIDE)
+  set(VIDPROC_FLAGS_avx512vbmi ${VIDPROC_FLAGS_avx512})
+endif()
+
+# vidproc_add_kernels(TARGET SOURCE...): object library TARGET_<level> per level, collected in VIDPROC_KERNEL_OBJECTS.
+function(vidproc_add_kernels)
+  set(objects)
+  foreach(level IN LISTS VIDPROC_LEVELS)
+    set(unit vidproc_kernels_${level})
+    add_library(${unit} OBJECT ${ARGN})
+    target_include_directories(${unit} PRIVATE ${PROJECT_SOURCE_DIR}/include ${PROJECT_SOURCE_DIR}/src)
+    target_link_libraries(${unit} PRIVATE vidproc_flags)
+    target_compile_definitions(${unit} PRIVATE VIDPROC_TARGET=${level} VIDPROC_TARGET_${level})
+    target_compile_options(${unit} PRIVATE ${VIDPROC_FLAGS_${level}} -fno-exceptions -fno-rtti)
+    if(level MATCHES avx512 AND CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+      # g++ 12 warns about its own AVX-512 header at -O3.
+      target_compile_options(${unit} PRIVATE -Wno-maybe-uninitialized)
+    endif()
+    list(APPEND objects $<TARGET_OBJECTS:${unit}>)
+  endforeach()
+  set(VIDPROC_KERNEL_OBJECTS ${objects} PARENT_SCOPE)
+endfunction()
