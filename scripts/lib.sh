@@ -1,0 +1,68 @@
+# Shared by the scripts of this directory and by .ci/run: installing Debian packages, building, timing steps.
+# To be sourced by bash; leaves the caller in the project's top directory.
+
+set -euo pipefail
+cd "$(dirname "${BASH_SOURCE[0]}")/.."
+
+buildPackages=(g++ cmake ninja-build)
+toolPackages=(pkg-config libcli11-dev nlohmann-json3-dev libavformat-dev libavcodec-dev libavutil-dev libswscale-dev)
+testPackages=(libgtest-dev)
+lintPackages=(clang clang-format clang-tidy)
+emulationPackages=(libsimde-dev)
+
+Say() { printf '%s\n' "$*"; }
+
+Fail() {
+  printf 'error: %s\n' "$*" >&2
+  exit 1
+}
+
+# InstallPackages NAME...: installs the Debian packages that are missing; uses sudo only when not root.
+InstallPackages() {
+  local package missing=() asRoot=()
+  for package in "$@"; do
+    [[ $(dpkg-query -W -f '${db:Status-Status}' "$package" 2>/dev/null) == installed ]] || missing+=("$package")
+  done
+  ((${#missing[@]})) || return 0
+  Say "Installing Debian packages: ${missing[*]}"
+  if ((EUID != 0)); then
+    command -v sudo >/dev/null || Fail "not root and no sudo here; as root: apt-get install ${missing[*]}"
+    Say "(sudo may ask for your password)"
+    asRoot=(sudo)
+  fi
+  Quietly "${asRoot[@]}" apt-get update
+  Quietly "${asRoot[@]}" env DEBIAN_FRONTEND=noninteractive apt-get install -y --no-install-recommends "${missing[@]}"
+}
+
+# Quietly COMMAND...: runs it without input and shows its output only when it fails.
+Quietly() {
+  local log status=0
+  log=$(mktemp)
+  "$@" </dev/null >"$log" 2>&1 || status=$?
+  if ((status)); then
+    tail -n 60 "$log" >&2
+    Say "failed: $*" >&2
+  fi
+  rm -f "$log"
+  return "$status"
+}
+
+# Build DIRECTORY TARGET OPTION...: configures with the options and builds one target.
+Build() {
+  local directory=$1 target=$2
+  shift 2
+  Quietly cmake -S . -B "$directory" -G Ninja "$@" &&
+    Quietly cmake --build "$directory" --target "$target"
+}
+
+# Step TITLE COMMAND...: runs one announced step, prints how long it took and notes it in stepSummary. COMMAND must not
+# rely on `set -e`.
+stepSummary=()
+Step() {
+  local title=$1 begin=$SECONDS
+  shift
+  Say "==> $title"
+  "$@" || Fail "$title: failed after $((SECONDS - begin)) s"
+  stepSummary+=("$(printf '%4d s  %s' $((SECONDS - begin)) "$title")")
+  Say "    done in $((SECONDS - begin)) s"
+}
