@@ -6,34 +6,18 @@
 
 namespace reference {
 
-inline int Wrap16(int value) {
-  return static_cast<std::int16_t>(value);
-}
-inline int LowWord(int value) {
-  return static_cast<std::uint16_t>(value);
-}
-inline int Saturate16(int value) {
-  return std::clamp(value, -32768, 32767);
-}
+inline int Wrap16(int value) { return static_cast<std::int16_t>(value); }
+inline int LowWord(int value) { return static_cast<std::uint16_t>(value); }
+inline int Saturate16(int value) { return std::clamp(value, -32768, 32767); }
 
-inline int MultiplyLow(int a, int b) {
-  return Wrap16(a * b);
-}
-inline int AddSaturated(int a, int b) {
-  return Saturate16(a + b);
-}
-inline int SubtractSaturated(int a, int b) {
-  return Saturate16(a - b);
-}
+inline int MultiplyLow(int a, int b) { return Wrap16(a * b); }
+inline int AddSaturated(int a, int b) { return Saturate16(a + b); }
+inline int SubtractSaturated(int a, int b) { return Saturate16(a - b); }
 
-inline std::uint8_t ClampToByte(int value) {
-  return static_cast<std::uint8_t>(std::clamp(value, 0, 255));
-}
+inline std::uint8_t ClampToByte(int value) { return static_cast<std::uint8_t>(std::clamp(value, 0, 255)); }
 
 /// The square of a difference as far as the weight curve looks at it: its low 16 bits, 256 at most.
-inline int CappedSquare(int difference) {
-  return std::min(LowWord(difference * difference), 256);
-}
+inline int CappedSquare(int difference) { return std::min(LowWord(difference * difference), 256); }
 
 /// 256 at a square of 0, falling to 0. Bits shifted out of the 16-bit lane are lost: far differences may count again.
 inline int DifferenceWeight(int cappedSquare, int shift) {

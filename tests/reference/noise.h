@@ -22,9 +22,7 @@ struct Noise {
 };
 
 /// The usual pitch of a noise geometry: whole blocks of 16 pixels.
-inline std::size_t NoisePitch(std::size_t width) {
-  return (width + 15) / 16 * 16 * 2;
-}
+inline std::size_t NoisePitch(std::size_t width) { return (width + 15) / 16 * 16 * 2; }
 
 /// Adds noise to the first `limit` bytes; nothing after them is read or written. Source and destination may be one.
 void AddNoise(const Noise& noise, const std::uint8_t* source, std::uint8_t* destination, std::size_t limit);

@@ -5,6 +5,7 @@
 #include <array>
 #include <vector>
 
+#include "reference/borders.h"
 #include "reference/lane.h"
 
 namespace reference {
@@ -22,12 +23,6 @@ Position SourcePosition(int output, int up, int down) {
   const std::int64_t index = a / up;
   const double phase = static_cast<double>(16 * a) / up - static_cast<double>(16 * index);
   return {static_cast<int>(index), static_cast<int>(phase)};
-}
-
-/// Samples left and right of the row repeat the first and the last group of four bytes.
-int FoldColumn(int column, int rowBytes) {
-  if (column < 0) return column & 3;
-  return column < rowBytes ? column : rowBytes - 4 + ((column - rowBytes) & 3);
 }
 
 std::vector<std::uint8_t> PackRows(const std::uint8_t* frame, std::size_t stride, int rowBytes, int rows) {

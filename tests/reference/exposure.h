@@ -1,0 +1,41 @@
+// The auto-exposure service, written plainly from its rules.
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+namespace reference {
+
+class ExposureWatcher {
+ public:
+  ExposureWatcher(int width, int height) : width(width), height(height) {}
+
+  /// One packed 2vuy frame; 1 a drift was confirmed, 0 the brightness settled, -1 otherwise.
+  int Watch(const std::uint8_t* frame);
+
+ private:
+  struct Measure {
+    int matchingBlocks;
+    int brightness;
+  };
+
+  bool BlockMatches(const std::uint8_t* now, const std::uint8_t* before) const;
+  Measure MeasureFrame(const std::uint8_t* frame) const;
+  int Settle(int brightness);
+  int WatchDrift(int brightness, const std::uint8_t* frame);
+  void CountSceneChange(int matchingBlocks, const std::uint8_t* frame);
+  void Remember(const std::uint8_t* frame);
+
+  int width;
+  int height;
+  int frameCount = 0;
+  bool settling = true;
+  int candidateLevel = 100;
+  int settledLevel = 0;
+  int stableFrames = 0;
+  int driftFrames = 0;
+  int sceneChangeFrames = 0;
+  std::vector<std::uint8_t> reference;
+};
+
+}  // namespace reference
