@@ -1,0 +1,63 @@
+// Frame dispatch: every frame enters through a form of Go, which runs exactly one kernel or none.
+#include "frame/engine.h"
+#include "frame/frame420.h"
+#include "vidproc/video_processor.h"
+
+int VideoProcessor::Go(unsigned char plainScaler) {
+  const bool hasSse2 = cpuLevel >= 0;
+  const bool hasSse41 = cpuLevel >= 1;
+  const bool sameGeometry = outWidth == inWidth && outHeight == inHeight && softenLevel == 0;
+  if (plainScaler != 0) {
+    if (hasSse2) PreProcExecute();
+  } else if (isPreProcessor == 0) {
+    if (hasSse2) PostProcExecute();
+  } else if (sameGeometry) {
+    // kept: nothing stands in for the temporal filter below level 1; the destination stays as it was.
+    if (hasSse41) PreProcTemporalExecute();
+  } else if (adaptive != 0 && hasSse41) {
+    if (use16Taps != 0) {
+      PreProcAdaptive16TapTemporalExecute();
+    } else if (spatialMotionSmoothing != 0) {
+      PreProcAdaptiveMotionSmoothingExecute();
+    } else {
+      PreProcAdaptiveExecute();
+    }
+  } else if (hasSse2) {
+    PreProcExecute();
+  }
+  return 0;
+}
+
+int VideoProcessor::Go(unsigned char* source, unsigned char* destination, unsigned char plainScaler) {
+  srcFrame = source;
+  dstFrame = destination;
+  return Go(plainScaler);
+}
+
+int VideoProcessor::Go(unsigned char* sourceLuma, unsigned char* sourceChroma, unsigned char* destinationLuma,
+                       unsigned char* destinationChroma, unsigned int sourceWidth, unsigned int sourceHeight,
+                       unsigned int sourceLumaStride, unsigned int sourceChromaStride, unsigned int destinationWidth,
+                       unsigned int destinationHeight, unsigned int destinationLumaStride,
+                       unsigned int destinationChromaStride, unsigned char plainScaler) {
+  const vidproc::FramePair420 frames = {
+      {sourceLuma, sourceChroma, sourceWidth, sourceHeight, sourceLumaStride, sourceChromaStride},
+      {destinationLuma, destinationChroma, destinationWidth, destinationHeight, destinationLumaStride,
+       destinationChromaStride}};
+  return vidproc::Engine::Go420(*this, frames, plainScaler);
+}
+
+int VideoProcessor::Go(char* inName, char* outName) {
+  SetFiles(inName, outName);
+  return Go(0);
+}
+
+int VideoProcessor::Go(char* inName, char* outName, unsigned char flag0, unsigned char flag1,
+                       unsigned char foldHorizontal, unsigned char foldVertical, unsigned int value) {
+  SetFiles(inName, outName);
+  optionFlag0 = flag0;
+  optionFlag1 = flag1;
+  enhanceHorizontal = foldHorizontal;
+  enhanceVertical = foldVertical;
+  optionValue = value;
+  return Go(0);
+}
