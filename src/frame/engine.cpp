@@ -1,0 +1,255 @@
+#include "frame/engine.h"
+
+#include <cstring>
+#include <ctime>
+#include <new>
+
+#include "simd/kernel_table.h"
+
+namespace vidproc {
+namespace {
+
+constexpr std::uint32_t kMaxNoiseLevel = 12;
+
+/// Bytes from the first byte of a frame to the last byte of its last row.
+std::uint64_t FrameExtent(std::uint32_t width, std::uint32_t height, std::uint32_t stride) {
+  return std::uint64_t{height - 1} * stride + std::uint64_t{2} * width;
+}
+
+std::uint64_t SourceExtent(const VideoProcessor& p) { return FrameExtent(p.inWidth, p.inHeight, p.inStride); }
+std::uint64_t DestinationExtent(const VideoProcessor& p) { return FrameExtent(p.outWidth, p.outHeight, p.outStride); }
+
+bool Overlap(const std::uint8_t* a, std::uint64_t aBytes, const std::uint8_t* b, std::uint64_t bBytes) {
+  return a < b + bBytes && b < a + aBytes;
+}
+
+void CopyRows(const std::uint8_t* from, std::uint64_t fromStride, std::uint8_t* to, std::uint64_t toStride,
+              std::uint64_t rowBytes, std::uint32_t rows) {
+  for (std::uint32_t r = 0; r < rows; ++r) std::memmove(to + r * toStride, from + r * fromStride, rowBytes);
+}
+
+ScaleGeometry GeometryOf(const VideoProcessor& p, const ScalerTraits& traits) {
+  return {static_cast<std::int32_t>(p.inWidth),
+          static_cast<std::int32_t>(p.inHeight),
+          static_cast<std::int32_t>(p.outWidth),
+          static_cast<std::int32_t>(p.outHeight),
+          p.horizontalUp,
+          p.horizontalDown,
+          p.verticalUp,
+          p.verticalDown,
+          traits.horizontalTaps,
+          traits.verticalTaps};
+}
+
+}  // namespace
+
+void Engine::PrepareWorkspace(VideoProcessor& p) {
+  if (p.workspace == nullptr) p.workspace = new Workspace;
+  p.workspace->Reserve({p.inWidth, p.inHeight, p.outWidth, p.outHeight});
+}
+
+void Engine::ReleaseWorkspace(VideoProcessor& p) noexcept {
+  delete p.workspace;
+  p.workspace = nullptr;
+}
+
+/// Takes memory only where fields written by hand ask for more than set-up has made.
+bool Engine::ReserveWorkspace(VideoProcessor& p) {
+  try {
+    PrepareWorkspace(p);
+    return true;
+  } catch (const std::bad_alloc&) {
+    return false;
+  }
+}
+
+bool Engine::LiesInWorkingBuffer(const VideoProcessor& p, const void* start, std::uint64_t& room) {
+  const struct {
+    const void* start;
+    std::uint64_t bytes;
+  } buffers[] = {{p.scratchA, p.scratchBytes},
+                 {p.scratchB, p.scratchBytes},
+                 {p.previousFrame, p.previousFrameBytes},
+                 {p.smoothingBufferLarge, p.smoothingLargeBytes},
+                 {p.smoothingBufferSmall, p.smoothingSmallBytes}};
+  const auto address = reinterpret_cast<std::uintptr_t>(start);
+  for (const auto& buffer : buffers) {
+    const auto first = reinterpret_cast<std::uintptr_t>(buffer.start);
+    if (first == 0 || address < first || address - first >= buffer.bytes) continue;
+    room = buffer.bytes - (address - first);
+    return true;
+  }
+  return false;
+}
+
+bool Engine::FramesAreUsable(const VideoProcessor& p) {
+  if (p.srcFrame == nullptr || p.dstFrame == nullptr) return false;
+  if (p.inWidth < 2 || p.outWidth < 2 || p.inHeight < 1 || p.outHeight < 1) return false;
+  if (p.inStride / 2 < p.inWidth || p.outStride / 2 < p.outWidth) return false;
+  std::uint64_t room = 0;
+  if (LiesInWorkingBuffer(p, p.srcFrame, room) && SourceExtent(p) > room) return false;
+  if (LiesInWorkingBuffer(p, p.dstFrame, room) && (p.outStride != 2 * p.outWidth || DestinationExtent(p) > room)) {
+    return false;
+  }
+  return true;
+}
+
+/// By the whole-frame layouts that set-up sizes its buffers for, whatever the strips really need.
+bool Engine::FitsScaler(const VideoProcessor& p, const ScalerTraits& traits) {
+  constexpr std::uint32_t kUnthinkable = 1u << 30;
+  if (p.inWidth >= kUnthinkable || p.inHeight >= kUnthinkable || p.outWidth >= kUnthinkable ||
+      p.outHeight >= kUnthinkable) {
+    return false;
+  }
+  const std::uint64_t inRow = std::uint64_t{2} * p.inWidth;
+  const std::uint64_t outRow = std::uint64_t{2} * p.outWidth;
+  const std::uint64_t packedOutput = outRow * p.outHeight;
+  const std::uint64_t edgeColumns = traits.horizontalTaps > 8 ? 64 : 32;
+  const auto fits = [](const void* buffer, std::uint64_t bytes, std::uint64_t need) {
+    return buffer != nullptr && need <= bytes;
+  };
+  if (!fits(p.scratchA, p.scratchBytes, (p.inHeight + std::uint64_t{8}) * inRow) ||
+      !fits(p.scratchA, p.scratchBytes, (inRow + edgeColumns) * p.outHeight * 2) ||
+      (p.outStride != outRow && !fits(p.scratchA, p.scratchBytes, packedOutput)) ||
+      !fits(p.scratchB, p.scratchBytes, 2 * inRow * p.outHeight) || !fits(p.scratchB, p.scratchBytes, packedOutput)) {
+    return false;
+  }
+  if (traits.hasHistory && !fits(p.previousFrame, p.previousFrameBytes, packedOutput)) return false;
+  if (!traits.smoothsMotion) return true;
+  const std::uint64_t largerHeight = p.inHeight > p.outHeight ? p.inHeight : p.outHeight;
+  const std::uint64_t largerRow = inRow > outRow ? inRow : outRow;
+  return fits(p.smoothingBufferSmall, p.smoothingSmallBytes, inRow * largerHeight) &&
+         fits(p.smoothingBufferLarge, p.smoothingLargeBytes, 2 * largerRow * p.outHeight);
+}
+
+bool Engine::MayScale(VideoProcessor& p, const ScalerTraits& traits) {
+  const auto half = [](std::uint32_t width) { return std::int64_t{width / 2 + width % 2}; };
+  return FramesAreUsable(p) && FitsScaler(p, traits) &&
+         RatioReachesNoFurther(p.horizontalUp, p.horizontalDown, p.outWidth, p.inWidth) &&
+         RatioReachesNoFurther(p.horizontalUp, p.horizontalDown, half(p.outWidth), half(p.inWidth)) &&
+         RatioReachesNoFurther(p.verticalUp, p.verticalDown, p.outHeight, p.inHeight) && ReserveWorkspace(p);
+}
+
+NoiseField* Engine::StartFrameNoise(VideoProcessor& p, NoiseRule rule) {
+  if (rule == NoiseRule::kNone) return nullptr;
+  const bool isSigned = rule == NoiseRule::kSizedByOutput;
+  const bool negative = isSigned && static_cast<std::int32_t>(p.ditherLevel) < 0;
+  if (negative || p.ditherLevel == 0) return nullptr;
+  if (p.ditherLevel > kMaxNoiseLevel) p.ditherLevel = kMaxNoiseLevel;
+  if (p.ditherTable == nullptr || p.workspace == nullptr) return nullptr;
+  const auto seed =
+      p.ditherSeed == -1 ? static_cast<std::uint32_t>(std::clock()) : static_cast<std::uint32_t>(p.ditherSeed);
+  const std::uint32_t width = isSigned ? p.outWidth : p.inWidth;
+  const std::uint32_t height = isSigned ? p.outHeight : p.inHeight;
+  const std::uint32_t pitch = 2 * ((width + 15) & ~15u);
+  StartNoise(p.workspace->noise, p.ditherTable, p.ditherLevel, seed & 0xFF, pitch, width, height);
+  return &p.workspace->noise;
+}
+
+/// The kernels read source rows while they write the destination, and past the end of short rows.
+void Engine::PlaceSource(VideoProcessor& p, ScaleJob& job) {
+  const std::uint64_t rowBytes = std::uint64_t{2} * p.inWidth;
+  job.source = p.srcFrame;
+  job.sourceStride = p.inStride;
+  if (Overlap(p.srcFrame, SourceExtent(p), p.dstFrame, DestinationExtent(p))) {
+    auto* const scratchB = reinterpret_cast<std::uint8_t*>(p.scratchB);
+    const bool writesScratchB = Overlap(p.dstFrame, DestinationExtent(p), scratchB, p.scratchBytes);
+    auto* const copy = writesScratchB ? reinterpret_cast<std::uint8_t*>(p.scratchA) : scratchB;
+    CopyRows(job.source, p.inStride, copy, rowBytes, rowBytes, p.inHeight);
+    job.source = copy;
+    job.sourceStride = static_cast<std::ptrdiff_t>(rowBytes);
+  }
+  if (rowBytes < kNarrowRowBytes) {
+    CopyRows(job.source, static_cast<std::uint64_t>(job.sourceStride), p.workspace->narrowRows, kNarrowRowBytes,
+             rowBytes, p.inHeight);
+    job.source = p.workspace->narrowRows;
+    job.sourceStride = kNarrowRowBytes;
+  }
+}
+
+ScaleJob Engine::MakeScaleJob(VideoProcessor& p, const ScalerTraits& traits) {
+  Workspace& workspace = *p.workspace;
+  workspace.plan.Update(p, GeometryOf(p, traits), workspace.rowPositions, workspace.columnPositions);
+  ScaleJob job{};
+  PlaceSource(p, job);
+  job.inWidth = static_cast<std::int32_t>(p.inWidth);
+  job.inHeight = static_cast<std::int32_t>(p.inHeight);
+  job.destination = p.dstFrame;
+  job.destinationStride = p.outStride;
+  job.outWidth = static_cast<std::int32_t>(p.outWidth);
+  job.outHeight = static_cast<std::int32_t>(p.outHeight);
+  job.rowPositions = workspace.plan.rowPositions;
+  job.verticalBank = &workspace.plan.verticalBank;
+  job.horizontalBank = &workspace.plan.horizontalBank;
+  job.horizontal = &workspace.plan.horizontal;
+  // kept: adaptive 0 shifts by 255 or more, which clears the lost weight.
+  job.adaptiveShift = p.adaptive == 0 ? 255 : p.adaptive - 1;
+  job.temporalStrength = p.temporalStrength;
+  job.temporalShift = p.temporalShift;
+  job.lumaGain = p.lumaGain[0];
+  job.lumaOffset = p.lumaOffset[0];
+  job.strip = workspace.strip;
+  if (traits.hasHistory) {
+    job.history = p.previousFrame;
+    job.firstFrame = p.temporalFirstFrame != 0;
+  }
+  if (traits.smoothsMotion) {
+    job.motionRows = p.smoothingBufferSmall;
+    job.motionColumns = reinterpret_cast<std::int16_t*>(p.smoothingBufferLarge);
+  }
+  return job;
+}
+
+void Engine::RunScaler(VideoProcessor& p, const ScalerTraits& traits) {
+  if (!MayScale(p, traits)) return;
+  if (p.debugPrint != 0) traits.listBanks(p);
+  ScaleJob job = MakeScaleJob(p, traits);
+  NoiseField* const noise = StartFrameNoise(p, traits.noise);
+  // Rows of 64 KB and more take their noise's source from elsewhere in the frame: only whole frames will do.
+  const bool wholeFrameNoise = noise != nullptr && noise->pitch > 0xFFFF;
+  job.noise = wholeFrameNoise ? nullptr : noise;
+
+  const auto rememberRows = [&] {
+    const std::uint64_t rowBytes = std::uint64_t{2} * p.inWidth;
+    CopyRows(job.source, static_cast<std::uint64_t>(job.sourceStride), job.motionRows, rowBytes, rowBytes, p.inHeight);
+  };
+  if (traits.smoothsMotion && job.firstFrame) rememberRows();
+  (Kernels().*traits.kernel)(job);
+  if (traits.smoothsMotion) rememberRows();
+
+  if (wholeFrameNoise) {
+    const std::uint64_t rowBytes = std::uint64_t{2} * p.outWidth;
+    AddNoiseWhole(*noise, p.dstFrame, rowBytes, p.outStride, rowBytes * p.outHeight);
+  }
+  if (traits.hasHistory) p.temporalFirstFrame = 0;
+  p.workspace->frameProduced = true;
+}
+
+/// Equal sizes, no filtering: the frame is copied and dithered. kept: the noise counts its rows from the frame's first
+/// byte by its own pitch, whatever the destination's stride.
+void Engine::PassThrough(VideoProcessor& p) {
+  if (!FramesAreUsable(p)) return;
+  const std::uint64_t rowBytes = std::uint64_t{2} * p.outWidth;
+  ScaleJob placed{};
+  placed.source = p.srcFrame;
+  placed.sourceStride = p.inStride;
+  const bool overlap = Overlap(p.srcFrame, SourceExtent(p), p.dstFrame, DestinationExtent(p));
+  if (overlap && rowBytes * p.inHeight <= p.scratchBytes && p.scratchA != nullptr && p.scratchB != nullptr &&
+      ReserveWorkspace(p)) {
+    PlaceSource(p, placed);
+  }
+  CopyRows(placed.source, static_cast<std::uint64_t>(placed.sourceStride), p.dstFrame, p.outStride, rowBytes,
+           p.outHeight);
+  if (p.workspace == nullptr && p.ditherTable != nullptr) ReserveWorkspace(p);
+  if (NoiseField* const noise = StartFrameNoise(p, NoiseRule::kSizedByOutput)) {
+    const std::uint64_t extent = DestinationExtent(p);
+    if (noise->pitch > 0xFFFF) {
+      AddNoiseWhole(*noise, p.dstFrame, extent, extent, extent);
+    } else {
+      Kernels().addNoise(*noise, p.dstFrame, 0, extent);
+    }
+  }
+  if (p.workspace != nullptr) p.workspace->frameProduced = true;
+}
+
+}  // namespace vidproc

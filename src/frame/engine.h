@@ -1,0 +1,53 @@
+// Between the processor object and the kernels: decides whether a kernel may run on the object's fields, prepares its
+// job, runs it on the level in use, and updates the state that it leaves behind.
+#pragma once
+
+#include "frame/frame420.h"
+#include "frame/workspace.h"
+#include "vidproc/video_processor.h"
+
+namespace vidproc {
+
+struct KernelTable;
+
+enum class NoiseRule {
+  kNone,
+  kSizedByInput,   ///< kept: the pre-processor lays its noise out by the input frame
+  kSizedByOutput,  ///< the post-processor; its level is signed, below 1 is none
+};
+
+/// What tells one scaling kernel from another, seen from outside.
+struct ScalerTraits {
+  void (*KernelTable::*kernel)(const ScaleJob&);
+  int verticalTaps;
+  int horizontalTaps;
+  bool hasHistory;
+  bool smoothsMotion;
+  NoiseRule noise;
+  void (*listBanks)(const VideoProcessor&);
+};
+
+/// Has the object's private members.
+struct Engine {
+  static void PrepareWorkspace(VideoProcessor& processor);
+  static void ReleaseWorkspace(VideoProcessor& processor) noexcept;
+
+  static void RunScaler(VideoProcessor& processor, const ScalerTraits& traits);
+  static void RunPostProcessor(VideoProcessor& processor, const ScalerTraits& traits);
+  static void RunTemporalFilter(VideoProcessor& processor);
+  static void RunDeblocking(VideoProcessor& processor);
+  static int Go420(VideoProcessor& processor, const FramePair420& frames, unsigned char plainScaler);
+
+ private:
+  static bool MayScale(VideoProcessor& processor, const ScalerTraits& traits);
+  static bool FitsScaler(const VideoProcessor& processor, const ScalerTraits& traits);
+  static bool FramesAreUsable(const VideoProcessor& processor);
+  static bool LiesInWorkingBuffer(const VideoProcessor& processor, const void* start, std::uint64_t& room);
+  static ScaleJob MakeScaleJob(VideoProcessor& processor, const ScalerTraits& traits);
+  static void PlaceSource(VideoProcessor& processor, ScaleJob& job);
+  static NoiseField* StartFrameNoise(VideoProcessor& processor, NoiseRule rule);
+  static void PassThrough(VideoProcessor& processor);
+  static bool ReserveWorkspace(VideoProcessor& processor);
+};
+
+}  // namespace vidproc

@@ -1,0 +1,65 @@
+// 4:2:0 frames: staged as 2vuy in scratchB, processed into scratchA, split back into planes.
+#include "frame/engine.h"
+#include "simd/kernel_table.h"
+
+namespace vidproc {
+namespace {
+
+bool IsUsable(const Frame420& frame, std::uint64_t scratchBytes) {
+  constexpr std::uint32_t kUnthinkable = 1u << 30;
+  if (frame.luma == nullptr || frame.chroma == nullptr || frame.width < 1 || frame.height < 1) return false;
+  if (frame.width >= kUnthinkable || frame.height >= kUnthinkable) return false;
+  if (frame.lumaStride < frame.width || frame.chromaStride < frame.width) return false;
+  return std::uint64_t{2} * frame.width * frame.height <= scratchBytes;
+}
+
+/// Calls row(luma, chroma, row bytes of the whole pairs) for every row of the planes and of a packed 2vuy frame; one
+/// chroma row serves two luma rows.
+template <class RowFunction>
+void ForEachRow(const Frame420& planes, std::uint8_t* frame, const RowFunction& row) {
+  const std::uint64_t rowBytes = std::uint64_t{2} * planes.width;
+  for (std::uint32_t y = 0; y < planes.height; ++y) {
+    row(planes.luma + std::uint64_t{y} * planes.lumaStride, planes.chroma + std::uint64_t{y / 2} * planes.chromaStride,
+        frame + y * rowBytes);
+  }
+}
+
+/// A row of odd width ends with a Cb and a Y that have no partners.
+void Stage(const Frame420& planes, std::uint8_t* frame) {
+  const std::uint32_t last = planes.width - 1;
+  const std::ptrdiff_t pairBytes = std::ptrdiff_t{4} * (planes.width / 2);
+  ForEachRow(planes, frame, [&](const std::uint8_t* luma, const std::uint8_t* chroma, std::uint8_t* row) {
+    Kernels().interleaveRow(luma, chroma, row, pairBytes);
+    if (last % 2 != 0) return;
+    row[pairBytes] = chroma[last];
+    row[pairBytes + 1] = luma[last];
+  });
+}
+
+/// kept: the rows 2j and 2j + 1 both write chroma row j; the second stays.
+void Unstage(const Frame420& planes, std::uint8_t* frame) {
+  const std::uint32_t last = planes.width - 1;
+  const std::ptrdiff_t pairBytes = std::ptrdiff_t{4} * (planes.width / 2);
+  ForEachRow(planes, frame, [&](std::uint8_t* luma, std::uint8_t* chroma, const std::uint8_t* row) {
+    Kernels().splitRow(row, luma, chroma, pairBytes);
+    if (last % 2 != 0) return;
+    chroma[last] = row[pairBytes];
+    luma[last] = row[pairBytes + 1];
+  });
+}
+
+}  // namespace
+
+int Engine::Go420(VideoProcessor& p, const FramePair420& frames, unsigned char plainScaler) {
+  if (p.scratchA == nullptr || p.scratchB == nullptr || p.workspace == nullptr) return 0;
+  if (!IsUsable(frames.source, p.scratchBytes) || !IsUsable(frames.destination, p.scratchBytes)) return 0;
+  p.srcFrame = reinterpret_cast<std::uint8_t*>(p.scratchB);
+  p.dstFrame = reinterpret_cast<std::uint8_t*>(p.scratchA);
+  Stage(frames.source, p.srcFrame);
+  p.workspace->frameProduced = false;
+  p.Go(plainScaler);
+  if (p.workspace->frameProduced) Unstage(frames.destination, reinterpret_cast<std::uint8_t*>(p.scratchA));
+  return 0;
+}
+
+}  // namespace vidproc

@@ -1,0 +1,40 @@
+// The processor's own working memory: the strip's memory, positions and plans, made at set-up and kept for the life of
+// the object. It grows with larger frames; the public buffers never do.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+
+#include "frame/scale_plan.h"
+#include "passes/noise_field.h"
+#include "passes/scale_job.h"
+
+namespace vidproc {
+
+struct FrameSizes {
+  std::uint64_t inWidth, inHeight, outWidth, outHeight;
+};
+
+/// Source rows shorter than this are copied into rows of this pitch, so that vectors may read past their end.
+constexpr std::uint64_t kNarrowRowBytes = 64;
+
+struct Workspace {
+  /// Makes room for frames of these sizes. @throws std::bad_alloc, leaving the workspace as it was.
+  void Reserve(const FrameSizes& sizes);
+
+  StripMemory strip{};
+  RowPosition* rowPositions = nullptr;
+  TapPosition* columnPositions = nullptr;
+  std::uint8_t* narrowRows = nullptr;   ///< inHeight rows of kNarrowRowBytes, for narrow frames
+  std::uint8_t* deblockRows = nullptr;  ///< the three rows above a strip
+  ScalePlan plan;
+  NoiseField noise{};
+  bool frameProduced = false;  ///< a kernel has written a frame since this was last cleared
+
+ private:
+  std::unique_ptr<std::uint8_t[]> memory;
+  std::size_t memoryBytes = 0;
+};
+
+}  // namespace vidproc

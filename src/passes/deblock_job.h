@@ -1,0 +1,22 @@
+// What one run of the deblocking kernel works on.
+#pragma once
+
+#include "passes/scale_job.h"
+
+namespace vidproc {
+
+struct DeblockJob {
+  std::uint8_t* frame;  ///< packed rows of 2 * width bytes, filtered in place
+  std::int32_t width;
+  std::int32_t height;
+  bool testPattern;  ///< filter a checkerboard instead of the frame's own picture
+  /// (51 - level) >> 2: how fast the filter lets go as the step across an edge grows.
+  std::int16_t edgeSensitivity;
+  std::int16_t verticalTaps[8];
+  std::int16_t horizontalTaps[8];
+  const TapPosition* positions;  ///< source sample of every output sample, outputs ascending
+  StripMemory strip;
+  std::uint8_t* rowsAbove;  ///< room for the last 3 rows of the strip before, as they were: 3 * (2 * width + kRowSlack)
+};
+
+}  // namespace vidproc

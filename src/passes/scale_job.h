@@ -1,0 +1,98 @@
+// What one run of a scaling kernel works on, as plain data: frames, ratios, banks, settings, history and the strip's
+// own memory. Prepared once per frame by the common code, read by the kernels of every instruction set.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+namespace vidproc {
+
+struct NoiseField;
+
+constexpr int kPhases = 16;
+constexpr int kMaxTaps = 16;
+
+/// Rows of working buffers keep this many bytes of room past their end, so that vectors may overshoot; the odd multiple
+/// of a cache line also keeps rows whose length is a power of two apart in the cache.
+constexpr int kRowSlack = 192;
+
+/// Byte columns repeated on each side of a strip's columns: whole groups Cb Y Cr Y, as many as 16 taps can reach.
+constexpr int kEdgeColumns = 32;
+
+/// Rows of the widest strip: one 512-bit vector of bytes.
+constexpr int kMaxStripRows = 64;
+
+/// The coefficients of an axis as the kernels read them, and where each phase's non-zero ones lie.
+struct TapBank {
+  std::int32_t taps;
+  std::int16_t coefficient[kPhases][kMaxTaps];
+  std::int32_t firstTap[kPhases];
+  std::int32_t tapCount[kPhases];  ///< from the first to the last non-zero tap; at least 1
+};
+
+/// An output sample of a component and the source sample under its centre tap.
+struct TapPosition {
+  std::int32_t output;
+  std::int32_t source;
+};
+
+/// An output row's source row under its centre tap, and its phase.
+struct RowPosition {
+  std::int32_t source;
+  std::int32_t phase;
+};
+
+/// Neighbouring entries of the positions that share a phase, outputs ascending; chroma has a shorter row.
+struct PhaseRun {
+  std::int32_t phase;
+  std::int32_t first;
+  std::int32_t lumaCount;
+  std::int32_t chromaCount;
+};
+
+struct HorizontalPlan {
+  const TapPosition* positions;
+  PhaseRun runs[kPhases];
+  std::int32_t runCount;
+};
+
+/// The strip's working memory.
+struct StripMemory {
+  std::int16_t* rows;           ///< vertical result, kMaxStripRows rows of rowPitch values
+  std::int16_t* columns;        ///< the same transposed, 2 * kEdgeColumns more columns
+  std::uint8_t* outColumns;     ///< horizontal result, one column of strip rows per output byte
+  std::uint8_t* outRows;        ///< finished rows, packed, on their way to a padded destination
+  std::int16_t* motionColumns;  ///< a short strip's piece of the remembered vertical result
+  std::ptrdiff_t rowPitch;      ///< in values
+};
+
+struct ScaleJob {
+  const std::uint8_t* source;
+  std::ptrdiff_t sourceStride;
+  std::int32_t inWidth;
+  std::int32_t inHeight;
+  std::uint8_t* destination;
+  std::ptrdiff_t destinationStride;
+  std::int32_t outWidth;
+  std::int32_t outHeight;
+
+  const RowPosition* rowPositions;  ///< one per output row
+  const TapBank* verticalBank;
+  const TapBank* horizontalBank;
+  const HorizontalPlan* horizontal;
+
+  std::int32_t adaptiveShift;  ///< left shift of the spatial weight curve; 16 and more clear it
+  std::int16_t temporalStrength;
+  std::int32_t temporalShift;
+  bool firstFrame;
+  std::uint8_t* history;  ///< previous output, transposed: byte column j of row r at j * outHeight + r
+  std::int16_t lumaGain;
+  std::int16_t lumaOffset;
+  std::uint8_t* motionRows;     ///< previous source, packed rows
+  std::int16_t* motionColumns;  ///< previous vertical result, transposed
+
+  NoiseField* noise;  ///< null: none
+  StripMemory strip;
+};
+
+}  // namespace vidproc

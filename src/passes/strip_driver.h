@@ -1,0 +1,110 @@
+// The strip driver: walks the output in strips of rows whose intermediate values stay in the cache, and owns edges,
+// order, the short last strip, history, noise and the way to the destination. A kernel supplies the two filtering
+// stages.
+#pragma once
+
+#include "passes/horizontal_pass.h"
+#include "passes/scale_job.h"
+#include "passes/transposes.h"
+#include "passes/vertical_pass.h"
+#include "simd/kernel_table.h"
+
+namespace vidproc::VIDPROC_TARGET {
+namespace {
+
+/// Copies the strip's piece of a transposed plane into memory of its own, or back; used for the short last strip, whose
+/// vectors would reach into the next column.
+template <class Value>
+inline void CopyColumnPieces(const Value* from, std::ptrdiff_t fromStride, Value* to, std::ptrdiff_t toStride,
+                             int columns, int rows) {
+  for (int c = 0; c < columns; ++c, from += fromStride, to += toStride) {
+    __builtin_memcpy(to, from, static_cast<std::size_t>(rows) * sizeof(Value));
+  }
+}
+
+/// Brings a strip's rows to the destination, noise added.
+inline void FinishRows(const ScaleJob& job, const StripResult& result, int firstRow, int rowCount) {
+  const int rowBytes = 2 * job.outWidth;
+  const bool packed = job.destinationStride == rowBytes;
+  std::uint8_t* destination = job.destination + firstRow * job.destinationStride;
+  const bool viaStrip = job.noise != nullptr && !packed;
+  std::uint8_t* rows = viaStrip ? job.strip.outRows : destination;
+  const std::ptrdiff_t stride = viaStrip ? rowBytes : job.destinationStride;
+  ColumnsToRows(result.columns, result.stride, rowBytes, rowCount, rows, stride);
+  if (job.noise == nullptr) return;
+  const auto bytes = static_cast<std::uint64_t>(rowBytes);
+  AddNoise(*job.noise, rows, static_cast<std::uint64_t>(firstRow) * bytes,
+           static_cast<std::uint64_t>(rowCount) * bytes);
+  if (!viaStrip) return;
+  for (int r = 0; r < rowCount; ++r) {
+    __builtin_memcpy(destination + r * job.destinationStride, rows + r * stride, static_cast<std::size_t>(rowBytes));
+  }
+}
+
+/// Where a strip's byte columns go: the history itself where there is one (each byte is blended with what it replaces),
+/// else the strip's memory.
+inline StripResult OpenStrip(const ScaleJob& job, int firstRow, int rowCount) {
+  StripResult result{job.strip.outColumns, kStripRows, nullptr, 0};
+  const bool whole = rowCount == kStripRows;
+  if (job.history != nullptr) {
+    if (whole) {
+      result.columns = job.history + firstRow;
+      result.stride = job.outHeight;
+    } else {
+      CopyColumnPieces<std::uint8_t>(job.history + firstRow, job.outHeight, result.columns, result.stride,
+                                     2 * job.outWidth, rowCount);
+    }
+  }
+  if (job.motionColumns != nullptr) {
+    result.remembered = job.motionColumns + firstRow;
+    result.rememberedStride = job.outHeight;
+    if (!whole) {
+      CopyColumnPieces<std::int16_t>(job.motionColumns + firstRow, job.outHeight, job.strip.motionColumns, kStripRows,
+                                     2 * job.outWidth, rowCount);
+      result.remembered = job.strip.motionColumns;
+      result.rememberedStride = kStripRows;
+    }
+  }
+  return result;
+}
+
+/// The vertical result of these rows becomes what the next frame's horizontal motion test remembers.
+inline void RememberColumns(const ScaleJob& job, int firstRow, int rowCount) {
+  CopyColumnPieces<std::int16_t>(job.strip.columns + ColumnOffset(0), kStripRows, job.motionColumns + firstRow,
+                                 job.outHeight, 2 * job.inWidth, rowCount);
+}
+
+/// A horizontal stage that treats luma and chroma alike.
+template <int kTaps, int kShift, class Taps, class Result>
+inline HorizontalScale<kTaps, kShift, Taps, Result> ScaleRows(const Taps& taps, const Result& result) {
+  return {taps, result, result};
+}
+
+/// Calls scale with the policy that this frame's history asks for: none is there to blend with on a first frame.
+template <class Scale>
+inline void WithHistory(const ScaleJob& job, const Scale& scale) {
+  if (job.firstFrame) return scale(ClampResult{});
+  scale(BlendResult{job.temporalStrength, job.temporalShift});
+}
+
+template <class VerticalStage, class HorizontalStage>
+inline void RunStrips(const ScaleJob& job, const VerticalStage& vertical, const HorizontalStage& horizontal) {
+  for (int firstRow = 0; firstRow < job.outHeight; firstRow += kStripRows) {
+    const int rowCount = job.outHeight - firstRow < kStripRows ? job.outHeight - firstRow : kStripRows;
+    vertical(job, firstRow, rowCount);
+    RowsToColumns(job.strip, 2 * job.inWidth);
+    const bool remembers = job.motionColumns != nullptr;
+    if (remembers && job.firstFrame) RememberColumns(job, firstRow, rowCount);
+    const StripResult result = OpenStrip(job, firstRow, rowCount);
+    horizontal(job, result);
+    if (remembers) RememberColumns(job, firstRow, rowCount);
+    if (job.history != nullptr && result.columns == job.strip.outColumns) {
+      CopyColumnPieces<std::uint8_t>(result.columns, result.stride, job.history + firstRow, job.outHeight,
+                                     2 * job.outWidth, rowCount);
+    }
+    FinishRows(job, result, firstRow, rowCount);
+  }
+}
+
+}  // namespace
+}  // namespace vidproc::VIDPROC_TARGET

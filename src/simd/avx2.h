@@ -1,0 +1,122 @@
+// AVX2: 256-bit vectors, two tiles.
+#pragma once
+
+#include <immintrin.h>
+
+#define VIDPROC_HAS_BYTE_OPS 1
+
+namespace vidproc::VIDPROC_TARGET {
+namespace {
+
+using Raw = __m256i;
+struct I16 {
+  Raw raw;
+};
+struct U8 {
+  Raw raw;
+};
+struct I32 {
+  Raw raw;
+};
+struct Halves {
+  I16 low;
+  I16 high;
+};
+
+constexpr int kVectorBytes = 32;
+constexpr int kLanes = 16;
+constexpr int kTiles = 2;
+
+inline Raw LoadRaw(const void* p) { return _mm256_loadu_si256(static_cast<const __m256i_u*>(p)); }
+inline __m128i Load128(const void* p) { return _mm_loadu_si128(static_cast<const __m128i_u*>(p)); }
+inline I16 LoadI16(const void* p) { return {LoadRaw(p)}; }
+inline U8 LoadU8(const void* p) { return {LoadRaw(p)}; }
+inline void Store(void* p, I16 a) { _mm256_storeu_si256(static_cast<__m256i_u*>(p), a.raw); }
+inline void Store(void* p, U8 a) { _mm256_storeu_si256(static_cast<__m256i_u*>(p), a.raw); }
+inline void Store(void* p, I32 a) { _mm256_storeu_si256(static_cast<__m256i_u*>(p), a.raw); }
+inline I16 LoadWiden(const void* p) { return {_mm256_cvtepu8_epi16(Load128(p))}; }
+inline void StoreNarrow(void* p, I16 a) {
+  const Raw packed = _mm256_permute4x64_epi64(_mm256_packus_epi16(a.raw, a.raw), 0x08);
+  _mm_storeu_si128(static_cast<__m128i_u*>(p), _mm256_castsi256_si128(packed));
+}
+inline U8 LoadTiles(const void* p, std::ptrdiff_t stride) {
+  return {_mm256_inserti128_si256(_mm256_castsi128_si256(Load128(p)),
+                                  Load128(static_cast<const std::uint8_t*>(p) + stride), 1)};
+}
+/// The first half of a vector from `low`, the second from `high`.
+inline U8 LoadHalves(const void* low, const void* high) {
+  return {_mm256_inserti128_si256(_mm256_castsi128_si256(Load128(low)), Load128(high), 1)};
+}
+/// The same 16 bytes in every tile.
+inline U8 LoadRepeated(const void* p) { return {_mm256_broadcastsi128_si256(Load128(p))}; }
+inline void StoreTiles(void* p, std::ptrdiff_t stride, U8 a) {
+  _mm_storeu_si128(static_cast<__m128i_u*>(p), _mm256_castsi256_si128(a.raw));
+  void* const second = static_cast<std::uint8_t*>(p) + stride;
+  _mm_storeu_si128(static_cast<__m128i_u*>(second), _mm256_extracti128_si256(a.raw, 1));
+}
+
+inline I16 SplatI16(int value) { return {_mm256_set1_epi16(static_cast<short>(value))}; }
+inline U8 SplatU8(int value) { return {_mm256_set1_epi8(static_cast<char>(value))}; }
+inline I16 AsI16(U8 a) { return {a.raw}; }
+inline U8 AsU8(I16 a) { return {a.raw}; }
+
+inline I16 Add(I16 a, I16 b) { return {_mm256_add_epi16(a.raw, b.raw)}; }
+inline I16 Subtract(I16 a, I16 b) { return {_mm256_sub_epi16(a.raw, b.raw)}; }
+inline I16 AddSaturate(I16 a, I16 b) { return {_mm256_adds_epi16(a.raw, b.raw)}; }
+inline I16 SubtractSaturate(I16 a, I16 b) { return {_mm256_subs_epi16(a.raw, b.raw)}; }
+inline I16 MultiplyLow(I16 a, I16 b) { return {_mm256_mullo_epi16(a.raw, b.raw)}; }
+/// a[2i] * b[2i] + a[2i+1] * b[2i+1].
+inline I32 MultiplyAdd(I16 a, I16 b) { return {_mm256_madd_epi16(a.raw, b.raw)}; }
+inline I32 Add(I32 a, I32 b) { return {_mm256_add_epi32(a.raw, b.raw)}; }
+inline I16 Absolute(I16 a) { return {_mm256_abs_epi16(a.raw)}; }
+inline I16 MinUnsigned(I16 a, I16 b) { return {_mm256_min_epu16(a.raw, b.raw)}; }
+inline I16 Less(I16 a, I16 b) { return {_mm256_cmpgt_epi16(b.raw, a.raw)}; }
+template <int kCount>
+inline I16 ShiftRight(I16 a) {
+  return {_mm256_srai_epi16(a.raw, kCount)};
+}
+template <int kCount>
+inline I16 ShiftRightLogical(I16 a) {
+  return {_mm256_srli_epi16(a.raw, kCount)};
+}
+/// Counts of 16 and more give 0.
+inline I16 ShiftLeft(I16 a, int count) { return {_mm256_sll_epi16(a.raw, _mm_cvtsi32_si128(count))}; }
+
+inline I16 And(I16 a, I16 b) { return {_mm256_and_si256(a.raw, b.raw)}; }
+inline U8 And(U8 a, U8 b) { return {_mm256_and_si256(a.raw, b.raw)}; }
+inline U8 AndNot(U8 mask, U8 a) { return {_mm256_andnot_si256(mask.raw, a.raw)}; }
+inline U8 Or(U8 a, U8 b) { return {_mm256_or_si256(a.raw, b.raw)}; }
+inline U8 Xor(U8 a, U8 b) { return {_mm256_xor_si256(a.raw, b.raw)}; }
+inline U8 Add(U8 a, U8 b) { return {_mm256_add_epi8(a.raw, b.raw)}; }
+inline U8 Subtract(U8 a, U8 b) { return {_mm256_sub_epi8(a.raw, b.raw)}; }
+inline U8 AddSaturate(U8 a, U8 b) { return {_mm256_adds_epu8(a.raw, b.raw)}; }
+inline U8 SubtractSaturate(U8 a, U8 b) { return {_mm256_subs_epu8(a.raw, b.raw)}; }
+inline U8 AddSaturateSigned(U8 a, U8 b) { return {_mm256_adds_epi8(a.raw, b.raw)}; }
+inline U8 Average(U8 a, U8 b) { return {_mm256_avg_epu8(a.raw, b.raw)}; }
+inline U8 Max(U8 a, U8 b) { return {_mm256_max_epu8(a.raw, b.raw)}; }
+inline U8 Min(U8 a, U8 b) { return {_mm256_min_epu8(a.raw, b.raw)}; }
+inline U8 Equal(U8 a, U8 b) { return {_mm256_cmpeq_epi8(a.raw, b.raw)}; }
+
+inline Raw ZipLow8(Raw a, Raw b) { return _mm256_unpacklo_epi8(a, b); }
+inline Raw ZipHigh8(Raw a, Raw b) { return _mm256_unpackhi_epi8(a, b); }
+inline Raw ZipLow16(Raw a, Raw b) { return _mm256_unpacklo_epi16(a, b); }
+inline Raw ZipHigh16(Raw a, Raw b) { return _mm256_unpackhi_epi16(a, b); }
+inline Raw ZipLow32(Raw a, Raw b) { return _mm256_unpacklo_epi32(a, b); }
+inline Raw ZipHigh32(Raw a, Raw b) { return _mm256_unpackhi_epi32(a, b); }
+inline Raw ZipLow64(Raw a, Raw b) { return _mm256_unpacklo_epi64(a, b); }
+inline Raw ZipHigh64(Raw a, Raw b) { return _mm256_unpackhi_epi64(a, b); }
+inline Halves Split(U8 a) {
+  const Raw zero = _mm256_setzero_si256();
+  return {{ZipLow8(a.raw, zero)}, {ZipHigh8(a.raw, zero)}};
+}
+inline U8 Join(I16 low, I16 high) { return {_mm256_packus_epi16(low.raw, high.raw)}; }
+
+/// In each tile, byte i of the result is table[index[i] & 15], or 0 where index[i] is 128 or more.
+inline U8 ShuffleTiles(U8 table, U8 index) { return {_mm256_shuffle_epi8(table.raw, index.raw)}; }
+/// a[2i] * b[2i] + a[2i+1] * b[2i+1], a unsigned, b signed bytes; the sum saturates.
+inline I16 MultiplyPairs(U8 a, U8 b) { return {_mm256_maddubs_epi16(a.raw, b.raw)}; }
+/// (a * b + 16384) >> 15.
+inline I16 MultiplyRound(I16 a, I16 b) { return {_mm256_mulhrs_epi16(a.raw, b.raw)}; }
+
+}  // namespace
+}  // namespace vidproc::VIDPROC_TARGET

@@ -1,0 +1,136 @@
+// AVX-512BW (and VBMI): 512-bit vectors, four tiles. With VIDPROC_EMULATE_WIDE the intrinsics are emulated, so that
+// machines without them can run the tests of this set.
+#pragma once
+
+#ifdef VIDPROC_EMULATE_WIDE
+#define SIMDE_ENABLE_NATIVE_ALIASES
+#include <simde/x86/avx512.h>
+#else
+#include <immintrin.h>
+#endif
+
+#define VIDPROC_HAS_BYTE_OPS 1
+
+namespace vidproc::VIDPROC_TARGET {
+namespace {
+
+using Raw = __m512i;
+struct I16 {
+  Raw raw;
+};
+struct U8 {
+  Raw raw;
+};
+struct I32 {
+  Raw raw;
+};
+struct Halves {
+  I16 low;
+  I16 high;
+};
+
+constexpr int kVectorBytes = 64;
+constexpr int kLanes = 32;
+constexpr int kTiles = 4;
+
+inline Raw LoadRaw(const void* p) { return _mm512_loadu_si512(p); }
+inline __m128i Load128(const void* p) { return _mm_loadu_si128(static_cast<const __m128i*>(p)); }
+inline I16 LoadI16(const void* p) { return {LoadRaw(p)}; }
+inline U8 LoadU8(const void* p) { return {LoadRaw(p)}; }
+inline void Store(void* p, I16 a) { _mm512_storeu_si512(p, a.raw); }
+inline void Store(void* p, U8 a) { _mm512_storeu_si512(p, a.raw); }
+inline void Store(void* p, I32 a) { _mm512_storeu_si512(p, a.raw); }
+inline I16 LoadWiden(const void* p) {
+  return {_mm512_cvtepu8_epi16(_mm256_loadu_si256(static_cast<const __m256i*>(p)))};
+}
+inline void StoreNarrow(void* p, I16 a) {
+  const Raw positive = _mm512_max_epi16(a.raw, _mm512_setzero_si512());
+  _mm256_storeu_si256(static_cast<__m256i*>(p), _mm512_cvtusepi16_epi8(positive));
+}
+inline U8 LoadTiles(const void* p, std::ptrdiff_t stride) {
+  const auto* bytes = static_cast<const std::uint8_t*>(p);
+  Raw tiles = _mm512_castsi128_si512(Load128(bytes));
+  tiles = _mm512_inserti32x4(tiles, Load128(bytes + stride), 1);
+  tiles = _mm512_inserti32x4(tiles, Load128(bytes + 2 * stride), 2);
+  return {_mm512_inserti32x4(tiles, Load128(bytes + 3 * stride), 3)};
+}
+/// The first half of a vector from `low`, the second from `high`.
+inline U8 LoadHalves(const void* low, const void* high) {
+  const Raw first = _mm512_castsi256_si512(_mm256_loadu_si256(static_cast<const __m256i*>(low)));
+  return {_mm512_inserti64x4(first, _mm256_loadu_si256(static_cast<const __m256i*>(high)), 1)};
+}
+/// The same 16 bytes in every tile.
+inline U8 LoadRepeated(const void* p) { return {_mm512_broadcast_i32x4(Load128(p))}; }
+inline void StoreTiles(void* p, std::ptrdiff_t stride, U8 a) {
+  auto* bytes = static_cast<std::uint8_t*>(p);
+  _mm_storeu_si128(reinterpret_cast<__m128i*>(bytes), _mm512_castsi512_si128(a.raw));
+  _mm_storeu_si128(reinterpret_cast<__m128i*>(bytes + stride), _mm512_extracti32x4_epi32(a.raw, 1));
+  _mm_storeu_si128(reinterpret_cast<__m128i*>(bytes + 2 * stride), _mm512_extracti32x4_epi32(a.raw, 2));
+  _mm_storeu_si128(reinterpret_cast<__m128i*>(bytes + 3 * stride), _mm512_extracti32x4_epi32(a.raw, 3));
+}
+
+inline I16 SplatI16(int value) { return {_mm512_set1_epi16(static_cast<short>(value))}; }
+inline U8 SplatU8(int value) { return {_mm512_set1_epi8(static_cast<char>(value))}; }
+inline I16 AsI16(U8 a) { return {a.raw}; }
+inline U8 AsU8(I16 a) { return {a.raw}; }
+
+inline I16 Add(I16 a, I16 b) { return {_mm512_add_epi16(a.raw, b.raw)}; }
+inline I16 Subtract(I16 a, I16 b) { return {_mm512_sub_epi16(a.raw, b.raw)}; }
+inline I16 AddSaturate(I16 a, I16 b) { return {_mm512_adds_epi16(a.raw, b.raw)}; }
+inline I16 SubtractSaturate(I16 a, I16 b) { return {_mm512_subs_epi16(a.raw, b.raw)}; }
+inline I16 MultiplyLow(I16 a, I16 b) { return {_mm512_mullo_epi16(a.raw, b.raw)}; }
+/// a[2i] * b[2i] + a[2i+1] * b[2i+1].
+inline I32 MultiplyAdd(I16 a, I16 b) { return {_mm512_madd_epi16(a.raw, b.raw)}; }
+inline I32 Add(I32 a, I32 b) { return {_mm512_add_epi32(a.raw, b.raw)}; }
+inline I16 Absolute(I16 a) { return {_mm512_abs_epi16(a.raw)}; }
+inline I16 MinUnsigned(I16 a, I16 b) { return {_mm512_min_epu16(a.raw, b.raw)}; }
+inline I16 Less(I16 a, I16 b) { return {_mm512_movm_epi16(_mm512_cmpgt_epi16_mask(b.raw, a.raw))}; }
+template <int kCount>
+inline I16 ShiftRight(I16 a) {
+  return {_mm512_srai_epi16(a.raw, kCount)};
+}
+template <int kCount>
+inline I16 ShiftRightLogical(I16 a) {
+  return {_mm512_srli_epi16(a.raw, kCount)};
+}
+/// Counts of 16 and more give 0.
+inline I16 ShiftLeft(I16 a, int count) { return {_mm512_sll_epi16(a.raw, _mm_cvtsi32_si128(count))}; }
+
+inline I16 And(I16 a, I16 b) { return {_mm512_and_si512(a.raw, b.raw)}; }
+inline U8 And(U8 a, U8 b) { return {_mm512_and_si512(a.raw, b.raw)}; }
+inline U8 AndNot(U8 mask, U8 a) { return {_mm512_andnot_si512(mask.raw, a.raw)}; }
+inline U8 Or(U8 a, U8 b) { return {_mm512_or_si512(a.raw, b.raw)}; }
+inline U8 Xor(U8 a, U8 b) { return {_mm512_xor_si512(a.raw, b.raw)}; }
+inline U8 Add(U8 a, U8 b) { return {_mm512_add_epi8(a.raw, b.raw)}; }
+inline U8 Subtract(U8 a, U8 b) { return {_mm512_sub_epi8(a.raw, b.raw)}; }
+inline U8 AddSaturate(U8 a, U8 b) { return {_mm512_adds_epu8(a.raw, b.raw)}; }
+inline U8 SubtractSaturate(U8 a, U8 b) { return {_mm512_subs_epu8(a.raw, b.raw)}; }
+inline U8 AddSaturateSigned(U8 a, U8 b) { return {_mm512_adds_epi8(a.raw, b.raw)}; }
+inline U8 Average(U8 a, U8 b) { return {_mm512_avg_epu8(a.raw, b.raw)}; }
+inline U8 Max(U8 a, U8 b) { return {_mm512_max_epu8(a.raw, b.raw)}; }
+inline U8 Min(U8 a, U8 b) { return {_mm512_min_epu8(a.raw, b.raw)}; }
+inline U8 Equal(U8 a, U8 b) { return {_mm512_movm_epi8(_mm512_cmpeq_epi8_mask(a.raw, b.raw))}; }
+
+inline Raw ZipLow8(Raw a, Raw b) { return _mm512_unpacklo_epi8(a, b); }
+inline Raw ZipHigh8(Raw a, Raw b) { return _mm512_unpackhi_epi8(a, b); }
+inline Raw ZipLow16(Raw a, Raw b) { return _mm512_unpacklo_epi16(a, b); }
+inline Raw ZipHigh16(Raw a, Raw b) { return _mm512_unpackhi_epi16(a, b); }
+inline Raw ZipLow32(Raw a, Raw b) { return _mm512_unpacklo_epi32(a, b); }
+inline Raw ZipHigh32(Raw a, Raw b) { return _mm512_unpackhi_epi32(a, b); }
+inline Raw ZipLow64(Raw a, Raw b) { return _mm512_unpacklo_epi64(a, b); }
+inline Raw ZipHigh64(Raw a, Raw b) { return _mm512_unpackhi_epi64(a, b); }
+inline Halves Split(U8 a) {
+  const Raw zero = _mm512_setzero_si512();
+  return {{ZipLow8(a.raw, zero)}, {ZipHigh8(a.raw, zero)}};
+}
+inline U8 Join(I16 low, I16 high) { return {_mm512_packus_epi16(low.raw, high.raw)}; }
+
+/// In each tile, byte i of the result is table[index[i] & 15], or 0 where index[i] is 128 or more.
+inline U8 ShuffleTiles(U8 table, U8 index) { return {_mm512_shuffle_epi8(table.raw, index.raw)}; }
+/// a[2i] * b[2i] + a[2i+1] * b[2i+1], a unsigned, b signed bytes; the sum saturates.
+inline I16 MultiplyPairs(U8 a, U8 b) { return {_mm512_maddubs_epi16(a.raw, b.raw)}; }
+/// (a * b + 16384) >> 15.
+inline I16 MultiplyRound(I16 a, I16 b) { return {_mm512_mulhrs_epi16(a.raw, b.raw)}; }
+
+}  // namespace
+}  // namespace vidproc::VIDPROC_TARGET

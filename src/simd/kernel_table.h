@@ -1,0 +1,65 @@
+// The kernels of one instruction set, and the choice of the set: made once, at run time, for the whole process.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+namespace vidproc {
+
+struct ScaleJob;
+struct DeblockJob;
+struct TemporalJob;
+struct NoiseField;
+struct BlockStatistics;
+
+/// A level's entry points; each is declared beside its job.
+struct KernelTable {
+  void (*plainScale)(const ScaleJob&);
+  void (*plainScaleWithLumaShift)(const ScaleJob&);
+  void (*adaptiveScale)(const ScaleJob&);
+  void (*motionSmoothingScale)(const ScaleJob&);
+  void (*adaptive16TapTemporalScale)(const ScaleJob&);
+  void (*adaptive16TapScale)(const ScaleJob&);
+  void (*postScale)(const ScaleJob&);
+  void (*deblock)(const DeblockJob&);
+  void (*temporalFilter)(const TemporalJob&);
+  void (*addNoiseToRow)(const signed char* noise, const std::uint16_t* blockPosition, std::uint8_t* bytes,
+                        std::uint32_t first, std::uint32_t end);
+  void (*addNoise)(NoiseField& field, std::uint8_t* bytes, std::uint64_t offset, std::uint64_t count);
+  /// Interleaves a row of luma and a row of Cb Cr pairs into a row of `bytes` 2vuy bytes (a multiple of 4), and back.
+  void (*interleaveRow)(const std::uint8_t* luma, const std::uint8_t* chroma, std::uint8_t* row, std::ptrdiff_t bytes);
+  void (*splitRow)(const std::uint8_t* row, std::uint8_t* luma, std::uint8_t* chroma, std::ptrdiff_t bytes);
+  /// Sums over each of `blocks` 16 x 16 blocks of luma, side by side in two 2vuy frames with rows `pitch` bytes apart.
+  void (*measureBlocks)(const std::uint8_t* frame, const std::uint8_t* reference, std::ptrdiff_t pitch, int blocks,
+                        BlockStatistics* statistics);
+};
+
+/// The kernels of the level in use.
+const KernelTable& Kernels();
+
+}  // namespace vidproc
+
+#ifdef VIDPROC_TARGET
+namespace vidproc::VIDPROC_TARGET {
+
+void PlainScale(const ScaleJob& job);
+void PlainScaleWithLumaShift(const ScaleJob& job);
+void AdaptiveScale(const ScaleJob& job);
+void MotionSmoothingScale(const ScaleJob& job);
+void Adaptive16TapTemporalScale(const ScaleJob& job);
+void Adaptive16TapScale(const ScaleJob& job);
+void PostScale(const ScaleJob& job);
+void Deblock(const DeblockJob& job);
+void TemporalFilter(const TemporalJob& job);
+void AddNoiseToRow(const signed char* noise, const std::uint16_t* blockPosition, std::uint8_t* bytes,
+                   std::uint32_t first, std::uint32_t end);
+void AddNoise(NoiseField& field, std::uint8_t* bytes, std::uint64_t offset, std::uint64_t count);
+void InterleaveRow(const std::uint8_t* luma, const std::uint8_t* chroma, std::uint8_t* row, std::ptrdiff_t bytes);
+void SplitRow(const std::uint8_t* row, std::uint8_t* luma, std::uint8_t* chroma, std::ptrdiff_t bytes);
+void MeasureBlocks(const std::uint8_t* frame, const std::uint8_t* reference, std::ptrdiff_t pitch, int blocks,
+                   BlockStatistics* statistics);
+
+extern const KernelTable kKernels;
+
+}  // namespace vidproc::VIDPROC_TARGET
+#endif

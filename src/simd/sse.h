@@ -1,0 +1,135 @@
+// SSE2 and SSE4.1: 128-bit vectors, one tile. SSE2 makes up the operations it lacks from others.
+#pragma once
+
+#ifdef VIDPROC_TARGET_sse41
+#include <smmintrin.h>
+#define VIDPROC_HAS_BYTE_OPS 1
+#else
+#include <emmintrin.h>
+#define VIDPROC_HAS_BYTE_OPS 0
+#endif
+
+namespace vidproc::VIDPROC_TARGET {
+namespace {
+
+using Raw = __m128i;
+struct I16 {
+  Raw raw;
+};
+struct U8 {
+  Raw raw;
+};
+struct I32 {
+  Raw raw;
+};
+struct Halves {
+  I16 low;
+  I16 high;
+};
+
+constexpr int kVectorBytes = 16;
+constexpr int kLanes = 8;
+constexpr int kTiles = 1;
+
+inline Raw LoadRaw(const void* p) { return _mm_loadu_si128(static_cast<const __m128i_u*>(p)); }
+inline I16 LoadI16(const void* p) { return {LoadRaw(p)}; }
+inline U8 LoadU8(const void* p) { return {LoadRaw(p)}; }
+inline void Store(void* p, I16 a) { _mm_storeu_si128(static_cast<__m128i_u*>(p), a.raw); }
+inline void Store(void* p, U8 a) { _mm_storeu_si128(static_cast<__m128i_u*>(p), a.raw); }
+inline void Store(void* p, I32 a) { _mm_storeu_si128(static_cast<__m128i_u*>(p), a.raw); }
+inline I16 LoadWiden(const void* p) {
+  return {_mm_unpacklo_epi8(_mm_loadl_epi64(static_cast<const __m128i_u*>(p)), _mm_setzero_si128())};
+}
+inline void StoreNarrow(void* p, I16 a) {
+  _mm_storel_epi64(static_cast<__m128i_u*>(p), _mm_packus_epi16(a.raw, a.raw));
+}
+inline U8 LoadTiles(const void* p, std::ptrdiff_t) { return LoadU8(p); }
+/// The first half of a vector from `low`, the second from `high`.
+inline U8 LoadHalves(const void* low, const void* high) {
+  return {_mm_unpacklo_epi64(_mm_loadl_epi64(static_cast<const __m128i_u*>(low)),
+                             _mm_loadl_epi64(static_cast<const __m128i_u*>(high)))};
+}
+/// The same 16 bytes in every tile.
+inline U8 LoadRepeated(const void* p) { return LoadU8(p); }
+inline void StoreTiles(void* p, std::ptrdiff_t, U8 a) { Store(p, a); }
+
+inline I16 SplatI16(int value) { return {_mm_set1_epi16(static_cast<short>(value))}; }
+inline U8 SplatU8(int value) { return {_mm_set1_epi8(static_cast<char>(value))}; }
+inline I16 AsI16(U8 a) { return {a.raw}; }
+inline U8 AsU8(I16 a) { return {a.raw}; }
+
+inline I16 Add(I16 a, I16 b) { return {_mm_add_epi16(a.raw, b.raw)}; }
+inline I16 Subtract(I16 a, I16 b) { return {_mm_sub_epi16(a.raw, b.raw)}; }
+inline I16 AddSaturate(I16 a, I16 b) { return {_mm_adds_epi16(a.raw, b.raw)}; }
+inline I16 SubtractSaturate(I16 a, I16 b) { return {_mm_subs_epi16(a.raw, b.raw)}; }
+inline I16 MultiplyLow(I16 a, I16 b) { return {_mm_mullo_epi16(a.raw, b.raw)}; }
+/// a[2i] * b[2i] + a[2i+1] * b[2i+1].
+inline I32 MultiplyAdd(I16 a, I16 b) { return {_mm_madd_epi16(a.raw, b.raw)}; }
+inline I32 Add(I32 a, I32 b) { return {_mm_add_epi32(a.raw, b.raw)}; }
+inline I16 MinUnsigned(I16 a, I16 b) {
+#if VIDPROC_HAS_BYTE_OPS
+  return {_mm_min_epu16(a.raw, b.raw)};
+#else
+  return {_mm_sub_epi16(a.raw, _mm_subs_epu16(a.raw, b.raw))};
+#endif
+}
+inline I16 Absolute(I16 a) {
+#if VIDPROC_HAS_BYTE_OPS
+  return {_mm_abs_epi16(a.raw)};
+#else
+  const Raw sign = _mm_srai_epi16(a.raw, 15);
+  return {_mm_sub_epi16(_mm_xor_si128(a.raw, sign), sign)};
+#endif
+}
+inline I16 Less(I16 a, I16 b) { return {_mm_cmplt_epi16(a.raw, b.raw)}; }
+template <int kCount>
+inline I16 ShiftRight(I16 a) {
+  return {_mm_srai_epi16(a.raw, kCount)};
+}
+template <int kCount>
+inline I16 ShiftRightLogical(I16 a) {
+  return {_mm_srli_epi16(a.raw, kCount)};
+}
+/// Counts of 16 and more give 0.
+inline I16 ShiftLeft(I16 a, int count) { return {_mm_sll_epi16(a.raw, _mm_cvtsi32_si128(count))}; }
+
+inline I16 And(I16 a, I16 b) { return {_mm_and_si128(a.raw, b.raw)}; }
+inline U8 And(U8 a, U8 b) { return {_mm_and_si128(a.raw, b.raw)}; }
+inline U8 AndNot(U8 mask, U8 a) { return {_mm_andnot_si128(mask.raw, a.raw)}; }
+inline U8 Or(U8 a, U8 b) { return {_mm_or_si128(a.raw, b.raw)}; }
+inline U8 Xor(U8 a, U8 b) { return {_mm_xor_si128(a.raw, b.raw)}; }
+inline U8 Add(U8 a, U8 b) { return {_mm_add_epi8(a.raw, b.raw)}; }
+inline U8 Subtract(U8 a, U8 b) { return {_mm_sub_epi8(a.raw, b.raw)}; }
+inline U8 AddSaturate(U8 a, U8 b) { return {_mm_adds_epu8(a.raw, b.raw)}; }
+inline U8 SubtractSaturate(U8 a, U8 b) { return {_mm_subs_epu8(a.raw, b.raw)}; }
+inline U8 AddSaturateSigned(U8 a, U8 b) { return {_mm_adds_epi8(a.raw, b.raw)}; }
+inline U8 Average(U8 a, U8 b) { return {_mm_avg_epu8(a.raw, b.raw)}; }
+inline U8 Max(U8 a, U8 b) { return {_mm_max_epu8(a.raw, b.raw)}; }
+inline U8 Min(U8 a, U8 b) { return {_mm_min_epu8(a.raw, b.raw)}; }
+inline U8 Equal(U8 a, U8 b) { return {_mm_cmpeq_epi8(a.raw, b.raw)}; }
+
+inline Raw ZipLow8(Raw a, Raw b) { return _mm_unpacklo_epi8(a, b); }
+inline Raw ZipHigh8(Raw a, Raw b) { return _mm_unpackhi_epi8(a, b); }
+inline Raw ZipLow16(Raw a, Raw b) { return _mm_unpacklo_epi16(a, b); }
+inline Raw ZipHigh16(Raw a, Raw b) { return _mm_unpackhi_epi16(a, b); }
+inline Raw ZipLow32(Raw a, Raw b) { return _mm_unpacklo_epi32(a, b); }
+inline Raw ZipHigh32(Raw a, Raw b) { return _mm_unpackhi_epi32(a, b); }
+inline Raw ZipLow64(Raw a, Raw b) { return _mm_unpacklo_epi64(a, b); }
+inline Raw ZipHigh64(Raw a, Raw b) { return _mm_unpackhi_epi64(a, b); }
+inline Halves Split(U8 a) {
+  const Raw zero = _mm_setzero_si128();
+  return {{ZipLow8(a.raw, zero)}, {ZipHigh8(a.raw, zero)}};
+}
+inline U8 Join(I16 low, I16 high) { return {_mm_packus_epi16(low.raw, high.raw)}; }
+
+#if VIDPROC_HAS_BYTE_OPS
+/// In each tile, byte i of the result is table[index[i] & 15], or 0 where index[i] is 128 or more.
+inline U8 ShuffleTiles(U8 table, U8 index) { return {_mm_shuffle_epi8(table.raw, index.raw)}; }
+/// a[2i] * b[2i] + a[2i+1] * b[2i+1], a unsigned, b signed bytes; the sum saturates.
+inline I16 MultiplyPairs(U8 a, U8 b) { return {_mm_maddubs_epi16(a.raw, b.raw)}; }
+/// (a * b + 16384) >> 15.
+inline I16 MultiplyRound(I16 a, I16 b) { return {_mm_mulhrs_epi16(a.raw, b.raw)}; }
+#endif
+
+}  // namespace
+}  // namespace vidproc::VIDPROC_TARGET
