@@ -21,18 +21,24 @@ struct LumaShiftResult {
   }
 };
 
-/// Blends with the history byte that the result replaces, by the difference weight curve; then clamps.
-/// kept: the sum is shifted as unsigned, so that a negative one becomes 255.
+/// Blend of a value with its reference, by the difference weight curve, in 16-bit lanes.
+/// kept: the sum is shifted as unsigned, so that a negative one becomes 255 when it is clamped to a byte.
+inline I16 BlendWithReference(I16 value, I16 reference, I16 difference, int strength, int shift) {
+  const I16 kept = Subtract(SplatI16(256), LostWeight(difference, shift));
+  const I16 alpha = ShiftRightLogical<8>(Add(MultiplyLow(kept, SplatI16(strength)), SplatI16(128)));
+  const I16 current = MultiplyLow(Subtract(SplatI16(128), alpha), value);
+  const I16 sum = AddSaturate(AddSaturate(current, MultiplyLow(alpha, reference)), SplatI16(64));
+  return ShiftRightLogical<7>(sum);
+}
+
+/// Blends with the history byte that the result replaces; then clamps.
 struct BlendResult {
   int strength;
   int shift;
   void Put(std::uint8_t* history, I16 value) const {
     const I16 reference = LoadWiden(history);
-    const I16 kept = Subtract(SplatI16(256), LostWeight(SubtractSaturate(reference, value), shift));
-    const I16 alpha = ShiftRightLogical<8>(Add(MultiplyLow(kept, SplatI16(strength)), SplatI16(128)));
-    const I16 current = MultiplyLow(Subtract(SplatI16(128), alpha), value);
-    const I16 sum = AddSaturate(AddSaturate(current, MultiplyLow(alpha, reference)), SplatI16(64));
-    StoreNarrow(history, ShiftRightLogical<7>(sum));
+    const I16 difference = SubtractSaturate(reference, value);
+    StoreNarrow(history, BlendWithReference(value, reference, difference, strength, shift));
   }
 };
 
