@@ -1,0 +1,96 @@
+// Dither noise as public members: the table of tiles of twelve strengths, and noise for a frame of the caller's.
+//
+// Strength s uses about s / 8 of the stored tile, which is Gaussian-like with a deviation of about 20; a sixteenth of
+// that, rounded down, is added to luma and clamped to a byte.
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <memory>
+
+#include "passes/noise_field.h"
+#include "passes/noise_register.h"
+#include "simd/kernel_table.h"
+#include "vidproc/video_processor.h"
+
+namespace {
+
+constexpr int kTileCells = vidproc::kNoiseTileSize * vidproc::kNoiseTileSize;
+constexpr int kStrengths = 12;
+
+struct Free {
+  void operator()(void* memory) const { std::free(memory); }
+};
+
+/// r scaled by strength / 8, each eighth rounded down for itself.
+signed char Scaled(int r, int strength) {
+  int sum = 0;
+  for (int shift = 0; shift < 4; ++shift) {
+    if (strength & 8 >> shift) sum += r >> shift;
+  }
+  return static_cast<signed char>(sum);
+}
+
+}  // namespace
+
+int VideoProcessor::PostProcDitherNoiseLUTCreation(signed char** table) {
+  if (table == nullptr) return -1;
+  auto* created = static_cast<signed char*>(std::malloc(kStrengths * kTileCells));
+  if (created == nullptr) {
+    std::fputs("{PostProcDitherNoiseLUTCreation} Error on memory allocation: ditherNoiseLUTPtr!\n", stderr);
+  } else {
+    for (int strength = 1; strength <= kStrengths; ++strength) {
+      signed char* tile = created + (strength - 1) * kTileCells;
+      for (int cell = 0; cell < kTileCells; ++cell) {
+        tile[cell] = Scaled(Spherical_Theta2_Guassian_Scaled_2By3[cell], strength);
+      }
+    }
+  }
+  std::free(*table);
+  *table = created;
+  return created == nullptr ? -1 : 0;
+}
+
+int VideoProcessor::PostProcDitherNoiseUpon2VUY(unsigned char* source, unsigned char* destination, unsigned int pitch,
+                                                unsigned short width, unsigned short height, unsigned int seed,
+                                                unsigned short /*unused*/, unsigned char strength, signed char* table) {
+  // kept: the rounded width wraps at 16 bits.
+  const std::uint32_t blocks = ((width + 15u) & 0xFFFF) / vidproc::kNoiseBlockSize;
+  const std::unique_ptr<std::uint16_t, Free> noiseBlkPosPtr(
+      static_cast<std::uint16_t*>(std::malloc(blocks * sizeof(std::uint16_t))));
+  if (noiseBlkPosPtr == nullptr) {
+    std::fputs("{PostProcDitherNoiseUpon2VUY} Error on memory allocation: noiseBlkPosPtr!\n", stderr);
+    return -1;
+  }
+  const std::unique_ptr<std::uint32_t, Free> prngByLFSRPtr(
+      static_cast<std::uint32_t*>(std::malloc(sizeof(std::uint32_t))));
+  if (prngByLFSRPtr == nullptr) {
+    std::fputs("{PostProcDitherNoiseUpon2VUY} Error on memory allocation: prngByLFSRPtr!\n", stderr);
+    return -1;
+  }
+  if (strength < 1 || strength > kStrengths) {
+    std::fprintf(stderr, "{PostProcDitherNoiseUpon2VUY} Dithering noise strength (=%u) not currently supported.\n",
+                 unsigned{strength});
+    return -1;
+  }
+  if (source == nullptr || destination == nullptr || table == nullptr) return -1;
+
+  signed char noise[vidproc::kNoiseTileBytes];
+  vidproc::SpreadNoiseTile(table, strength, noise);
+  *prngByLFSRPtr = vidproc::FirstNoiseState(seed);
+  const std::uint32_t rowBytes = blocks * vidproc::kNoiseBlockBytes;
+  for (std::size_t y = 0; y < height; ++y) {
+    if (y % vidproc::kNoiseBlockSize == 0) vidproc::DrawNoiseBand(*prngByLFSRPtr, noiseBlkPosPtr.get(), blocks);
+    const unsigned char* from = source + y * (pitch & 0xFFFF);  // kept: the source advances by 16 bits of the pitch
+    unsigned char* to = destination + y * pitch;
+    // Block by block where a row is written over the rest of its own source.
+    const std::size_t distance = reinterpret_cast<std::uintptr_t>(to) - reinterpret_cast<std::uintptr_t>(from);
+    const std::uint32_t piece = distance > 0 && distance < rowBytes ? vidproc::kNoiseBlockBytes : rowBytes;
+    for (std::uint32_t b = 0; b < rowBytes; b += piece) {
+      if (distance != 0) std::memmove(to + b, from + b, piece);
+      vidproc::Kernels().addNoiseToRow(noise + y % vidproc::kNoiseBlockSize * vidproc::kNoiseTileRowBytes,
+                                       noiseBlkPosPtr.get(), to + b, b, b + piece);
+    }
+  }
+  return 0;
+}
