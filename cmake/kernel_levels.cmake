@@ -14,7 +14,8 @@ set(VIDPROC_FLAGS_avx2 -mavx2)
 set(VIDPROC_FLAGS_avx512 -mavx512f -mavx512bw -mavx512dq -mavx512vl)
 set(VIDPROC_FLAGS_avx512vbmi ${VIDPROC_FLAGS_avx512} -mavx512vbmi)
 if(VIDPROC_EMULATE_WIDE)
-  set(VIDPROC_FLAGS_avx512 -mavx2 -DVIDPROC_EMULATE_WIDE)
+  # Emulated vectors cross functions of one unit only: their calling convention does not matter.
+  set(VIDPROC_FLAGS_avx512 -mavx2 -DVIDPROC_EMULATE_WIDE -Wno-psabi)
   set(VIDPROC_FLAGS_avx512vbmi ${VIDPROC_FLAGS_avx512})
 endif()
 
@@ -30,7 +31,7 @@ function(vidproc_add_kernels)
     target_compile_options(${unit} PRIVATE ${VIDPROC_FLAGS_${level}} -fno-exceptions -fno-rtti)
     if(level MATCHES avx512 AND CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
       # g++ 12 warns about its own AVX-512 header at -O3.
-      target_compile_options(${unit} PRIVATE -Wno-maybe-uninitialized)
+      target_compile_options(${unit} PRIVATE -Wno-maybe-uninitialized -Wno-uninitialized)
     endif()
     list(APPEND objects $<TARGET_OBJECTS:${unit}>)
   endforeach()

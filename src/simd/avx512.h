@@ -3,8 +3,7 @@
 #pragma once
 
 #ifdef VIDPROC_EMULATE_WIDE
-#define SIMDE_ENABLE_NATIVE_ALIASES
-#include <simde/x86/avx512.h>
+#include "simd/avx512_emulated.h"
 #else
 #include <immintrin.h>
 #endif
