@@ -93,7 +93,10 @@ void Engine::RunTemporalFilter(VideoProcessor& p) {
     std::memmove(p.previousFrame, source, frameBytes);
     if (packed) std::memmove(p.dstFrame, source, frameBytes);
   } else {
-    if (!inPlace && source < working + frameBytes && working < source + frameBytes) {
+    const auto overlaps = [&](const std::uint8_t* written) {
+      return source < written + frameBytes && written < source + frameBytes;
+    };
+    if (!inPlace && (overlaps(working) || overlaps(p.previousFrame))) {
       if (scratchB == nullptr || frameBytes > p.scratchBytes) return;
       std::memmove(scratchB, source, frameBytes);
       source = scratchB;
@@ -107,7 +110,6 @@ void Engine::RunTemporalFilter(VideoProcessor& p) {
     job.strength = p.temporalStrength;
     job.shift = p.temporalShift;
     Kernels().temporalFilter(job);
-    std::memmove(p.previousFrame, working, frameBytes);
   }
   // kept: a first frame into padded rows shows what the staging buffer held, not the source.
   for (std::uint32_t y = 0; !packed && y < p.outHeight; ++y) {
