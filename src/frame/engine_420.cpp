@@ -36,15 +36,18 @@ void Stage(const Frame420& planes, std::uint8_t* frame) {
   });
 }
 
-/// kept: the rows 2j and 2j + 1 both write chroma row j; the second stays.
+/// kept: the rows 2j and 2j + 1 both write chroma row j; the second stays. kept: the Cr that an odd width's last pair
+/// lacks is what follows in memory, the next row's first byte; the last row repeats its Cr before.
 void Unstage(const Frame420& planes, std::uint8_t* frame) {
   const std::uint32_t last = planes.width - 1;
   const std::ptrdiff_t pairBytes = std::ptrdiff_t{4} * (planes.width / 2);
+  const std::uint8_t* const lastRow = frame + std::uint64_t{2} * planes.width * (planes.height - 1);
   ForEachRow(planes, frame, [&](std::uint8_t* luma, std::uint8_t* chroma, const std::uint8_t* row) {
     Kernels().splitRow(row, luma, chroma, pairBytes);
     if (last % 2 != 0) return;
     chroma[last] = row[pairBytes];
     luma[last] = row[pairBytes + 1];
+    if (planes.chromaStride > planes.width) chroma[last + 1] = row[row == lastRow ? pairBytes - 2 : pairBytes + 2];
   });
 }
 
