@@ -8,11 +8,10 @@ namespace vidproc {
 constexpr int kExposureBlockSize = 16;
 
 struct BlockStatistics {
-  std::int32_t frameSum;          // of c
-  std::int32_t referenceSum;      // of r
-  std::int32_t frameSquares;      // of c * c
-  std::int32_t referenceSquares;  // of r * r
-  std::int32_t products;          // of c * r
+  std::uint32_t sums;              // of c in the low half, of r in the high half
+  std::uint32_t frameSquares;      // of c * c
+  std::uint32_t referenceSquares;  // of r * r
+  std::uint32_t products;          // of c * r
 };
 
 }  // namespace vidproc

@@ -30,8 +30,9 @@ struct KernelTable {
   void (*interleaveRow)(const std::uint8_t* luma, const std::uint8_t* chroma, std::uint8_t* row, std::ptrdiff_t bytes);
   void (*splitRow)(const std::uint8_t* row, std::uint8_t* luma, std::uint8_t* chroma, std::ptrdiff_t bytes);
   /// Sums over each of `blocks` 16 x 16 blocks of luma, side by side in two 2vuy frames with rows `pitch` bytes apart.
-  void (*measureBlocks)(const std::uint8_t* frame, const std::uint8_t* reference, std::ptrdiff_t pitch, int blocks,
-                        BlockStatistics* statistics);
+  /// What lies `ahead` bytes after them in both frames is fetched into the cache for a later call.
+  void (*measureBlocks)(const std::uint8_t* frame, const std::uint8_t* reference, std::ptrdiff_t pitch,
+                        std::ptrdiff_t ahead, int blocks, BlockStatistics* statistics);
 };
 
 /// The kernels of the level in use.
@@ -56,8 +57,8 @@ void AddNoiseToRow(const signed char* noise, const std::uint16_t* blockPosition,
 void AddNoise(NoiseField& field, std::uint8_t* bytes, std::uint64_t offset, std::uint64_t count);
 void InterleaveRow(const std::uint8_t* luma, const std::uint8_t* chroma, std::uint8_t* row, std::ptrdiff_t bytes);
 void SplitRow(const std::uint8_t* row, std::uint8_t* luma, std::uint8_t* chroma, std::ptrdiff_t bytes);
-void MeasureBlocks(const std::uint8_t* frame, const std::uint8_t* reference, std::ptrdiff_t pitch, int blocks,
-                   BlockStatistics* statistics);
+void MeasureBlocks(const std::uint8_t* frame, const std::uint8_t* reference, std::ptrdiff_t pitch, std::ptrdiff_t ahead,
+                   int blocks, BlockStatistics* statistics);
 
 extern const KernelTable kKernels;
 

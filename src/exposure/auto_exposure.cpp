@@ -1,0 +1,268 @@
+// Auto-exposure service: tells when the exposure of a stream of 2vuy frames has drifted and when it has settled again.
+//
+// Every frame is compared with a stored reference, block by block. Where a block shows the same scene (its mean within
+// 0.9 to 1.1 of the reference's, and well correlated) the frame gives its brightness, elsewhere the reference does, so
+// that moving objects do not count. A state machine with hysteresis follows the mean of one sample per block: warm-up,
+// then settling and watching in turn. When few blocks have matched for a while the scene is new and the reference is
+// replaced.
+#include "exposure/auto_exposure.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
+#include <cstdlib>
+#include <cstring>
+#include <limits>
+
+#include "exposure/block_statistics.h"
+#include "simd/kernel_table.h"
+#include "vidproc/video_processor.h"
+
+namespace vidproc {
+namespace {
+
+constexpr int kDriftConfirmed = 1;
+constexpr int kSettled = 0;
+constexpr int kNothingNew = -1;
+
+constexpr int kWarmUpFrames = 21;
+constexpr int kFirstLevel = 100;
+
+constexpr double kOne = 65536;                 // 1 in 16.16
+constexpr std::uint32_t kLowestRatio = 58983;  // 0.9
+constexpr std::uint32_t kRatioWindow = 13105;  // up to 1.1
+constexpr int kMatchingCorrelation = 52429;    // 0.8
+constexpr int kFlatBlockCorrelation = 39323;   // 0.6
+constexpr std::uint32_t kTextureLimit = 3000;
+
+constexpr int kSettlingTolerance = 9;
+constexpr int kStableFrames = 8;
+constexpr int kDriftTolerance = 27;
+constexpr int kMostDriftFrames = 8;
+constexpr int kSceneShare = 5;  // a fifth of the blocks must match
+constexpr int kMostSceneChangeFrames = 5;
+
+constexpr std::uint32_t kBlockSamples = kExposureBlockSize * kExposureBlockSize;
+/// Blocks of one call of the kernel: their statistics stay on the stack.
+constexpr int kBlocksPerCall = 64;
+
+// --- Memory ---
+
+template <class Entry>
+void ReleaseTable(Entry** rows, int height) {
+  if (rows == nullptr) return;
+  for (int y = 0; y < height; ++y) std::free(rows[y]);
+  std::free(rows);
+}
+
+void Release(AutoExposureState* state) {
+  std::free(state->referenceFrame);
+  std::free(state->spareFrame);
+  ReleaseTable(state->blockCorrelation, state->height);
+  ReleaseTable(state->blockMeanRatio, state->height);
+  ReleaseTable(state->blockFlat, state->height);
+  std::free(state);
+}
+
+/// kept: a row per row of the frame and an entry per pixel, where one per block would do.
+template <class Entry>
+bool AllocateTable(int width, int height, Entry**& rows) {
+  rows = static_cast<Entry**>(std::calloc(static_cast<std::size_t>(height), sizeof(Entry*)));
+  if (rows == nullptr) return false;
+  return std::all_of(rows, rows + height, [width](Entry*& row) {
+    row = static_cast<Entry*>(std::malloc(static_cast<std::size_t>(width) * sizeof(Entry)));
+    return row != nullptr;
+  });
+}
+
+std::size_t FrameBytes(const AutoExposureState& state) {
+  return static_cast<std::size_t>(state.width) * static_cast<std::size_t>(state.height) * 2;
+}
+
+bool AllocateBuffers(AutoExposureState& state) {
+  state.referenceFrame = static_cast<std::uint8_t*>(std::malloc(FrameBytes(state)));
+  state.spareFrame = static_cast<std::uint8_t*>(std::malloc(FrameBytes(state)));
+  return state.referenceFrame != nullptr && state.spareFrame != nullptr &&
+         AllocateTable(state.width, state.height, state.blockCorrelation) &&
+         AllocateTable(state.width, state.height, state.blockMeanRatio) &&
+         AllocateTable(state.width, state.height, state.blockFlat);
+}
+
+// --- Measuring ---
+
+struct FrameMeasure {
+  int matchingBlocks = 0;
+  int brightness = 0;
+};
+
+struct BlockComparison {
+  std::int32_t correlation;
+  std::uint32_t meanRatio;
+  bool isFlat;
+
+  bool Matches() const {
+    return meanRatio - kLowestRatio <= kRatioWindow &&
+           (correlation >= kMatchingCorrelation || (isFlat && correlation >= kFlatBlockCorrelation));
+  }
+};
+
+/// 256 times the variance.
+std::uint32_t Variance(std::uint32_t sum, std::uint32_t squares) {
+  return squares - ((sum * sum + kBlockSamples / 2) / kBlockSamples);
+}
+
+/// Every number below 2^53 is exact in double precision, and so is the integer part of a quotient of two of them.
+BlockComparison Compare(const BlockStatistics& statistics) {
+  const std::uint32_t frameSum = statistics.sums & 0xFFFF;
+  const std::uint32_t referenceSum = statistics.sums >> 16;
+  const auto frameMean = frameSum / kBlockSamples;
+  const auto referenceMean = referenceSum / kBlockSamples;
+  // Sum of (r - referenceMean) * (c - frameMean), multiplied out; it lies within 2^23 of 0.
+  const auto covariance =
+      static_cast<std::int32_t>(statistics.products - referenceMean * frameSum - frameMean * referenceSum +
+                                kBlockSamples * referenceMean * frameMean);
+  const std::uint32_t frameVariance = Variance(frameSum, statistics.frameSquares);
+  const std::uint32_t referenceVariance = Variance(referenceSum, statistics.referenceSquares);
+  const auto deviation = static_cast<std::int32_t>(std::sqrt(1.0 * referenceVariance * frameVariance));
+  return {deviation != 0 ? static_cast<std::int32_t>(covariance * kOne / deviation) : 65536,
+          referenceSum * 65536 / std::max(frameSum, 1u),
+          frameVariance < kTextureLimit && referenceVariance < kTextureLimit};
+}
+
+/// Compares `count` blocks from block bx on of block row by, and adds one sample of each to `brightnessSum`: the
+/// frame's where the block matches.
+int MeasureBlocks(const AutoExposureState& state, const std::uint8_t* frame, int by, int bx, int count,
+                  std::uint32_t& brightnessSum) {
+  const std::ptrdiff_t pitch = std::ptrdiff_t{2} * state.width;
+  const std::ptrdiff_t start = kExposureBlockSize * (by * pitch + std::ptrdiff_t{2} * bx);
+  BlockStatistics sums[kBlocksPerCall];
+  const bool isLastRow = by + 1 == state.height / kExposureBlockSize;
+  const std::ptrdiff_t ahead = isLastRow ? 0 : kExposureBlockSize * pitch;
+  Kernels().measureBlocks(frame + start, state.referenceFrame + start, pitch, ahead, count, sums);
+  int matching = 0;
+  for (int i = 0; i < count; ++i) {
+    const BlockComparison comparison = Compare(sums[i]);
+    state.blockCorrelation[by][bx + i] = comparison.correlation;
+    state.blockMeanRatio[by][bx + i] = comparison.meanRatio;
+    state.blockFlat[by][bx + i] = comparison.isFlat;
+    const bool matches = comparison.Matches();
+    const std::ptrdiff_t firstLuma = start + std::ptrdiff_t{2} * kExposureBlockSize * i + 1;
+    brightnessSum += (matches ? frame : state.referenceFrame)[firstLuma] * 256u;
+    matching += matches;
+  }
+  return matching;
+}
+
+/// Rows and columns beyond the last whole block do not count as blocks, but do in the mean.
+FrameMeasure MeasureFrame(const AutoExposureState& state, const std::uint8_t* frame) {
+  const int blockRows = state.height / kExposureBlockSize;
+  const int blockColumns = state.width / kExposureBlockSize;
+  FrameMeasure measure;
+  std::uint32_t brightnessSum = 0;  // wraps in very large frames
+  for (int by = 0; by < blockRows; ++by) {
+    for (int bx = 0; bx < blockColumns; bx += kBlocksPerCall) {
+      const int count = std::min(kBlocksPerCall, blockColumns - bx);
+      measure.matchingBlocks += MeasureBlocks(state, frame, by, bx, count, brightnessSum);
+    }
+  }
+  measure.brightness = static_cast<std::int32_t>(brightnessSum) / (state.width * state.height);
+  return measure;
+}
+
+// --- The state machine ---
+
+bool IsNear(int level, int brightness, int tolerance) { return std::abs(level - brightness) <= tolerance; }
+
+void Remember(AutoExposureState& state, const std::uint8_t* frame) {
+  std::memcpy(state.referenceFrame, frame, FrameBytes(state));
+}
+
+int Settle(AutoExposureState& state, const std::uint8_t* frame, int brightness) {
+  if (IsNear(state.candidateLevel, brightness, kSettlingTolerance)) {
+    ++state.stableFrames;
+    state.settledLevel += brightness;
+  } else {
+    state.stableFrames = 0;
+    state.settledLevel = 0;
+    state.candidateLevel = brightness;
+  }
+  Remember(state, frame);
+  if (state.stableFrames < kStableFrames) return kNothingNew;
+  state.settling = 0;
+  state.settledLevel = (state.settledLevel + kStableFrames / 2) >> 3;
+  state.driftFrames = 0;
+  return kSettled;
+}
+
+int WatchDrift(AutoExposureState& state, const std::uint8_t* frame, int brightness) {
+  state.candidateLevel = brightness;
+  const bool isNear = IsNear(state.settledLevel, brightness, kDriftTolerance);
+  state.driftFrames = std::max(state.driftFrames + (isNear ? -1 : 1), 0);
+  if (state.driftFrames <= kMostDriftFrames) return kNothingNew;
+  state.settling = 1;
+  state.stableFrames = 0;
+  state.settledLevel = 0;
+  Remember(state, frame);
+  return kDriftConfirmed;
+}
+
+void WatchScene(AutoExposureState& state, const std::uint8_t* frame, int matchingBlocks) {
+  const bool isKnown = matchingBlocks >= state.width * state.height / int{kBlockSamples} / kSceneShare;
+  state.sceneChangeFrames = std::max(state.sceneChangeFrames + (isKnown ? -1 : 1), 0);
+  if (state.sceneChangeFrames <= kMostSceneChangeFrames) return;
+  state.sceneChangeFrames = 0;
+  Remember(state, frame);
+}
+
+int WatchFrame(AutoExposureState& state, const std::uint8_t* frame) {
+  if (state.frameCount == 0) {
+    state.currentLevel = kFirstLevel;
+    state.candidateLevel = kFirstLevel;
+    Remember(state, frame);
+  }
+  if (state.frameCount < kWarmUpFrames) return kNothingNew;
+  const FrameMeasure measure = MeasureFrame(state, frame);
+  const int result =
+      state.settling == 1 ? Settle(state, frame, measure.brightness) : WatchDrift(state, frame, measure.brightness);
+  WatchScene(state, frame, measure.matchingBlocks);
+  state.currentLevel = measure.brightness;
+  return result;
+}
+
+}  // namespace
+}  // namespace vidproc
+
+using vidproc::AutoExposureState;
+
+extern "C" {
+
+void VidProcAdjustAutoExposureInit(void** handle, int width, int height, int param) {
+  constexpr std::int64_t kMostFrameBytes = std::numeric_limits<std::int32_t>::max();
+  if (handle == nullptr || *handle != nullptr) return;
+  if (width < 1 || height < 1 || std::int64_t{width} * height > kMostFrameBytes / 2) return;
+  auto* state = static_cast<AutoExposureState*>(std::malloc(sizeof(AutoExposureState)));
+  if (state == nullptr) return;
+  *state = {.width = width, .height = height, .initParam = param};
+  if (vidproc::AllocateBuffers(*state)) {
+    *handle = state;
+  } else {
+    vidproc::Release(state);
+  }
+}
+
+int VidProcAdjustAutoExposure(void* state, unsigned char* frame) {
+  if (state == nullptr || frame == nullptr) return vidproc::kNothingNew;
+  auto& watcher = *static_cast<AutoExposureState*>(state);
+  const int result = vidproc::WatchFrame(watcher, frame);
+  // The count matters only until the warm-up is over; it stops rather than wrap.
+  if (watcher.frameCount < std::numeric_limits<std::int32_t>::max()) ++watcher.frameCount;
+  return result;
+}
+
+void VidProcAdjustAutoExposureCleanup(void** handle) {
+  if (handle == nullptr) return;
+  if (*handle != nullptr) vidproc::Release(static_cast<AutoExposureState*>(*handle));
+  *handle = nullptr;
+}
+
+}  // extern "C"
