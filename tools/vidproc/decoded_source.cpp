@@ -1,6 +1,7 @@
 // Frames of any file that libavformat opens. Damage is an error here, not something to conceal: a result that was made
 // from half a file should not pass for a whole one.
 #include <algorithm>
+#include <cstdlib>
 #include <string>
 
 #include "errors.h"
@@ -74,8 +75,8 @@ class DecodedSource final : public FrameSource {
     const AVCodecParameters& parameters = *stream.codecpar;
     info.size = {parameters.width, parameters.height};
     const AVRational rate = av_guess_frame_rate(format.get(), format->streams[streamIndex], nullptr);
-    if (rate.num > 0 && rate.den > 0) info.frameRate = rate;
-    info.timeBase = stream.time_base;
+    if (rate.num > 0 && rate.den > 0 && rate.num < 10000000) info.frameRate = rate;
+    info.timeBase = {info.frameRate.den, info.frameRate.num * kTicks};
     info.sampleAspect = av_guess_sample_aspect_ratio(format.get(), format->streams[streamIndex], nullptr);
     info.colour = {parameters.color_primaries, parameters.color_trc, parameters.color_space,
                    parameters.chroma_location};
@@ -105,15 +106,23 @@ class DecodedSource final : public FrameSource {
     }
   }
 
-  /// Time stamps start at 0 and rise, whatever the file says.
+  /// Time stamps start at 0 and rise, whatever the file says. Containers round them, often to milliseconds: what lies
+  /// that near to the frame rate's own grid is put on it.
   void SetPts(AVFrame& frame) {
-    const std::int64_t step = std::max<std::int64_t>(1, av_rescale_q(1, av_inv_q(info.frameRate), info.timeBase));
     const std::int64_t stamp = frame.best_effort_timestamp;
     if (frames == 0) firstStamp = stamp == AV_NOPTS_VALUE ? 0 : stamp;
-    const std::int64_t earliest = frames == 0 ? 0 : lastPts + 1;
-    lastPts = stamp == AV_NOPTS_VALUE ? (frames == 0 ? 0 : lastPts + step) : std::max(stamp - firstStamp, earliest);
+    std::int64_t pts = lastPts + kTicks;
+    if (stamp != AV_NOPTS_VALUE) {
+      pts = av_rescale_q(stamp - firstStamp, Stream().time_base, info.timeBase);
+      const std::int64_t nearest = (pts + kTicks / 2) / kTicks * kTicks;
+      if (std::abs(pts - nearest) <= kSnap) pts = nearest;
+    }
+    lastPts = frames == 0 ? 0 : std::max(pts, lastPts + 1);
     frame.pts = lastPts;
   }
+
+  static constexpr int kTicks = 64;  ///< of the time base per frame
+  static constexpr int kSnap = 2;
 
   InputFormatPtr format;
   CodecPtr decoder;

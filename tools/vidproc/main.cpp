@@ -46,8 +46,7 @@ int main(int argc, char** argv) {
     if (std::fflush(stdout) != 0) throw CannotWrite("standard output", std::strerror(errno));
     return kSuccess;
   } catch (const ToolError& error) {
-    std::fprintf(stderr, "vidproc: %s\n", error.what());
-    if (error.status == kUsage) std::fputs("Run vidproc --help for the options.\n", stderr);
+    std::fprintf(stderr, "vidproc: %s%s\n", error.what(), error.status == kUsage ? " (see vidproc --help)" : "");
     return error.status;
   } catch (const std::bad_alloc&) {
     std::fputs("vidproc: not enough memory for frames of this size\n", stderr);

@@ -3,10 +3,12 @@
 
 extern "C" {
 #include <libavutil/imgutils.h>
+#include <libavutil/opt.h>
 #include <libavutil/pixdesc.h>
 }
 
 #include <cstring>
+#include <utility>
 
 #include "errors.h"
 
@@ -150,25 +152,30 @@ FramePtr WrapFrame(AVPixelFormat format, Size size, const std::uint8_t* bytes) {
   return frame;
 }
 
-void Scaler::Convert(const AVFrame& from, AVFrame& to) {
-  const AVPixelFormat formatFrom = WithoutRange(from.format);
-  const int range = IsFullRange(from) ? 1 : 0;
-  SwsContext* previous = context.get();
-  context.reset(sws_getCachedContext(context.release(), from.width, from.height, formatFrom, to.width, to.height,
-                                     static_cast<AVPixelFormat>(to.format), kFlags, nullptr, nullptr, nullptr));
-  if (!context) {
-    const char* name = av_get_pix_fmt_name(formatFrom);
+void Scaler::SetUp(const Setting& wanted, const AVFrame& tagged) {
+  context.reset(OrBadAlloc(sws_alloc_context()));
+  // The ranges come before the set-up: without them it may choose a plain repacking that changes no value.
+  const std::pair<const char*, int> fields[] = {
+      {"srcw", wanted.from.width},     {"srch", wanted.from.height},  {"src_format", wanted.formatFrom},
+      {"dstw", wanted.to.width},       {"dsth", wanted.to.height},    {"dst_format", wanted.formatTo},
+      {"src_range", wanted.rangeFrom}, {"dst_range", wanted.rangeTo}, {"sws_flags", kFlags}};
+  for (const auto& [name, value] : fields) av_opt_set_int(context.get(), name, value, 0);
+  if (sws_init_context(context.get(), nullptr, nullptr) < 0) {
+    const char* name = av_get_pix_fmt_name(wanted.formatFrom);
     throw ToolError(kFailure, std::string("libswscale cannot convert from ") + (name ? name : "this format"));
   }
-  if (context.get() != previous || from.colorspace != matrixFrom || range != rangeFrom) {
-    const bool yuvToYuv = !IsRgb(from.format) && !IsRgb(to.format);
-    const AVFrame& tagged = IsRgb(from.format) ? to : from;
-    const int* matrix = sws_getCoefficients(tagged.colorspace);
-    sws_setColorspaceDetails(context.get(), matrix, range, matrix, IsRgb(to.format) && !yuvToYuv ? 1 : 0, 0, 1 << 16,
-                             1 << 16);
-    matrixFrom = from.colorspace;
-    rangeFrom = range;
-  }
+  const int* matrix = sws_getCoefficients(tagged.colorspace);
+  sws_setColorspaceDetails(context.get(), matrix, wanted.rangeFrom, matrix, wanted.rangeTo, 0, 1 << 16, 1 << 16);
+}
+
+void Scaler::Convert(const AVFrame& from, AVFrame& to) {
+  const AVFrame& tagged = IsRgb(from.format) ? to : from;  // RGB has no matrix of its own
+  const Setting wanted{{from.width, from.height}, {to.width, to.height},
+                       WithoutRange(from.format), static_cast<AVPixelFormat>(to.format),
+                       IsFullRange(from) ? 1 : 0, IsRgb(to.format) ? 1 : 0,
+                       tagged.colorspace};
+  if (!context || !(wanted == setting)) SetUp(wanted, tagged);
+  setting = wanted;
   if (sws_scale(context.get(), from.data, from.linesize, 0, from.height, to.data, to.linesize) != to.height) {
     throw ToolError(kFailure, "libswscale failed to convert a frame");
   }

@@ -28,9 +28,21 @@ class Scaler {
   void Convert(const AVFrame& from, AVFrame& to);
 
  private:
+  struct Setting {
+    Size from;
+    Size to;
+    AVPixelFormat formatFrom = AV_PIX_FMT_NONE;
+    AVPixelFormat formatTo = AV_PIX_FMT_NONE;
+    int rangeFrom = 0;  ///< 1 full
+    int rangeTo = 0;
+    AVColorSpace matrix = AVCOL_SPC_UNSPECIFIED;
+    bool operator==(const Setting&) const = default;
+  };
+
+  void SetUp(const Setting& wanted, const AVFrame& tagged);
+
   ScalerPtr context;
-  int matrixFrom = -1;
-  int rangeFrom = -1;
+  Setting setting;
 };
 
 class PictureConverter {

@@ -36,10 +36,10 @@ class Random {
   std::uint32_t state;
 };
 
-/// Light on the scene: full, then dimmed from 2.5 s to 6.5 s, every 8 s.
+/// Light on the scene: a lamp goes out 2.2 s into every 6 s and comes back 2 s later.
 double LightAt(double seconds) {
-  const double phase = std::fmod(seconds, 8.0);
-  const double dimmed = std::clamp(std::min(phase - 2.5, 6.75 - phase) / 0.25, 0.0, 1.0);
+  const double phase = std::fmod(seconds, 6.0);
+  const double dimmed = std::clamp(std::min(phase - 2.2, 4.2 - phase) / 0.2, 0.0, 1.0);
   return 1 - 0.45 * dimmed;
 }
 
@@ -115,7 +115,7 @@ class SyntheticScene final : public FrameSource {
                                               "and fine print",
                                               "8x8 16x16 640x480",
                                               "The quick brown fox jumps",
-                                              "over 13 lazy dogs; 0123456789 = 45?"};
+                                              "over 13 lazy dogs, 0123456789 = 45?"};
     double y = top + 0.035 * height;
     for (const char* line : lines) {
       const std::string text(line);
