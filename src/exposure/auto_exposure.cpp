@@ -67,8 +67,9 @@ void Release(AutoExposureState* state) {
 /// kept: a row per row of the frame and an entry per pixel, where one per block would do.
 template <class Entry>
 bool AllocateTable(int width, int height, Entry**& rows) {
-  rows = static_cast<Entry**>(std::calloc(static_cast<std::size_t>(height), sizeof(Entry*)));
+  rows = static_cast<Entry**>(std::malloc(static_cast<std::size_t>(height) * sizeof(Entry*)));
   if (rows == nullptr) return false;
+  std::fill_n(rows, height, nullptr);
   return std::all_of(rows, rows + height, [width](Entry*& row) {
     row = static_cast<Entry*>(std::malloc(static_cast<std::size_t>(width) * sizeof(Entry)));
     return row != nullptr;
@@ -111,12 +112,12 @@ std::uint32_t Variance(std::uint32_t sum, std::uint32_t squares) {
   return squares - ((sum * sum + kBlockSamples / 2) / kBlockSamples);
 }
 
-/// Every number below 2^53 is exact in double precision, and so is the integer part of a quotient of two of them.
+/// Doubles hold every number here exactly (below 2^53), and so the integer part of their quotients is exact.
 BlockComparison Compare(const BlockStatistics& statistics) {
   const std::uint32_t frameSum = statistics.sums & 0xFFFF;
   const std::uint32_t referenceSum = statistics.sums >> 16;
-  const auto frameMean = frameSum / kBlockSamples;
-  const auto referenceMean = referenceSum / kBlockSamples;
+  const std::uint32_t frameMean = frameSum / kBlockSamples;
+  const std::uint32_t referenceMean = referenceSum / kBlockSamples;
   // Sum of (r - referenceMean) * (c - frameMean), multiplied out; it lies within 2^23 of 0.
   const auto covariance =
       static_cast<std::int32_t>(statistics.products - referenceMean * frameSum - frameMean * referenceSum +
@@ -124,8 +125,9 @@ BlockComparison Compare(const BlockStatistics& statistics) {
   const std::uint32_t frameVariance = Variance(frameSum, statistics.frameSquares);
   const std::uint32_t referenceVariance = Variance(referenceSum, statistics.referenceSquares);
   const auto deviation = static_cast<std::int32_t>(std::sqrt(1.0 * referenceVariance * frameVariance));
-  return {deviation != 0 ? static_cast<std::int32_t>(covariance * kOne / deviation) : 65536,
-          referenceSum * 65536 / std::max(frameSum, 1u),
+  // The rounded means add at most 2^8 to |covariance| <= deviation + 1: the quotient stays below 2^25.
+  return {static_cast<std::int32_t>(deviation != 0 ? covariance * kOne / deviation : kOne),
+          (referenceSum << 16) / std::max(frameSum, 1u),
           frameVariance < kTextureLimit && referenceVariance < kTextureLimit};
 }
 
