@@ -16,8 +16,9 @@ constexpr int kMaxTaps = 16;
 /// of a cache line also keeps rows whose length is a power of two apart in the cache.
 constexpr int kRowSlack = 192;
 
-/// Byte columns repeated on each side of a strip's columns: whole groups Cb Y Cr Y, as many as 16 taps can reach.
-constexpr int kEdgeColumns = 32;
+/// Byte columns repeated on each side of a strip's columns: whole groups Cb Y Cr Y, as many as 16 taps can reach. The
+/// last Cr of an odd width lies past the row's end, and so its taps reach one group further than others.
+constexpr int kEdgeColumns = 36;
 
 /// Rows of the widest strip: one 512-bit vector of bytes.
 constexpr int kMaxStripRows = 64;
