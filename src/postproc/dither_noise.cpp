@@ -2,6 +2,7 @@
 //
 // Strength s uses about s / 8 of the stored tile, which is Gaussian-like with a deviation of about 20; a sixteenth of
 // that, rounded down, is added to luma and clamped to a byte.
+#include <cstddef>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
@@ -21,6 +22,18 @@ constexpr int kStrengths = 12;
 struct Free {
   void operator()(void* memory) const { std::free(memory); }
 };
+
+/// Memory for one call, or null with a message. Compilers may keep a small buffer in registers and then never ask for
+/// it; the pointer goes through volatile memory so that a lack of memory is always met and reported.
+template <typename Value>
+std::unique_ptr<Value, Free> Allocate(std::size_t count, const char* name) {
+  void* volatile memory = std::malloc(count * sizeof(Value));
+  std::unique_ptr<Value, Free> allocated(static_cast<Value*>(memory));
+  if (allocated == nullptr) {
+    std::fprintf(stderr, "{PostProcDitherNoiseUpon2VUY} Error on memory allocation: %s!\n", name);
+  }
+  return allocated;
+}
 
 /// r scaled by strength / 8, each eighth rounded down for itself.
 signed char Scaled(int r, int strength) {
@@ -56,18 +69,10 @@ int VideoProcessor::PostProcDitherNoiseUpon2VUY(unsigned char* source, unsigned 
                                                 unsigned short /*unused*/, unsigned char strength, signed char* table) {
   // kept: the rounded width wraps at 16 bits.
   const std::uint32_t blocks = ((width + 15u) & 0xFFFF) / vidproc::kNoiseBlockSize;
-  const std::unique_ptr<std::uint16_t, Free> noiseBlkPosPtr(
-      static_cast<std::uint16_t*>(std::malloc(blocks * sizeof(std::uint16_t))));
-  if (noiseBlkPosPtr == nullptr) {
-    std::fputs("{PostProcDitherNoiseUpon2VUY} Error on memory allocation: noiseBlkPosPtr!\n", stderr);
-    return -1;
-  }
-  const std::unique_ptr<std::uint32_t, Free> prngByLFSRPtr(
-      static_cast<std::uint32_t*>(std::malloc(sizeof(std::uint32_t))));
-  if (prngByLFSRPtr == nullptr) {
-    std::fputs("{PostProcDitherNoiseUpon2VUY} Error on memory allocation: prngByLFSRPtr!\n", stderr);
-    return -1;
-  }
+  const auto noiseBlkPosPtr = Allocate<std::uint16_t>(blocks, "noiseBlkPosPtr");
+  if (noiseBlkPosPtr == nullptr) return -1;
+  const auto prngByLFSRPtr = Allocate<std::uint32_t>(1, "prngByLFSRPtr");
+  if (prngByLFSRPtr == nullptr) return -1;
   if (strength < 1 || strength > kStrengths) {
     std::fprintf(stderr, "{PostProcDitherNoiseUpon2VUY} Dithering noise strength (=%u) not currently supported.\n",
                  unsigned{strength});
