@@ -35,14 +35,10 @@ constexpr std::uint32_t kLargestSeed = 0x7FC6AEF1;
 
 using Tile = std::array<int, kCells>;
 
-bool IsGiven(unsigned cell) {
-  return cell / kSize < 2 && cell % kSize < 16;
-}
+bool IsGiven(unsigned cell) { return cell / kSize < 2 && cell % kSize < 16; }
 
 // Rows and columns count modulo the tile's size, so that -1 wraps to the last one.
-unsigned Wrapped(unsigned row, unsigned column) {
-  return row % kSize * kSize + column % kSize;
-}
+unsigned Wrapped(unsigned row, unsigned column) { return row % kSize * kSize + column % kSize; }
 
 double Quantile(double share) {
   double low = -8, high = 8;
