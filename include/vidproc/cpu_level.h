@@ -19,6 +19,11 @@ Level LevelInUse();
 /// Not to be called while another thread is inside the library.
 Level CapLevel(Level highest);
 
+/// Makes kernels use only the forms that are exact for every bank, for tests that hold the faster ones against them.
+/// Results are the same either way. The same caution as for CapLevel.
+void UseGeneralFormsOnly(bool only);
+bool GeneralFormsOnly();
+
 /// "scalar", "sse2", "sse41", "avx2", "avx512", "avx512vbmi", "neon".
 const char* LevelName(Level level);
 

@@ -5,6 +5,7 @@
 #include <new>
 
 #include "simd/kernel_table.h"
+#include "vidproc/cpu_level.h"
 
 namespace vidproc {
 namespace {
@@ -18,6 +19,9 @@ std::uint64_t FrameExtent(std::uint32_t width, std::uint32_t height, std::uint32
 
 std::uint64_t SourceExtent(const VideoProcessor& p) { return FrameExtent(p.inWidth, p.inHeight, p.inStride); }
 std::uint64_t DestinationExtent(const VideoProcessor& p) { return FrameExtent(p.outWidth, p.outHeight, p.outStride); }
+
+/// What every scaling kernel needs of the buffers.
+constexpr ScalerTraits kSmallestNeed = {nullptr, 4, 8, 7, false, false, NoiseRule::kNone, nullptr};
 
 bool Overlap(const std::uint8_t* a, std::uint64_t aBytes, const std::uint8_t* b, std::uint64_t bBytes) {
   return a < b + bBytes && b < a + aBytes;
@@ -38,14 +42,17 @@ ScaleGeometry GeometryOf(const VideoProcessor& p, const ScalerTraits& traits) {
           p.verticalUp,
           p.verticalDown,
           traits.horizontalTaps,
-          traits.verticalTaps};
+          traits.verticalTaps,
+          traits.precisionBits,
+          GeneralFormsOnly() ? RowFormShape{} : Kernels().rowForm};
 }
 
 }  // namespace
 
+/// Frames that outgrow the object's buffers are accepted and never processed: they get no working memory either.
 void Engine::PrepareWorkspace(VideoProcessor& p) {
   if (p.workspace == nullptr) p.workspace = new Workspace;
-  p.workspace->Reserve({p.inWidth, p.inHeight, p.outWidth, p.outHeight});
+  if (FitsScaler(p, kSmallestNeed)) p.workspace->Reserve({p.inWidth, p.inHeight, p.outWidth, p.outHeight});
 }
 
 void Engine::ReleaseWorkspace(VideoProcessor& p) noexcept {
@@ -169,7 +176,7 @@ void Engine::PlaceSource(VideoProcessor& p, ScaleJob& job) {
 
 ScaleJob Engine::MakeScaleJob(VideoProcessor& p, const ScalerTraits& traits) {
   Workspace& workspace = *p.workspace;
-  workspace.plan.Update(p, GeometryOf(p, traits), workspace.rowPositions, workspace.columnPositions);
+  workspace.plan.Update(p, GeometryOf(p, traits), workspace.planMemory);
   ScaleJob job{};
   PlaceSource(p, job);
   job.inWidth = static_cast<std::int32_t>(p.inWidth);
@@ -182,6 +189,7 @@ ScaleJob Engine::MakeScaleJob(VideoProcessor& p, const ScalerTraits& traits) {
   job.verticalBank = &workspace.plan.verticalBank;
   job.horizontalBank = &workspace.plan.horizontalBank;
   job.horizontal = &workspace.plan.horizontal;
+  job.rowPlan = workspace.plan.rowPlan;
   // kept: adaptive 0 shifts by 255 or more, which clears the lost weight.
   job.adaptiveShift = p.adaptive == 0 ? 255 : p.adaptive - 1;
   job.temporalStrength = p.temporalStrength;

@@ -21,6 +21,7 @@ struct ScalerTraits {
   void (*KernelTable::*kernel)(const ScaleJob&);
   int verticalTaps;
   int horizontalTaps;
+  int precisionBits;
   bool hasHistory;
   bool smoothsMotion;
   NoiseRule noise;

@@ -12,7 +12,7 @@ namespace {
 
 constexpr std::uint8_t kDeblockAbove = 20;
 
-constexpr ScalerTraits kDeblockTraits = {&KernelTable::postScale, 4, 8, false, false, NoiseRule::kNone,
+constexpr ScalerTraits kDeblockTraits = {&KernelTable::postScale, 4, 8, 6, false, false, NoiseRule::kNone,
                                          ListPostProcBanks};
 
 /// Deblocking was built for frames that keep their size, in packed rows.
@@ -65,9 +65,10 @@ void Engine::RunDeblocking(VideoProcessor& p) {
   // The scaler's plan holds its outputs by phase, not in order.
   workspace.plan.Invalidate();
   for (std::int32_t m = 0; m < job.width; ++m) {
-    workspace.columnPositions[m] = {m, static_cast<std::int32_t>(std::int64_t{m} * p.horizontalDown / p.horizontalUp)};
+    workspace.planMemory.columns[m] = {m,
+                                       static_cast<std::int32_t>(std::int64_t{m} * p.horizontalDown / p.horizontalUp)};
   }
-  job.positions = workspace.columnPositions;
+  job.positions = workspace.planMemory.columns;
   job.strip = workspace.strip;
   job.rowsAbove = workspace.deblockRows;
   Kernels().deblock(job);

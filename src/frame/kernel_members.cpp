@@ -10,22 +10,23 @@ using vidproc::KernelTable;
 using vidproc::NoiseRule;
 using vidproc::ScalerTraits;
 
-//                                            kernel, taps (vertical, horizontal), history, motion, noise, listing
-constexpr ScalerTraits kPlain = {&KernelTable::plainScale, 4, 8, false, false, NoiseRule::kSizedByInput,
+//                                            kernel, taps (vertical, horizontal), precision, history, motion, noise,
+//                                            listing
+constexpr ScalerTraits kPlain = {&KernelTable::plainScale, 4, 8, 7, false, false, NoiseRule::kSizedByInput,
                                  vidproc::ListPreProcBanks};
 constexpr ScalerTraits kPlainWithLumaShift = {
-    &KernelTable::plainScaleWithLumaShift, 4, 8, false, false, NoiseRule::kSizedByInput, vidproc::ListPreProcBanks};
-constexpr ScalerTraits kAdaptive = {&KernelTable::adaptiveScale, 4, 8, true, false, NoiseRule::kSizedByInput,
+    &KernelTable::plainScaleWithLumaShift, 4, 8, 7, false, false, NoiseRule::kSizedByInput, vidproc::ListPreProcBanks};
+constexpr ScalerTraits kAdaptive = {&KernelTable::adaptiveScale, 4, 8, 7, true, false, NoiseRule::kSizedByInput,
                                     vidproc::ListPreProcBanks};
 constexpr ScalerTraits kMotionSmoothing = {
-    &KernelTable::motionSmoothingScale, 4, 8, true, true, NoiseRule::kSizedByInput, vidproc::ListPreProcBanks};
+    &KernelTable::motionSmoothingScale, 4, 8, 7, true, true, NoiseRule::kSizedByInput, vidproc::ListPreProcBanks};
 constexpr ScalerTraits kAdaptive16TapTemporal = {
-    &KernelTable::adaptive16TapTemporalScale, 8, 16, true, false, NoiseRule::kSizedByInput, vidproc::List16TapBanks};
+    &KernelTable::adaptive16TapTemporalScale, 8, 16, 7, true, false, NoiseRule::kSizedByInput, vidproc::List16TapBanks};
 constexpr ScalerTraits kAdaptive16Tap = {
-    &KernelTable::adaptive16TapScale, 8, 16, false, false, NoiseRule::kSizedByInput, vidproc::List16TapBanks};
-constexpr ScalerTraits kPost = {&KernelTable::postScale,   4, 8, false, false, NoiseRule::kSizedByOutput,
+    &KernelTable::adaptive16TapScale, 8, 16, 7, false, false, NoiseRule::kSizedByInput, vidproc::List16TapBanks};
+constexpr ScalerTraits kPost = {&KernelTable::postScale,   4, 8, 6, false, false, NoiseRule::kSizedByOutput,
                                 vidproc::ListPostProcBanks};
-constexpr ScalerTraits kPostWithoutNoise = {&KernelTable::postScale,   4, 8, false, false, NoiseRule::kNone,
+constexpr ScalerTraits kPostWithoutNoise = {&KernelTable::postScale,   4, 8, 6, false, false, NoiseRule::kNone,
                                             vidproc::ListPostProcBanks};
 
 int Scale(VideoProcessor& processor, const ScalerTraits& traits) {

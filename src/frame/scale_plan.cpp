@@ -2,6 +2,7 @@
 
 #include <cstring>
 
+#include "passes/phase_position.h"
 #include "vidproc/video_processor.h"
 
 namespace vidproc {
@@ -10,12 +11,13 @@ namespace {
 using LaneBank = std::int16_t[16][16][8];
 
 /// Takes the coefficients that a kernel of `taps` taps reads, lane 0 standing for eight, if they have changed.
-void UpdateBank(const LaneBank& lanes, int taps, TapBank& bank) {
+/// @return whether they have.
+bool UpdateBank(const LaneBank& lanes, int taps, TapBank& bank) {
   std::int16_t coefficient[kPhases][kMaxTaps] = {};
   for (int phase = 0; phase < kPhases; ++phase) {
     for (int tap = 0; tap < taps; ++tap) coefficient[phase][tap] = lanes[phase][tap][0];
   }
-  if (taps == bank.taps && std::memcmp(coefficient, bank.coefficient, sizeof coefficient) == 0) return;
+  if (taps == bank.taps && std::memcmp(coefficient, bank.coefficient, sizeof coefficient) == 0) return false;
   bank.taps = taps;
   std::memcpy(bank.coefficient, coefficient, sizeof coefficient);
   for (int phase = 0; phase < kPhases; ++phase) {
@@ -27,19 +29,7 @@ void UpdateBank(const LaneBank& lanes, int taps, TapBank& bank) {
     bank.firstTap[phase] = first;
     bank.tapCount[phase] = last - first + 1;
   }
-}
-
-struct Position {
-  std::int32_t source;
-  std::int32_t phase;
-};
-
-/// The source sample under an output sample's centre tap, and its phase in sixteenths.
-Position Locate(std::int64_t output, std::int32_t up, std::int32_t down) {
-  const std::int64_t scaled = output * down;
-  const std::int64_t source = scaled / up;
-  const double sixteenths = static_cast<double>(scaled * kPhases) / up - static_cast<double>(source * kPhases);
-  return {static_cast<std::int32_t>(source), static_cast<std::int32_t>(sixteenths)};
+  return true;
 }
 
 /// Sorts the outputs of a row by phase, ascending within each.
@@ -47,7 +37,9 @@ void GroupByPhase(const ScaleGeometry& geometry, TapPosition* columns, Horizonta
   std::int32_t luma[kPhases] = {};
   std::int32_t chroma[kPhases] = {};
   const std::int32_t chromaWidth = geometry.outWidth / 2 + geometry.outWidth % 2;
-  const auto phaseOf = [&](std::int32_t k) { return Locate(k, geometry.horizontalUp, geometry.horizontalDown).phase; };
+  const auto phaseOf = [&](std::int32_t k) {
+    return LocatePhase(k, geometry.horizontalUp, geometry.horizontalDown).phase;
+  };
   for (std::int32_t k = 0; k < geometry.outWidth; ++k) {
     const std::int32_t phase = phaseOf(k);
     ++luma[phase];
@@ -63,25 +55,45 @@ void GroupByPhase(const ScaleGeometry& geometry, TapPosition* columns, Horizonta
     first += luma[phase];
   }
   for (std::int32_t k = 0; k < geometry.outWidth; ++k) {
-    const Position position = Locate(k, geometry.horizontalUp, geometry.horizontalDown);
+    const PhasePosition position = LocatePhase(k, geometry.horizontalUp, geometry.horizontalDown);
     columns[next[position.phase]++] = {k, position.source};
   }
 }
 
 }  // namespace
 
-void ScalePlan::Update(const VideoProcessor& processor, const ScaleGeometry& wanted, RowPosition* rows,
-                       TapPosition* columns) {
-  UpdateBank(processor.horizontalFilterLanes, wanted.horizontalTaps, horizontalBank);
-  UpdateBank(processor.verticalFilterLanes, wanted.verticalTaps, verticalBank);
-  if (current && wanted == geometry) return;
-  for (std::int32_t r = 0; r < wanted.outHeight; ++r) {
-    const Position position = Locate(r, wanted.verticalUp, wanted.verticalDown);
-    rows[r] = {position.source, position.phase};
+void ScalePlan::UpdatePositions(const Memory& memory) {
+  verticalPhases = 0;
+  for (std::int32_t r = 0; r < geometry.outHeight; ++r) {
+    const PhasePosition position = LocatePhase(r, geometry.verticalUp, geometry.verticalDown);
+    memory.rows[r] = {position.source, position.phase};
+    verticalPhases |= 1u << position.phase;
   }
-  rowPositions = rows;
-  GroupByPhase(wanted, columns, horizontal);
+  rowPositions = memory.rows;
+  GroupByPhase(geometry, memory.columns, horizontal);
+  horizontalPhases = 0;
+  for (int i = 0; i < horizontal.runCount; ++i) horizontalPhases |= 1u << horizontal.runs[i].phase;
+}
+
+void ScalePlan::UpdateRowPlan(const Memory& memory) {
+  rowPlan = nullptr;
+  if (geometry.rowForm.vectorBytes == 0 || geometry.horizontalTaps > 8) return;
+  if (!RowFormIsExact(verticalBank, verticalPhases, horizontalBank, horizontalPhases, geometry.precisionBits,
+                      geometry.horizontalUp, geometry.horizontalDown)) {
+    return;
+  }
+  LayOutRowPlan(horizontalBank, horizontalPhases, geometry.outWidth, geometry.horizontalUp, geometry.horizontalDown,
+                geometry.rowForm, memory.rowPatterns, rowPlanStorage);
+  rowPlan = &rowPlanStorage;
+}
+
+void ScalePlan::Update(const VideoProcessor& processor, const ScaleGeometry& wanted, const Memory& memory) {
+  const bool moved = !current || !(wanted == geometry);
   geometry = wanted;
+  const bool horizontalChanged = UpdateBank(processor.horizontalFilterLanes, wanted.horizontalTaps, horizontalBank);
+  const bool verticalChanged = UpdateBank(processor.verticalFilterLanes, wanted.verticalTaps, verticalBank);
+  if (moved) UpdatePositions(memory);
+  if (moved || horizontalChanged || verticalChanged) UpdateRowPlan(memory);
   current = true;
 }
 

@@ -6,24 +6,36 @@
 
 #include <cstdint>
 
+#include "passes/row_plan.h"
 #include "passes/scale_job.h"
 
 class VideoProcessor;
 
 namespace vidproc {
 
-/// Output to input size, reduced, per axis; taps that the kernel reads per axis.
+/// Output to input size, reduced, per axis; taps that the kernel reads per axis; precision of the banks; and what the
+/// level in use can do with bytes.
 struct ScaleGeometry {
   std::int32_t inWidth, inHeight, outWidth, outHeight;
   std::int32_t horizontalUp, horizontalDown, verticalUp, verticalDown;
   std::int32_t horizontalTaps, verticalTaps;
+  std::int32_t precisionBits;
+  RowFormShape rowForm;
   bool operator==(const ScaleGeometry&) const = default;
 };
 
 class ScalePlan {
  public:
-  /// Brings the plan up to date; rows and columns are arrays of outHeight and outWidth entries that outlive the plan.
-  void Update(const VideoProcessor& processor, const ScaleGeometry& geometry, RowPosition* rows, TapPosition* columns);
+  /// Where the plan's arrays lie: outHeight rows, outWidth columns, RowPlanBytes(outWidth). They outlive the plan.
+  struct Memory {
+    RowPosition* rows;
+    TapPosition* columns;
+    std::uint8_t* rowPatterns;
+    bool operator==(const Memory&) const = default;
+  };
+
+  /// Brings the plan up to date.
+  void Update(const VideoProcessor& processor, const ScaleGeometry& wanted, const Memory& memory);
   /// Forgets what it was made from: the next Update builds anew.
   void Invalidate() { current = false; }
 
@@ -31,8 +43,15 @@ class ScalePlan {
   HorizontalPlan horizontal{};
   TapBank horizontalBank{};
   TapBank verticalBank{};
+  const RowPlan* rowPlan = nullptr;  ///< null where only the general form is exact
 
  private:
+  void UpdatePositions(const Memory& memory);
+  void UpdateRowPlan(const Memory& memory);
+
+  RowPlan rowPlanStorage{};
+  std::uint32_t verticalPhases = 0;  ///< bit p: phase p is used
+  std::uint32_t horizontalPhases = 0;
   bool current = false;
   ScaleGeometry geometry{};
 };

@@ -39,8 +39,9 @@ void DealAll(Dealer& dealer, const FrameSizes& sizes, Workspace& workspace) {
   dealer.Deal(strip.outColumns, kMaxStripRows * (2 * sizes.outWidth + kRowSlack));
   dealer.Deal(strip.outRows, kMaxStripRows * (2 * sizes.outWidth + kRowSlack));
   dealer.Deal(strip.motionColumns, kValues * (2 * sizes.outWidth + kRowSlack));
-  dealer.Deal(workspace.rowPositions, sizes.outHeight);
-  dealer.Deal(workspace.columnPositions, sizes.outWidth);
+  dealer.Deal(workspace.planMemory.rows, sizes.outHeight);
+  dealer.Deal(workspace.planMemory.columns, sizes.outWidth);
+  dealer.Deal(workspace.planMemory.rowPatterns, RowPlanBytes(sizes.outWidth));
   dealer.Deal(workspace.narrowRows, 2 * sizes.inWidth < kNarrowRowBytes ? sizes.inHeight * kNarrowRowBytes : 0);
   dealer.Deal(workspace.deblockRows, 3 * (2 * sizes.inWidth + kRowSlack));
 }
@@ -59,11 +60,10 @@ void Workspace::Reserve(const FrameSizes& sizes) {
   }
   const auto misaligned = reinterpret_cast<std::uintptr_t>(memory.get()) % kLine;
   Dealer dealer(memory.get() + (misaligned == 0 ? 0 : kLine - misaligned));
-  const RowPosition* const rowsBefore = rowPositions;
-  const TapPosition* const columnsBefore = columnPositions;
+  const ScalePlan::Memory before = planMemory;
   DealAll(dealer, sizes, *this);
   strip.rowPitch = static_cast<std::ptrdiff_t>(2 * sizes.inWidth + kRowSlack / 2);
-  if (rowsBefore != rowPositions || columnsBefore != columnPositions) plan.Invalidate();
+  if (!(before == planMemory)) plan.Invalidate();
 }
 
 }  // namespace vidproc

@@ -17,15 +17,14 @@ struct FrameSizes {
 };
 
 /// Source rows shorter than this are copied into rows of this pitch, so that vectors may read past their end.
-constexpr std::uint64_t kNarrowRowBytes = 64;
+constexpr std::uint64_t kNarrowRowBytes = 128;
 
 struct Workspace {
   /// Makes room for frames of these sizes. @throws std::bad_alloc, leaving the workspace as it was.
   void Reserve(const FrameSizes& sizes);
 
   StripMemory strip{};
-  RowPosition* rowPositions = nullptr;
-  TapPosition* columnPositions = nullptr;
+  ScalePlan::Memory planMemory{};
   std::uint8_t* narrowRows = nullptr;   ///< inHeight rows of kNarrowRowBytes, for narrow frames
   std::uint8_t* deblockRows = nullptr;  ///< the three rows above a strip
   ScalePlan plan;

@@ -8,6 +8,7 @@
 namespace vidproc {
 
 struct NoiseField;
+struct RowPlan;
 
 constexpr int kPhases = 16;
 constexpr int kMaxTaps = 16;
@@ -81,6 +82,8 @@ struct ScaleJob {
   const TapBank* verticalBank;
   const TapBank* horizontalBank;
   const HorizontalPlan* horizontal;
+
+  const RowPlan* rowPlan;  ///< null: only the general form is exact, or the level has no other
 
   std::int32_t adaptiveShift;  ///< left shift of the spatial weight curve; 16 and more clear it
   std::int16_t temporalStrength;

@@ -5,6 +5,7 @@
 //   luma shift  y = ((h - offset) * gain) >> 6, luma only
 //
 // 16-bit lanes: products keep their low half, additions saturate, v is not clamped, results clamp to 0..255.
+#include "passes/row_form.h"
 #include "passes/strip_driver.h"
 #include "simd/kernel_table.h"
 
@@ -19,7 +20,12 @@ void Scale(const ScaleJob& job, const LumaResult& lumaResult) {
 
 }  // namespace
 
-void PlainScale(const ScaleJob& job) { Scale(job, ClampResult{}); }
+void PlainScale(const ScaleJob& job) {
+#if VIDPROC_HAS_BYTE_OPS
+  if (job.rowPlan != nullptr) return RunRows<7>(job);
+#endif
+  Scale(job, ClampResult{});
+}
 
 void PlainScaleWithLumaShift(const ScaleJob& job) {
   Scale(job, LumaShiftResult{SplatI16(job.lumaGain), SplatI16(job.lumaOffset)});

@@ -110,9 +110,19 @@ inline Halves Split(U8 a) {
   return {{ZipLow8(a.raw, zero)}, {ZipHigh8(a.raw, zero)}};
 }
 inline U8 Join(I16 low, I16 high) { return {_mm256_packus_epi16(low.raw, high.raw)}; }
+/// The bytes of `first`, then those of `second`, with unsigned saturation.
+inline U8 JoinInOrder(I16 first, I16 second) {
+  return {_mm256_permute4x64_epi64(_mm256_packus_epi16(first.raw, second.raw), 0xD8)};
+}
 
 /// In each tile, byte i of the result is table[index[i] & 15], or 0 where index[i] is 128 or more.
 inline U8 ShuffleTiles(U8 table, U8 index) { return {_mm256_shuffle_epi8(table.raw, index.raw)}; }
+/// A vector of windows, each kWindowBytes long and loaded from its own offset, and a shuffle inside each.
+constexpr int kWindowBytes = 16;
+inline U8 LoadWindows(const std::uint8_t* row, const std::int32_t* offsets) {
+  return {_mm256_inserti128_si256(_mm256_castsi128_si256(Load128(row + offsets[0])), Load128(row + offsets[1]), 1)};
+}
+inline U8 ShuffleWindows(U8 windows, U8 index) { return ShuffleTiles(windows, index); }
 /// a[2i] * b[2i] + a[2i+1] * b[2i+1], a unsigned, b signed bytes; the sum saturates.
 inline I16 MultiplyPairs(U8 a, U8 b) { return {_mm256_maddubs_epi16(a.raw, b.raw)}; }
 /// (a * b + 16384) >> 15.

@@ -1,9 +1,16 @@
 // The table of this instruction set's kernels: the only thing that the common code sees of them.
 #include "simd/kernel_table.h"
 
+#include "simd/simd.h"
+
 namespace vidproc::VIDPROC_TARGET {
 
 constinit const KernelTable kKernels = {
+#if VIDPROC_HAS_BYTE_OPS
+    .rowForm = {kVectorBytes, kWindowBytes},
+#else
+    .rowForm = {0, 0},
+#endif
     .plainScale = PlainScale,
     .plainScaleWithLumaShift = PlainScaleWithLumaShift,
     .adaptiveScale = AdaptiveScale,

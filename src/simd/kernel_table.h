@@ -12,8 +12,16 @@ struct TemporalJob;
 struct NoiseField;
 struct BlockStatistics;
 
+/// Widths that a level's row form works in; 0 where it has none.
+struct RowFormShape {
+  std::int32_t vectorBytes;
+  std::int32_t windowBytes;  ///< reach of one byte shuffle
+  bool operator==(const RowFormShape&) const = default;
+};
+
 /// A level's entry points; each is declared beside its job.
 struct KernelTable {
+  RowFormShape rowForm;
   void (*plainScale)(const ScaleJob&);
   void (*plainScaleWithLumaShift)(const ScaleJob&);
   void (*adaptiveScale)(const ScaleJob&);

@@ -86,6 +86,7 @@ const LevelEntry& BestEntryUpTo(Level highest) {
 }
 
 std::atomic<const LevelEntry*> entryInUse{nullptr};
+std::atomic<bool> generalFormsOnly{false};
 
 const LevelEntry& EntryInUse() {
   const LevelEntry* entry = entryInUse.load(std::memory_order_relaxed);
@@ -107,6 +108,8 @@ Level CapLevel(Level highest) {
   entryInUse.store(&entry, std::memory_order_relaxed);
   return entry.level;
 }
+void UseGeneralFormsOnly(bool only) { generalFormsOnly.store(only, std::memory_order_relaxed); }
+bool GeneralFormsOnly() { return generalFormsOnly.load(std::memory_order_relaxed); }
 const char* LevelName(Level level) { return EntryOf(level).name; }
 const KernelTable& Kernels() { return *EntryInUse().kernels; }
 

@@ -121,10 +121,16 @@ inline Halves Split(U8 a) {
   return {{ZipLow8(a.raw, zero)}, {ZipHigh8(a.raw, zero)}};
 }
 inline U8 Join(I16 low, I16 high) { return {_mm_packus_epi16(low.raw, high.raw)}; }
+/// The bytes of `first`, then those of `second`, with unsigned saturation.
+inline U8 JoinInOrder(I16 first, I16 second) { return Join(first, second); }
 
 #if VIDPROC_HAS_BYTE_OPS
 /// In each tile, byte i of the result is table[index[i] & 15], or 0 where index[i] is 128 or more.
 inline U8 ShuffleTiles(U8 table, U8 index) { return {_mm_shuffle_epi8(table.raw, index.raw)}; }
+/// A vector of windows, each kWindowBytes long and loaded from its own offset, and a shuffle inside each.
+constexpr int kWindowBytes = 16;
+inline U8 LoadWindows(const std::uint8_t* row, const std::int32_t* offsets) { return LoadU8(row + offsets[0]); }
+inline U8 ShuffleWindows(U8 windows, U8 index) { return ShuffleTiles(windows, index); }
 /// a[2i] * b[2i] + a[2i+1] * b[2i+1], a unsigned, b signed bytes; the sum saturates.
 inline I16 MultiplyPairs(U8 a, U8 b) { return {_mm_maddubs_epi16(a.raw, b.raw)}; }
 /// (a * b + 16384) >> 15.

@@ -1,0 +1,15 @@
+// Where an output sample of an axis lies in the source.
+#pragma once
+
+#include <cstdint>
+
+namespace vidproc {
+
+struct PhasePosition {
+  std::int32_t source;  ///< sample under the centre tap
+  std::int32_t phase;   ///< 0..15, sixteenths after it
+};
+
+PhasePosition LocatePhase(std::int64_t output, std::int32_t up, std::int32_t down);
+
+}  // namespace vidproc
