@@ -173,6 +173,18 @@ TEST(SetUp, RefusesBuffersBeyond31Bits) {
   }
 }
 
+TEST(SetUp, FramesThatOutgrowTheBuffersAreAcceptedAndNotProcessed) {
+  for (const unsigned size : {4 * kWidth, 1u << 30, 0xFFFFFFF0u}) {
+    Handle handle;
+    ASSERT_EQ(SetUpHalf(PreProcInit, handle), 1);
+    ASSERT_EQ(PreProcInit(&handle.value, size, size, 2 * size, size, size / 2, 2 * size, 0, 0, 0), 1) << size;
+    EXPECT_EQ(handle->inWidth, size);
+    Frames frames;
+    PreProcExecute(handle.value, frames.source.data(), frames.destination.data(), 0, 0, 0, 80, 3, 64, 0);
+    EXPECT_EQ(frames.destination, std::vector<unsigned char>(frames.destination.size(), 0)) << size;
+  }
+}
+
 TEST(Execute, PreProcessorTakesItsSwitchesEveryFrame) {
   Handle handle;
   ASSERT_EQ(SetUpHalf(PreProcInit, handle), 1);
