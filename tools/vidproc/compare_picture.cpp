@@ -27,7 +27,7 @@ Image ComparePicture(const Picture& before, const Picture& after, const ColourTa
   const std::string labelAfter = "after " + ToString(after.size) + " " + what;
   int dot = std::clamp(height / 200, 1, 4);
   while (dot > 1 && Image::TextWidth(labelAfter, dot) + 4 * dot > right.width) --dot;
-  const int bar = (kGlyphHeight + 6) * dot;
+  const int bar = (kGlyphHeight + 5) * dot;
   Image image({left.width + kGap + right.width, bar + height}, kBackground);
   image.Text(3 * dot, 3 * dot, dot, kLabel, labelBefore);
   image.Text(left.width + kGap + 3 * dot, 3 * dot, dot, kLabel, labelAfter);

@@ -16,7 +16,7 @@ constexpr int kLetterHeight = kGlyphHeight * kDot;
 constexpr int kLeftMargin = 70;
 constexpr int kRightMargin = 24;
 constexpr int kTopMargin = 40;
-constexpr int kBottomMargin = 58;
+constexpr int kBottomMargin = 62;
 
 std::string Number(double value, int decimals) {
   std::array<char, 32> text{};
@@ -53,7 +53,7 @@ Chart::Chart(Image& image, int left, int top, Size size, const std::string& titl
   for (double value = std::ceil(x.low / x.step - slack) * x.step; value <= x.high + slack; value += x.step) {
     image.Line(PixelX(value), this->top, PixelX(value), this->top + height, 1, kGrid);
     const std::string text = Number(value, x.decimals);
-    image.Text(static_cast<int>(PixelX(value)) - Image::TextWidth(text, kDot) / 2, this->top + height + 8, kDot, kInk,
+    image.Text(static_cast<int>(PixelX(value)) - Image::TextWidth(text, kDot) / 2, this->top + height + 12, kDot, kInk,
                text);
   }
   for (double value = std::ceil(y.low / y.step - slack) * y.step; value <= y.high + slack; value += y.step) {
@@ -65,7 +65,7 @@ Chart::Chart(Image& image, int left, int top, Size size, const std::string& titl
   image.Line(this->left, this->top + height, this->left + width, this->top + height, 1, kInk);
   image.Line(this->left, this->top, this->left, this->top + height, 1, kInk);
   image.Text(this->left, this->top - kLetterHeight - 10, kDot, kInk, title);
-  image.Text(this->left + (width - Image::TextWidth(x.label, kDot)) / 2, this->top + height + 34, kDot, kInk, x.label);
+  image.Text(this->left + (width - Image::TextWidth(x.label, kDot)) / 2, this->top + height + 38, kDot, kInk, x.label);
   image.Text(this->left + width - Image::TextWidth(y.label, kDot), this->top - kLetterHeight - 10, kDot, kInk, y.label);
 }
 
@@ -86,12 +86,16 @@ void Chart::Curve(const std::vector<std::pair<double, double>>& points, Rgb colo
 
 void Chart::Dot(double x, double y, double radius, Rgb colour) { image.Disc(PixelX(x), PixelY(y), radius, colour); }
 
-void Chart::VerticalMark(double x, Rgb colour, const std::string& text, int line) {
-  const double at = PixelX(x);
-  image.Line(at, top, at, top + height, 2, colour);
-  const int room = Image::TextWidth(text, kDot) + 6;
-  const bool fits = at + room < left + width;
-  image.Text(static_cast<int>(fits ? at + 6 : at - room), top + 6 + line * kLineAdvance * kDot, kDot, colour, text);
+void Chart::VerticalLine(double x, Rgb colour) { image.Line(PixelX(x), top, PixelX(x), top + height, 2, colour); }
+
+void Chart::Label(double x, Rgb colour, const std::string& text, int line) {
+  constexpr int kPadding = 4;
+  const int room = Image::TextWidth(text, kDot) + 2 * kPadding;
+  const int at = static_cast<int>(PixelX(x));
+  const int boxLeft = at + room + 2 < left + width ? at + 2 : at - room - 1;
+  const int boxTop = top + 4 + line * (kLineAdvance + 2) * kDot;
+  image.FillRectangle(boxLeft, boxTop, room, kLetterHeight + kPadding, kPaper);
+  image.Text(boxLeft + kPadding, boxTop + kPadding / 2, kDot, colour, text);
 }
 
 }  // namespace vidproc::tool

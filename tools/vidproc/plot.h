@@ -38,8 +38,9 @@ class Chart {
   /// Values beyond the axes run along the border.
   void Curve(const std::vector<std::pair<double, double>>& points, Rgb colour, double thickness, double alpha = 1);
   void Dot(double x, double y, double radius, Rgb colour);
-  /// A line over the whole height with a text at its upper end, `line` lines down.
-  void VerticalMark(double x, Rgb colour, const std::string& text, int line = 0);
+  void VerticalLine(double x, Rgb colour);
+  /// A text beside a vertical line at x, `line` lines down from the top.
+  void Label(double x, Rgb colour, const std::string& text, int line = 0);
 
  private:
   double PixelX(double x) const;

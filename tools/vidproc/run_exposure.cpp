@@ -19,7 +19,6 @@ namespace vidproc::tool {
 namespace {
 
 constexpr int kSettled = 0;
-constexpr int kDrifted = 1;
 
 struct Sample {
   std::int64_t frame = 0;
@@ -50,6 +49,7 @@ double MeanLuma(const Picture& picture) {
 }
 
 const char* EventName(int result) { return result == kSettled ? "settled" : "drifted"; }
+Rgb EventColour(int result) { return result == kSettled ? kGreen : kRed; }
 
 void PrintJson(const Sample& sample) {
   const nlohmann::ordered_json line = {{"frame", sample.frame},
@@ -74,13 +74,15 @@ Image PlotBrightness(const std::vector<Sample>& samples, const std::string& name
   Chart chart(image, 0, 0, size, "Brightness of " + name, time, luma);
   std::vector<std::pair<double, double>> curve;
   for (const Sample& sample : samples) curve.emplace_back(sample.seconds, sample.brightness);
-  int events = 0;
   for (const Sample& sample : samples) {
-    if (sample.result < 0) continue;
-    chart.VerticalMark(sample.seconds, sample.result == kSettled ? kGreen : kRed, EventName(sample.result),
-                       events++ % 3);
+    if (sample.result >= 0) chart.VerticalLine(sample.seconds, EventColour(sample.result));
   }
   chart.Curve(curve, kBlue, 2.5);
+  int events = 0;  // neighbours stand on different lines
+  for (const Sample& sample : samples) {
+    if (sample.result < 0) continue;
+    chart.Label(sample.seconds, EventColour(sample.result), EventName(sample.result), events++ % 3);
+  }
   return image;
 }
 

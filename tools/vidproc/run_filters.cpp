@@ -89,7 +89,10 @@ void PlotResponse(Image& image, const Bank& bank, int left, int top, Size size) 
   const Axis x{0, 0.5, 0.1, 1, "cycles per source sample"};
   const Axis y{-48, 12, 12, 0, "dB"};
   Chart chart(image, left, top, size, bank.direction + " response", x, y);
-  if (bank.up < bank.down) chart.VerticalMark(0.5 * bank.up / bank.down, kGreen, "half the output rate");
+  if (bank.up < bank.down) {
+    chart.VerticalLine(0.5 * bank.up / bank.down, kGreen);
+    chart.Label(0.5 * bank.up / bank.down, kGreen, "half the output rate");
+  }
   for (const bool used : {false, true}) {
     for (int phase = 0; phase < kPhases; ++phase) {
       if (bank.Used(phase) != used) continue;

@@ -26,7 +26,7 @@ void RunInfo() {
     const Level level = static_cast<Level>(i);
     (IsLevelAvailable(level) ? available : missing) += std::string(" ") + LevelName(level);
   }
-  std::printf("version       %s\n", VIDPROC_VERSION);
+  std::printf("vidproc       %s\n", VIDPROC_VERSION);
   std::printf("processor     %s\n", ProcessorName().c_str());
   std::printf("levels       %s\n", available.c_str());
   std::printf("not here     %s\n", missing.c_str());

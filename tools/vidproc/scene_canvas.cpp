@@ -42,17 +42,21 @@ void SceneCanvas::Ellipse(Point centre, Point radius, const Yuv& colour) {
 }
 
 void SceneCanvas::Text(Point at, double dot, const Yuv& colour, const std::string& text) {
-  for (std::size_t i = 0; i < text.size(); ++i) {
-    const Point cell{at.x + static_cast<double>(i) * kGlyphAdvance * dot, at.y};
-    if (cell.x > size.width || cell.x + kGlyphAdvance * dot < 0) continue;
-    for (int row = 0; row < kGlyphHeight; ++row) {
-      for (int column = 0; column < kGlyphWidth; ++column) {
-        if (!GlyphDot(text[i], column, row)) continue;
-        const Point corner{cell.x + column * dot, cell.y + row * dot};
-        Rectangle(corner, {corner.x + dot, corner.y + dot}, colour);
-      }
+  constexpr int kSide = 3;  // probes per pixel and direction
+  const double end = at.x + static_cast<double>(text.size()) * kGlyphAdvance * dot;
+  Paint(at, {end, at.y + kGlyphHeight * dot}, [&](double x, double y, Yuv& out) {
+    out = colour;
+    int hits = 0;
+    for (int probe = 0; probe < kSide * kSide; ++probe) {
+      const double column = (x - at.x + (probe % kSide - 1) / 3.0) / dot;
+      const double row = (y - at.y + (probe / kSide - 1) / 3.0) / dot;
+      const auto letter = static_cast<std::size_t>(std::max(0.0, column) / kGlyphAdvance);
+      const int inLetter = static_cast<int>(column) % kGlyphAdvance;
+      if (column < 0 || row < 0 || row >= kGlyphHeight || letter >= text.size() || inLetter >= kGlyphWidth) continue;
+      hits += GlyphDot(text[letter], inLetter, static_cast<int>(row)) ? 1 : 0;
     }
-  }
+    return static_cast<double>(hits) / (kSide * kSide);
+  });
 }
 
 }  // namespace vidproc::tool

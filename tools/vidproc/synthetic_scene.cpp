@@ -5,6 +5,7 @@
 #include <cmath>
 #include <numbers>
 
+#include "bitmap_font.h"
 #include "frame_reader.h"
 #include "scene_canvas.h"
 
@@ -108,8 +109,8 @@ class SyntheticScene final : public FrameSource {
 
   void PaintPoster() {
     const double left = 0.69 * width, top = 0.07 * height, right = 0.97 * width;
-    room.Rectangle({left, top}, {right, 0.56 * height}, {40, 128, 128});
-    room.Rectangle({left + 2, top + 2}, {right - 2, 0.56 * height - 2}, {222, 126, 129});
+    room.Rectangle({left, top}, {right, 0.5 * height}, {40, 128, 128});
+    room.Rectangle({left + 2, top + 2}, {right - 2, 0.5 * height - 2}, {222, 126, 129});
     const std::array<const char*, 6> lines = {"VIDPROC",
                                               "sharp edges",
                                               "and fine print",
@@ -119,9 +120,9 @@ class SyntheticScene final : public FrameSource {
     double y = top + 0.035 * height;
     for (const char* line : lines) {
       const std::string text(line);
-      const double dot = 0.26 * width / (static_cast<double>(text.size()) * 6);
+      const double dot = 0.26 * width / (static_cast<double>(text.size()) * kGlyphAdvance);
       room.Text({left + 0.01 * width, y}, dot, {35, 134, 122}, text);
-      y += 9 * dot + 0.008 * height;
+      y += kLineAdvance * dot + 0.004 * height;
     }
   }
 
@@ -147,6 +148,7 @@ class SyntheticScene final : public FrameSource {
     view.Paint({body.x - bodyRadius.x, body.y - bodyRadius.y}, {body.x + bodyRadius.x, body.y},
                [&](double x, double y, Yuv& out) {
                  const double distance = std::hypot((x - body.x) / bodyRadius.x, (y - body.y) / bodyRadius.y);
+                 if (distance > 1.01) return 0.0;
                  const double weave =
                      std::sin((x - body.x) * 2 * kPi / (3.2 * unit)) * std::sin((y - body.y) * 2 * kPi / (3.2 * unit));
                  out = {88 + 38 * weave, 148, 112};
@@ -156,7 +158,7 @@ class SyntheticScene final : public FrameSource {
     view.Rectangle({head.x - 5 * unit, head.y + 10 * unit}, {head.x + 5 * unit, head.y + 24 * unit}, {138, 111, 151});
     view.Ellipse({head.x, head.y - 3 * unit}, {14.5 * unit, 17 * unit}, hair);
     view.Ellipse(head, {12.5 * unit, 16 * unit}, skin);
-    const double lids = std::fmod(seconds, 2.6) < 0.12 ? 0.3 : 1.6;
+    const double lids = std::fmod(seconds + 1, 2.6) < 0.12 ? 0.3 : 1.6;
     for (const double side : {-1.0, 1.0}) {
       view.Ellipse({head.x + side * 5 * unit, head.y - 2 * unit}, {2.6 * unit, lids * unit}, {215, 128, 128});
       view.Ellipse({head.x + side * 5 * unit, head.y - 2 * unit}, {1.1 * unit, 0.8 * lids * unit}, dark);
@@ -170,7 +172,7 @@ class SyntheticScene final : public FrameSource {
   void PaintTicker(double seconds) {
     static const std::string kLine = "A running line of text   +++   moving detail shows what a filter does   +++   ";
     const double dot = 0.0085 * height;
-    const double period = static_cast<double>(kLine.size()) * 6 * dot;
+    const double period = static_cast<double>(kLine.size()) * kGlyphAdvance * dot;
     view.Rectangle({0, 0.91 * height}, {width, 1.1 * height}, {38, 140, 118});
     const double start = -std::fmod(seconds * 0.14 * width, period);
     for (double x = start; x < width; x += period) view.Text({x, 0.928 * height}, dot, {210, 122, 132}, kLine);
