@@ -1,0 +1,98 @@
+// 4:2:0 planes on their way through the processor at every level: what staging and splitting must keep.
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <vector>
+
+#include "kernel_harness.h"
+
+namespace {
+
+using testing_support::Random;
+using Bytes = std::vector<std::uint8_t>;
+
+Bytes Noise(std::size_t count, Random& random) {
+  Bytes bytes(count);
+  for (std::uint8_t& byte : bytes) byte = random.Byte();
+  return bytes;
+}
+
+class Staging : public testing::TestWithParam<vidproc::Level> {
+ protected:
+  void SetUp() override { ASSERT_EQ(vidproc::CapLevel(GetParam()), GetParam()); }
+  void TearDown() override {
+    VidProc420InterleavedCleanup(&handle);
+    vidproc::CapLevel(vidproc::BestLevel());
+  }
+  void Configure(unsigned width, unsigned height, unsigned outHeight) {
+    VidProc420InterleavedCleanup(&handle);
+    ASSERT_TRUE(VidProc420InterleavedInit(&handle, width, height, width, outHeight));
+    // Without softening and noise, equal sizes keep every sample.
+    auto* const p = static_cast<VideoProcessor*>(handle);
+    p->ditherLevel = 0;
+    p->softenLevel = 0;
+    p->SetEnhanceFilter(EnhanceLaplacian4, 0, 7, 64, 0);
+  }
+
+  void* handle = nullptr;
+};
+
+TEST_P(Staging, EqualSizesGiveThePlanesBack) {
+  Random random(3);
+  for (unsigned width : {2u, 6u, 14u, 16u, 30u, 32u, 34u, 64u, 66u, 130u}) {
+    const unsigned height = 1 + width % 5, chromaRows = (height + 1) / 2, stride = width + 3;
+    Configure(width, height, height);
+    Bytes luma = Noise(stride * height, random), chroma = Noise(stride * chromaRows, random);
+    Bytes outLuma(luma.size(), 77), outChroma(chroma.size(), 77);
+    VidProc420InterleavedExecute(handle, luma.data(), chroma.data(), outLuma.data(), outChroma.data(), width, height,
+                                 stride, stride, width, height, stride, stride, 64, 0);
+    const auto expectRows = [&](Bytes plane, const Bytes& outPlane) {
+      for (std::size_t i = 0; i < plane.size(); ++i) {
+        if (i % stride >= width) plane[i] = 77;
+      }
+      EXPECT_EQ(outPlane, plane) << width << " x " << height;
+    };
+    expectRows(luma, outLuma);
+    expectRows(chroma, outChroma);
+  }
+}
+
+TEST_P(Staging, TheSecondRowOfAPairDecidesTheChroma) {
+  constexpr unsigned kWidth = 24, kHeight = 8, kOutHeight = 16;
+  Random random(4);
+  const Bytes luma = Noise(kWidth * kHeight, random), chroma = Noise(kWidth * kHeight / 2, random);
+  Bytes source;
+  for (std::size_t y = 0; y < kHeight; ++y) {
+    for (std::size_t x = 0; x < kWidth; ++x) {
+      source.push_back(chroma[y / 2 * kWidth + x]);
+      source.push_back(luma[y * kWidth + x]);
+    }
+  }
+  Bytes scaled(2 * kWidth * kOutHeight);
+  void* whole = nullptr;
+  ASSERT_EQ(PreProcInit(&whole, kWidth, kHeight, 2 * kWidth, kWidth, kOutHeight, 2 * kWidth, 0, 0, 0), 1);
+  PreProcExecute(whole, source.data(), scaled.data(), 0, 0, 0, 0, 0, 64, 0);
+  PreProcCleanup(&whole);
+
+  Configure(kWidth, kHeight, kOutHeight);
+  Bytes planes = luma, chromaPlane = chroma;
+  Bytes outLuma(kWidth * kOutHeight), outChroma(kWidth * kOutHeight / 2);
+  VidProc420InterleavedExecute(handle, planes.data(), chromaPlane.data(), outLuma.data(), outChroma.data(), kWidth,
+                               kHeight, kWidth, kWidth, kWidth, kOutHeight, kWidth, kWidth, 64, 0);
+  int pairsThatDiffer = 0;
+  for (std::size_t y = 0; y < kOutHeight; ++y) {
+    for (std::size_t x = 0; x < kWidth; ++x) {
+      const std::size_t at = 2 * (y * kWidth + x);
+      EXPECT_EQ(outLuma[y * kWidth + x], scaled[at + 1]);
+      if (y % 2 == 0) continue;
+      EXPECT_EQ(outChroma[y / 2 * kWidth + x], scaled[at]);
+      pairsThatDiffer += scaled[at] != scaled[at - 2 * kWidth];
+    }
+  }
+  EXPECT_GT(pairsThatDiffer, 0);
+}
+
+INSTANTIATE_TEST_SUITE_P(Levels, Staging, testing::ValuesIn(testing_support::AvailableLevels()),
+                         [](const auto& info) { return vidproc::LevelName(info.param); });
+
+}  // namespace
