@@ -32,7 +32,8 @@ std::int16_t DrawCoefficient(BankKind kind, int precisionBits, Random& random) {
   return 0;
 }
 
-void DrawBank(std::int16_t (&lanes)[16][16][8], BankKind kind, int precisionBits, Random& random) {
+template <std::size_t kTaps>
+void DrawBank(std::int16_t (&lanes)[16][kTaps][8], BankKind kind, int precisionBits, Random& random) {
   for (auto& phase : lanes) {
     for (auto& tap : phase) std::fill_n(tap, 8, DrawCoefficient(kind, precisionBits, random));
   }
@@ -134,6 +135,11 @@ void Stream::Apply(const FrameSettings& settings) {
     p.ditherSeed = settings.ditherSeed;
     p.InitDeblocker(settings.deblockLevel);
     p.SetDeblockTestPattern(settings.deblockTestPattern);
+    if (configuration.banks != BankKind::kDesigned) {
+      Random random(configuration.bankSeed);
+      DrawBank(p.deblockHorizontalFilterLanes, configuration.banks, 7, random);
+      DrawBank(p.deblockVerticalFilterLanes, configuration.banks, 7, random);
+    }
   }
 }
 

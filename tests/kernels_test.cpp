@@ -11,8 +11,8 @@ namespace {
 
 using namespace testing_support;
 
-constexpr int kSmallFrameCases = 250;
-constexpr int kStreamCases = 80;
+constexpr int kSmallFrameCases = 150;
+constexpr int kStreamCases = 60;
 constexpr int kPreProcessorKernels = 7;  // the first ones of the table
 
 int DrawOtherSize(int size, int low, int high, Random& random) {
