@@ -81,6 +81,7 @@ TEST(ExposureTest, SettlesOnTheMeanOfEightStableFrames) {
   for (int level : {100, 101, 103, 104, 100, 101, 102}) ASSERT_EQ(watcher.FirstOf(0, level, 1), kNever);
   ASSERT_EQ(watcher.FirstOf(0, 101, 1), 1);
   EXPECT_EQ(watcher.State().settledLevel, 102) << "812 / 8 is 101.5";
+  EXPECT_EQ(watcher.State().referenceFrame[1], 101) << "settling keeps the reference fresh";
 }
 
 TEST(ExposureTest, AnUnstableFrameRestartsSettling) {
@@ -103,8 +104,11 @@ TEST(ExposureTest, ReportsASuddenChange) {
     Watcher watcher(48, 32);
     watcher.SettleAt(128);
     EXPECT_EQ(watcher.FirstOf(1, change.level, 15), change.driftCall);
-    EXPECT_EQ(watcher.FirstOf(0, change.level, 40), change.driftCall == kNever ? kNever : 8);
+    const bool settlesAgain = change.driftCall != kNever;
+    EXPECT_EQ(watcher.FirstOf(0, change.level, 8), settlesAgain ? 8 : kNever);
+    EXPECT_EQ(watcher.State().settledLevel, settlesAgain ? change.level : 128);
     EXPECT_EQ(watcher.State().currentLevel, change.level);
+    EXPECT_EQ(watcher.State().driftFrames, 0);
   }
 }
 
@@ -259,6 +263,38 @@ TEST(ExposureTest, ComparesBlocksExactlyAtEveryLevel) {
     }
   }
   vidproc::CapLevel(vidproc::BestLevel());
+}
+
+TEST(ExposureTest, MatchesBlocksByMeanAndCorrelation) {
+  // Half of the reference's samples lie `spread` above the other half; in the frame `swapped` samples of each half have
+  // changed sides, for a correlation of 1 - swapped / 64. Flat blocks (spread below 7) need 0.6, others 0.8.
+  struct Case {
+    int referenceLevel, frameLevel, spread, swapped;
+    bool matches;
+  };
+  for (const Case& block : {Case{128, 142, 0, 0, true},
+                            {128, 143, 0, 0, false},
+                            {128, 117, 0, 0, true},
+                            {128, 116, 0, 0, false},
+                            {128, 129, 20, 12, true},
+                            {128, 129, 20, 13, false},
+                            {128, 129, 6, 25, true},
+                            {128, 129, 6, 26, false},
+                            {128, 129, 6, 20, true},
+                            {128, 129, 7, 20, false}}) {
+    SCOPED_TRACE(std::to_string(block.referenceLevel) + " to " + std::to_string(block.frameLevel) + ", spread " +
+                 std::to_string(block.spread) + ", swapped " + std::to_string(block.swapped));
+    Watcher watcher(16, 16);
+    for (int i = 0; i < 256; ++i) watcher.SetSample(i, block.referenceLevel + (i < 128 ? 0 : block.spread));
+    for (int call = 1; call <= 22; ++call) watcher.Show();
+    for (int i = 0; i < 256; ++i) {
+      const bool isUpper = (i < 128) == (i < block.swapped || i >= 256 - block.swapped);
+      watcher.SetSample(i, block.frameLevel + (isUpper ? block.spread : 0));
+    }
+    watcher.Show();
+    const int firstSample = block.frameLevel + (block.swapped > 0 ? block.spread : 0);
+    EXPECT_EQ(watcher.State().currentLevel, block.matches ? firstSample : block.referenceLevel);
+  }
 }
 
 TEST(ExposureHandleTest, StartsFromItsInitialValues) {
