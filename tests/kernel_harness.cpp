@@ -282,7 +282,7 @@ FrameSettings DrawFrameSettings(const Kernel& kernel, Random& random) {
   s.ditherLevel = static_cast<std::uint32_t>(random.OneIn(3) ? random.Between(-1, 20) : 0);
   s.ditherSeed = random.Between(0, 1000);
   if (kernel.family == Family::kPost && random.OneIn(2)) {
-    s.deblockLevel = static_cast<std::uint8_t>(random.Between(15, 70));
+    s.deblockLevel = random.OneIn(4) ? random.Byte() : static_cast<std::uint8_t>(random.Between(15, 70));
     s.deblockTestPattern = random.OneIn(2);
   }
   s.content = random.Pick({Content::kNoise, Content::kExtreme, Content::kSmooth, Content::kSteps, Content::kDrift,
