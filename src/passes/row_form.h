@@ -167,7 +167,7 @@ inline void ScaleRow(const RowPlan& plan, const SplitRow2vuy& in, int width, std
       std::uint8_t tail[2 * kVectorBytes];
       Store(tail, first);
       Store(tail + kVectorBytes, second);
-      __builtin_memcpy(out, tail, static_cast<std::size_t>(2 * (width - x)));
+      __builtin_memcpy(out, tail, 2 * static_cast<std::size_t>(width - x));
     }
   }
 }
