@@ -3,9 +3,9 @@
 //   vidproc_bench [--benchmark_filter=REGEX]      e.g. '^scale10/1280' or '/vidproc-avx2$|/zimg' or
 //   '^(noise|temporal)/'
 //
-// Contestants run in random turns, one thread each, and the fastest frame of all turns counts. The table compares each
-// with the kernels of this library: 2.0 under "/ avx2" takes twice as long as vidproc-avx2. Google Benchmark's other
-// options work as always; --benchmark_out=FILE keeps all results as JSON.
+// Contestants run in random turns, one thread each; the thread time of the fastest frame counts. The table compares
+// each with the kernels of this library: 2.0 under "/ avx2" takes twice as long as vidproc-avx2. Google Benchmark's
+// other options work as always; --benchmark_out=FILE keeps all results as JSON.
 #include <benchmark/benchmark.h>
 
 #include <algorithm>
