@@ -121,6 +121,7 @@ class PostProcessing final : public Processing {
     const bool copies = from == to && options.scaler.enhance == 0 && options.scaler.soften == 0;
     kernel = std::string(deblock > 0 ? "deblock8x8+" : "") + (copies ? "post_copy" : "post_scaler");
     SetUp(PostProcInit, scaler, from, to, options.scaler);
+    if (!copies) WarnOfWraps(scaler);
     if (deblock == 0) return;
     // Deblocking covers the whole picture only where it does not scale, so it has a processor of its own size.
     SetUp(PostProcInit, deblocker, from, from, {});

@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cmath>
 #include <cstdio>
 
 namespace vidproc::tool {
@@ -15,7 +16,8 @@ Progress::~Progress() { Clear(); }
 double Progress::Seconds() const { return std::chrono::duration<double>(Clock::now() - start).count(); }
 
 void Progress::Clear() {
-  if (shown) std::fputs("\r\033[K", stderr);
+  if (onScreen) std::fputs("\r\033[K", stderr);
+  onScreen = false;
 }
 
 void Progress::FrameDone() {
@@ -23,10 +25,10 @@ void Progress::FrameDone() {
   const Clock::time_point now = Clock::now();
   if (!shown || now - lastShown < std::chrono::milliseconds(100)) return;
   lastShown = now;
+  onScreen = true;
   const double rate = static_cast<double>(frames) / std::max(Seconds(), 1e-9);
   if (total > 0) {
-    const auto left =
-        static_cast<long long>(static_cast<double>(std::max<std::int64_t>(0, total - frames)) / rate + 0.5);
+    const long long left = std::llround(static_cast<double>(std::max<std::int64_t>(0, total - frames)) / rate);
     std::fprintf(stderr, "\r\033[K%lld of %lld frames, %.1f a second, %lld:%02lld left", static_cast<long long>(frames),
                  static_cast<long long>(total), rate, left / 60, left % 60);
   } else {

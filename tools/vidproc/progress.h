@@ -22,7 +22,8 @@ class Progress {
   using Clock = std::chrono::steady_clock;
   std::int64_t total;
   std::int64_t frames = 0;
-  bool shown;
+  bool shown;             ///< standard error is a terminal
+  bool onScreen = false;  ///< a progress line stands there now
   Clock::time_point start = Clock::now();
   Clock::time_point lastShown = start;
 };

@@ -73,6 +73,7 @@ Image PlotBrightness(const std::vector<Sample>& samples, const std::string& name
   const Axis luma{0, 255, 50, 0, "mean luma"};
   Chart chart(image, 0, 0, size, "Brightness of " + name, time, luma);
   std::vector<std::pair<double, double>> curve;
+  curve.reserve(samples.size());
   for (const Sample& sample : samples) curve.emplace_back(sample.seconds, sample.brightness);
   for (const Sample& sample : samples) {
     if (sample.result >= 0) chart.VerticalLine(sample.seconds, EventColour(sample.result));

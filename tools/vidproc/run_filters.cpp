@@ -1,4 +1,5 @@
 // filters: the resampling banks for a change of size, as numbers and as curves.
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <complex>
@@ -40,6 +41,7 @@ struct Bank {
     for (int tap = 0; tap < taps; ++tap) sum += phases[phase][tap];
     return sum;
   }
+  double Weight(int phase, int tap) const { return static_cast<double>(phases[phase][tap]) / std::max(1, Sum(phase)); }
 };
 
 void PrintBank(const Bank& bank) {
@@ -54,32 +56,31 @@ void PrintBank(const Bank& bank) {
 double Decibels(const Bank& bank, int phase, double cyclesPerSample) {
   std::complex<double> sum = 0;
   for (int tap = 0; tap < bank.taps; ++tap) {
-    sum +=
-        static_cast<double>(bank.phases[phase][tap]) * std::polar(1.0, -2 * std::numbers::pi * cyclesPerSample * tap);
+    sum += bank.Weight(phase, tap) * std::polar(1.0, -2 * std::numbers::pi * cyclesPerSample * tap);
   }
-  return 20 * std::log10(std::max(std::abs(sum) / std::max(1, std::abs(bank.Sum(phase))), 1e-6));
+  return 20 * std::log10(std::max(std::abs(sum), 1e-6));
 }
 
 void PlotTaps(Image& image, const Bank& bank, int top, Size size) {
   double low = -0.1, high = 1;
   for (int phase = 0; phase < kPhases; ++phase) {
     for (int tap = 0; tap < bank.taps; ++tap) {
-      const double value = static_cast<double>(bank.phases[phase][tap]) / std::max(1, bank.Sum(phase));
+      const double value = bank.Weight(phase, tap);
       low = std::min(low, std::floor(value * 5) / 5);
       high = std::max(high, std::ceil(value * 5) / 5);
     }
   }
-  const double reach = bank.taps / 2;
-  const Axis x{-reach, reach, bank.taps > 8 ? 2.0 : 1.0, 0, "distance in source samples"};
+  const int reach = bank.taps / 2;
+  const Axis x{static_cast<double>(-reach), static_cast<double>(reach), bank.taps > 8 ? 2.0 : 1.0, 0,
+               "distance in source samples"};
   const Axis y{low, high, high - low > 2.5 ? 0.5 : 0.2, 1, "weight"};
   Chart chart(image, 0, top, size, bank.direction + " taps", x, y);
   for (const bool used : {false, true}) {
     for (int phase = 0; phase < kPhases; ++phase) {
       if (bank.Used(phase) != used) continue;
       for (int tap = 0; tap < bank.taps; ++tap) {
-        const double at = tap - (bank.taps / 2 - 1) - phase / 16.0;
-        const double weight = static_cast<double>(bank.phases[phase][tap]) / std::max(1, bank.Sum(phase));
-        chart.Dot(at, weight, used ? 4 : 2, used ? RampColour(phase / 15.0) : kFaint);
+        const double at = tap - (reach - 1) - phase / 16.0;
+        chart.Dot(at, bank.Weight(phase, tap), used ? 4 : 2, used ? RampColour(phase / 15.0) : kFaint);
       }
     }
   }

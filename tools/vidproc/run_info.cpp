@@ -23,7 +23,7 @@ std::string ProcessorName() {
 void RunInfo() {
   std::string available, missing;
   for (int i = 0; i <= static_cast<int>(Level::kNeon); ++i) {
-    const Level level = static_cast<Level>(i);
+    const auto level = static_cast<Level>(i);
     (IsLevelAvailable(level) ? available : missing) += std::string(" ") + LevelName(level);
   }
   std::printf("vidproc       %s\n", VIDPROC_VERSION);

@@ -16,7 +16,7 @@ void Mix(std::uint8_t& byte, double value, double alpha) {
 }  // namespace
 
 void SceneCanvas::Blend(int x, int y, const Yuv& colour, double alpha) {
-  const std::size_t pixel = static_cast<std::size_t>(y * size.width + x);
+  const auto pixel = static_cast<std::size_t>(y) * static_cast<std::size_t>(size.width) + static_cast<std::size_t>(x);
   Mix(bytes[2 * pixel + 1], colour.y, alpha);
   if (x % 2 == 0) {
     Mix(bytes[2 * pixel], colour.u, alpha);
@@ -48,8 +48,10 @@ void SceneCanvas::Text(Point at, double dot, const Yuv& colour, const std::strin
     out = colour;
     int hits = 0;
     for (int probe = 0; probe < kSide * kSide; ++probe) {
-      const double column = (x - at.x + (probe % kSide - 1) / 3.0) / dot;
-      const double row = (y - at.y + (probe / kSide - 1) / 3.0) / dot;
+      const int right = probe % kSide - 1;
+      const int down = probe / kSide - 1;
+      const double column = (x - at.x + right / 3.0) / dot;
+      const double row = (y - at.y + down / 3.0) / dot;
       const auto letter = static_cast<std::size_t>(std::max(0.0, column) / kGlyphAdvance);
       const int inLetter = static_cast<int>(column) % kGlyphAdvance;
       if (column < 0 || row < 0 || row >= kGlyphHeight || letter >= text.size() || inLetter >= kGlyphWidth) continue;
