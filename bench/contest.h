@@ -29,8 +29,11 @@ struct Contest {
 /// One frame's work.
 using Run = std::function<void(const std::uint8_t* source, std::uint8_t* destination)>;
 
-/// `make` sets the contestant up, untimed; an empty Run says that it cannot compete here.
+/// `make` sets the contestant up, untimed; an empty Run says that it cannot compete here. Programs differ in what they
+/// do with an entry: time it, or count its instructions.
 void Enter(const Contest& contest, const std::string& contestant, std::function<Run()> make);
+
+std::string Name(const Contest& contest, const std::string& contestant);
 
 /// --- The contests. ---
 

@@ -1,6 +1,4 @@
 // The kernels of this library, each at every level that the machine has, and a copy of the frame as the floor.
-#include <benchmark/benchmark.h>
-
 #include <cstring>
 #include <memory>
 #include <string>
@@ -90,6 +88,19 @@ void EnterAdaptive(const std::string& work, unsigned char use16Taps, unsigned ch
         PreProcExecute(processor.get(), const_cast<std::uint8_t*>(source), destination, kAdaptive, use16Taps, smoothing,
                        kTemporalStrength, kTemporalShift, 64, 0);
       };
+    });
+  }
+}
+
+/// The kernel that the processor's routing never takes.
+void EnterAdaptive16WithoutBlend() {
+  for (const Contest& contest : AdaptiveContests("adaptive16noblend")) {
+    EnterLevels(contest, [=] {
+      const auto processor = SetUp(PreProcInit, contest, 0, kSoftenLevel);
+      processor->SetTaps(1);
+      processor->SetEnhanceFilter(EnhanceLaplacian4, 0, 7, 128, 0);
+      processor->SetAdaptive(kAdaptive);
+      return RunMember(processor, &VideoProcessor::PreProcAdaptive16TapExecute);
     });
   }
 }
@@ -185,6 +196,7 @@ const bool kEntered = [] {
   EnterAdaptive("adaptive", 0, 0);
   EnterAdaptive("adaptive16", 1, 0);
   EnterAdaptive("smoothing", 0, 1);
+  EnterAdaptive16WithoutBlend();
   EnterTemporal();
   EnterDeblocking();
   EnterNv12();

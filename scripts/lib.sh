@@ -9,6 +9,9 @@ toolPackages=(pkg-config libcli11-dev nlohmann-json3-dev libavformat-dev libavco
 testPackages=(libgtest-dev)
 lintPackages=(clang clang-format clang-tidy)
 emulationPackages=(libsimde-dev)
+benchPackages=(libbenchmark-dev valgrind)
+peerPackages=(pkg-config libswscale-dev libavfilter-dev libpostproc-dev libzimg-dev libyuv-dev
+  libgstreamer-plugins-base1.0-dev)
 
 Say() { printf '%s\n' "$*"; }
 
