@@ -190,6 +190,9 @@ ScaleJob Engine::MakeScaleJob(VideoProcessor& p, const ScalerTraits& traits) {
   job.horizontalBank = &workspace.plan.horizontalBank;
   job.horizontal = &workspace.plan.horizontal;
   job.rowPlan = workspace.plan.rowPlan;
+  // From 9 on the weight curves' shifts let large differences regain weight.
+  const bool blendsInBytes = !traits.hasHistory || (p.temporalShift < 8 && p.temporalStrength < 128);
+  job.adaptsInBytes = workspace.plan.adaptsInBytes && p.adaptive >= 1 && p.adaptive <= 8 && blendsInBytes;
   // kept: adaptive 0 shifts by 255 or more, which clears the lost weight.
   job.adaptiveShift = p.adaptive == 0 ? 255 : p.adaptive - 1;
   job.temporalStrength = p.temporalStrength;

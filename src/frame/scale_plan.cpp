@@ -75,9 +75,12 @@ void ScalePlan::UpdatePositions(const Memory& memory) {
   for (int i = 0; i < horizontal.runCount; ++i) horizontalPhases |= 1u << horizontal.runs[i].phase;
 }
 
-void ScalePlan::UpdateRowPlan(const Memory& memory) {
+void ScalePlan::UpdateByteForms(const Memory& memory) {
   rowPlan = nullptr;
-  if (geometry.rowForm.vectorBytes == 0 || geometry.horizontalTaps > 8) return;
+  adaptsInBytes = false;
+  if (geometry.rowForm.vectorBytes == 0) return;
+  adaptsInBytes = AdaptiveBytesAreExact(verticalBank, verticalPhases, horizontalBank, horizontalPhases);
+  if (geometry.horizontalTaps > 8) return;
   if (!RowFormIsExact(verticalBank, verticalPhases, horizontalBank, horizontalPhases, geometry.precisionBits,
                       geometry.horizontalUp, geometry.horizontalDown)) {
     return;
@@ -93,7 +96,7 @@ void ScalePlan::Update(const VideoProcessor& processor, const ScaleGeometry& wan
   const bool horizontalChanged = UpdateBank(processor.horizontalFilterLanes, wanted.horizontalTaps, horizontalBank);
   const bool verticalChanged = UpdateBank(processor.verticalFilterLanes, wanted.verticalTaps, verticalBank);
   if (moved) UpdatePositions(memory);
-  if (moved || horizontalChanged || verticalChanged) UpdateRowPlan(memory);
+  if (moved || horizontalChanged || verticalChanged) UpdateByteForms(memory);
   current = true;
 }
 

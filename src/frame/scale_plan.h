@@ -43,11 +43,12 @@ class ScalePlan {
   HorizontalPlan horizontal{};
   TapBank horizontalBank{};
   TapBank verticalBank{};
+  bool adaptsInBytes = false;        ///< as far as the banks go
   const RowPlan* rowPlan = nullptr;  ///< null where only the general form is exact
 
  private:
   void UpdatePositions(const Memory& memory);
-  void UpdateRowPlan(const Memory& memory);
+  void UpdateByteForms(const Memory& memory);
 
   RowPlan rowPlanStorage{};
   std::uint32_t verticalPhases = 0;  ///< bit p: phase p is used

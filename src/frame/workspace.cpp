@@ -38,7 +38,7 @@ void DealAll(Dealer& dealer, const FrameSizes& sizes, Workspace& workspace) {
   dealer.Deal(strip.columns, kValues * (2 * sizes.inWidth + 2 * kEdgeColumns + kRowSlack));
   dealer.Deal(strip.outColumns, kMaxStripRows * (2 * sizes.outWidth + kRowSlack));
   dealer.Deal(strip.outRows, kMaxStripRows * (2 * sizes.outWidth + kRowSlack));
-  dealer.Deal(strip.motionColumns, kValues * (2 * sizes.outWidth + kRowSlack));
+  dealer.Deal(strip.motionColumns, kMaxStripRows * (2 * sizes.outWidth + kRowSlack));
   dealer.Deal(workspace.planMemory.rows, sizes.outHeight);
   dealer.Deal(workspace.planMemory.columns, sizes.outWidth);
   dealer.Deal(workspace.planMemory.rowPatterns, RowPlanBytes(sizes.outWidth));

@@ -19,6 +19,7 @@ struct Component {
 constexpr Component kCb{0, 4};
 constexpr Component kY{1, 2};
 constexpr Component kCr{2, 4};
+constexpr Component kComponents[] = {kCb, kY, kCr};
 
 /// What the pass leaves behind and what it compares with, column by column: byte columns `stride` bytes apart; the
 /// remembered 16-bit columns `rememberedStride` values apart (null where no kernel asks).
@@ -56,6 +57,15 @@ struct OutputRun {
   int count;
   Component component;
 };
+
+inline OutputRun MakeOutputRun(const ScaleJob& job, const PhaseRun& phase, Component component) {
+  const TapPosition* const positions = job.horizontal->positions + phase.first;
+  int count = component.step == kY.step ? phase.lumaCount : phase.chromaCount;
+  // A row of odd width ends with a Cb that has no Cr.
+  const bool pastEnd =
+      count > 0 && positions[count - 1].output * component.step + component.firstByte >= 2 * job.outWidth;
+  return {positions, pastEnd ? count - 1 : count, component};
+}
 
 /// Makes a run of outputs from kTaps taps, of which the one at the source position is preceded by `centre` others.
 template <int kTaps, int kShift, class Taps, class Result>
@@ -99,14 +109,7 @@ struct HorizontalScale {
   void FilterComponent(const ScaleJob& job, Component component, const Result& result, const StripResult& out) const {
     for (int i = 0; i < job.horizontal->runCount; ++i) {
       const PhaseRun& phase = job.horizontal->runs[i];
-      OutputRun run{job.horizontal->positions + phase.first,
-                    component.step == kY.step ? phase.lumaCount : phase.chromaCount, component};
-      // A row of odd width ends with a Cb that has no Cr.
-      const auto lastByte = [&run] {
-        return run.positions[run.count - 1].output * run.component.step + run.component.firstByte;
-      };
-      if (run.count > 0 && lastByte() >= 2 * job.outWidth) --run.count;
-      FilterPhase(job, run, phase.phase, result, out);
+      FilterPhase(job, MakeOutputRun(job, phase, component), phase.phase, result, out);
     }
   }
 

@@ -58,6 +58,18 @@ bool KeepsWords(const TapBank& bank, int phase, int unity) {
   return positive * 255 + unity / 2 <= 32767 && negative * 255 >= -32768;
 }
 
+/// The centre tap takes what is left of 128, whatever the bank says.
+bool OuterTapsFitBytes(const TapBank& bank, int phase) {
+  int sum = 0;
+  for (int tap = 0; tap < bank.taps; ++tap) {
+    if (tap == bank.taps / 2 - 1) continue;
+    const int coefficient = bank.coefficient[phase][tap];
+    if (coefficient < 0 || coefficient > 127) return false;
+    sum += coefficient;
+  }
+  return sum <= 128;
+}
+
 struct Layout {
   const TapBank& bank;
   TapSpan span;
@@ -130,6 +142,15 @@ bool RowFormIsExact(const TapBank& vertical, std::uint32_t verticalPhases, const
     if ((verticalPhases >> phase & 1) != 0 && !KeepsBytes(vertical, phase, unity)) return false;
     if ((horizontalPhases >> phase & 1) == 0 || KeepsWords(horizontal, phase, unity)) continue;
     if (pairs > 1 || unity != 128 || !IsIdentity(horizontal, phase, unity)) return false;
+  }
+  return true;
+}
+
+bool AdaptiveBytesAreExact(const TapBank& vertical, std::uint32_t verticalPhases, const TapBank& horizontal,
+                           std::uint32_t horizontalPhases) {
+  for (int phase = 0; phase < kPhases; ++phase) {
+    if ((verticalPhases >> phase & 1) != 0 && !OuterTapsFitBytes(vertical, phase)) return false;
+    if ((horizontalPhases >> phase & 1) != 0 && !OuterTapsFitBytes(horizontal, phase)) return false;
   }
   return true;
 }

@@ -31,6 +31,10 @@ struct RowPlan {
 bool RowFormIsExact(const TapBank& vertical, std::uint32_t verticalPhases, const TapBank& horizontal,
                     std::uint32_t horizontalPhases, std::int32_t precisionBits, std::int32_t up, std::int32_t down);
 
+/// Whether the adaptive scalers' byte form is exact for these banks of 7 bits.
+bool AdaptiveBytesAreExact(const TapBank& vertical, std::uint32_t verticalPhases, const TapBank& horizontal,
+                           std::uint32_t horizontalPhases);
+
 /// Bytes that LayOutRowPlan writes to for rows of outWidth pixels.
 std::uint64_t RowPlanBytes(std::uint64_t outWidth);
 

@@ -83,6 +83,7 @@ struct ScaleJob {
   const TapBank* horizontalBank;
   const HorizontalPlan* horizontal;
 
+  bool adaptsInBytes;      ///< the adaptive scalers' byte form is exact for banks and settings, and the level has it
   const RowPlan* rowPlan;  ///< null: only the general form is exact, or the level has no other
 
   std::int32_t adaptiveShift;  ///< left shift of the spatial weight curve; 16 and more clear it

@@ -43,9 +43,10 @@ inline void FinishRows(const ScaleJob& job, const StripResult& result, int first
 
 /// Where a strip's byte columns go: the history itself where there is one (each byte is blended with what it replaces),
 /// else the strip's memory.
+template <class Strip>
 inline StripResult OpenStrip(const ScaleJob& job, int firstRow, int rowCount) {
-  StripResult result{job.strip.outColumns, kStripRows, nullptr, 0};
-  const bool whole = rowCount == kStripRows;
+  StripResult result{job.strip.outColumns, Strip::kRows, nullptr, 0};
+  const bool whole = rowCount == Strip::kRows;
   if (job.history != nullptr) {
     if (whole) {
       result.columns = job.history + firstRow;
@@ -59,20 +60,27 @@ inline StripResult OpenStrip(const ScaleJob& job, int firstRow, int rowCount) {
     result.remembered = job.motionColumns + firstRow;
     result.rememberedStride = job.outHeight;
     if (!whole) {
-      CopyColumnPieces<std::int16_t>(job.motionColumns + firstRow, job.outHeight, job.strip.motionColumns, kStripRows,
+      CopyColumnPieces<std::int16_t>(job.motionColumns + firstRow, job.outHeight, job.strip.motionColumns, Strip::kRows,
                                      2 * job.outWidth, rowCount);
       result.remembered = job.strip.motionColumns;
-      result.rememberedStride = kStripRows;
+      result.rememberedStride = Strip::kRows;
     }
   }
   return result;
 }
 
-/// The vertical result of these rows becomes what the next frame's horizontal motion test remembers.
-inline void RememberColumns(const ScaleJob& job, int firstRow, int rowCount) {
-  CopyColumnPieces<std::int16_t>(job.strip.columns + ColumnOffset(0), kStripRows, job.motionColumns + firstRow,
-                                 job.outHeight, 2 * job.inWidth, rowCount);
-}
+/// Strips of 16-bit values, exact for every bank.
+struct WordStrip {
+  static constexpr int kRows = kStripRows;
+
+  static void ToColumns(const StripMemory& strip, int rowBytes) { RowsToColumns(strip, rowBytes); }
+
+  /// The vertical result of these rows becomes what the next frame's horizontal motion test remembers.
+  static void Remember(const ScaleJob& job, int firstRow, int rowCount) {
+    CopyColumnPieces<std::int16_t>(job.strip.columns + ColumnOffset(0), kRows, job.motionColumns + firstRow,
+                                   job.outHeight, 2 * job.inWidth, rowCount);
+  }
+};
 
 /// A horizontal stage that treats luma and chroma alike.
 template <int kTaps, int kShift, class Taps, class Result>
@@ -87,17 +95,17 @@ inline void WithHistory(const ScaleJob& job, const Scale& scale) {
   scale(BlendResult{job.temporalStrength, job.temporalShift});
 }
 
-template <class VerticalStage, class HorizontalStage>
+template <class Strip = WordStrip, class VerticalStage, class HorizontalStage>
 inline void RunStrips(const ScaleJob& job, const VerticalStage& vertical, const HorizontalStage& horizontal) {
-  for (int firstRow = 0; firstRow < job.outHeight; firstRow += kStripRows) {
-    const int rowCount = job.outHeight - firstRow < kStripRows ? job.outHeight - firstRow : kStripRows;
+  for (int firstRow = 0; firstRow < job.outHeight; firstRow += Strip::kRows) {
+    const int rowCount = job.outHeight - firstRow < Strip::kRows ? job.outHeight - firstRow : Strip::kRows;
     vertical(job, firstRow, rowCount);
-    RowsToColumns(job.strip, 2 * job.inWidth);
+    Strip::ToColumns(job.strip, 2 * job.inWidth);
     const bool remembers = job.motionColumns != nullptr;
-    if (remembers && job.firstFrame) RememberColumns(job, firstRow, rowCount);
-    const StripResult result = OpenStrip(job, firstRow, rowCount);
+    if (remembers && job.firstFrame) Strip::Remember(job, firstRow, rowCount);
+    const StripResult result = OpenStrip<Strip>(job, firstRow, rowCount);
     horizontal(job, result);
-    if (remembers) RememberColumns(job, firstRow, rowCount);
+    if (remembers) Strip::Remember(job, firstRow, rowCount);
     if (job.history != nullptr && result.columns == job.strip.outColumns) {
       CopyColumnPieces<std::uint8_t>(result.columns, result.stride, job.history + firstRow, job.outHeight,
                                      2 * job.outWidth, rowCount);

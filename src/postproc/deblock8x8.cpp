@@ -22,7 +22,6 @@ constexpr int kBlock = 8;
 constexpr int kTapsBefore = 3;
 constexpr int kReach = 3;  ///< samples filtered on each side of an edge
 constexpr int kRowsAbove = 3;
-constexpr Component kComponents[] = {kCb, kY, kCr};
 
 inline I16 EdgeWeight(I16 before, I16 after, I16 sensitivity) {
   const I16 effect = Absolute(MultiplyLow(SubtractSaturate(before, after), sensitivity));

@@ -5,12 +5,16 @@
 //   frame: h
 //
 // The history is the blended result before the noise, transposed; each byte is blended with what it replaces.
+#include "passes/byte_strip.h"
 #include "passes/strip_driver.h"
 #include "simd/kernel_table.h"
 
 namespace vidproc::VIDPROC_TARGET {
 
 void AdaptiveScale(const ScaleJob& job) {
+#if VIDPROC_HAS_BYTE_OPS
+  if (job.adaptsInBytes) return RunByteStripsWithHistory<4, 8, NoByteGate, NoByteGate>(job);
+#endif
   const AdaptiveTaps<AlwaysOpen> taps{job.adaptiveShift, {}};
   const VerticalScale<4, 7, AdaptiveTaps<AlwaysOpen>> vertical{taps};
   WithHistory(job, [&](const auto& result) { RunStrips(job, vertical, ScaleRows<8, 7>(taps, result)); });

@@ -110,6 +110,11 @@ inline Halves Split(U8 a) {
   return {{ZipLow8(a.raw, zero)}, {ZipHigh8(a.raw, zero)}};
 }
 inline U8 Join(I16 low, I16 high) { return {_mm256_packus_epi16(low.raw, high.raw)}; }
+/// As Join and JoinInOrder, with signed saturation.
+inline U8 JoinSigned(I16 low, I16 high) { return {_mm256_packs_epi16(low.raw, high.raw)}; }
+inline U8 JoinSignedInOrder(I16 first, I16 second) {
+  return {_mm256_permute4x64_epi64(_mm256_packs_epi16(first.raw, second.raw), 0xD8)};
+}
 /// The bytes of `first`, then those of `second`, with unsigned saturation.
 inline U8 JoinInOrder(I16 first, I16 second) {
   return {_mm256_permute4x64_epi64(_mm256_packus_epi16(first.raw, second.raw), 0xD8)};

@@ -123,6 +123,12 @@ inline Halves Split(U8 a) {
   return {{ZipLow8(a.raw, zero)}, {ZipHigh8(a.raw, zero)}};
 }
 inline U8 Join(I16 low, I16 high) { return {_mm512_packus_epi16(low.raw, high.raw)}; }
+/// As Join and JoinInOrder, with signed saturation.
+inline U8 JoinSigned(I16 low, I16 high) { return {_mm512_packs_epi16(low.raw, high.raw)}; }
+inline U8 JoinSignedInOrder(I16 first, I16 second) {
+  const Raw order = _mm512_set_epi64(7, 5, 3, 1, 6, 4, 2, 0);
+  return {_mm512_permutexvar_epi64(order, _mm512_packs_epi16(first.raw, second.raw))};
+}
 /// The bytes of `first`, then those of `second`, with unsigned saturation.
 inline U8 JoinInOrder(I16 first, I16 second) {
   const Raw order = _mm512_set_epi64(7, 5, 3, 1, 6, 4, 2, 0);

@@ -1,0 +1,300 @@
+// The adaptive scalers on bytes: strips of one vector of byte rows, for banks whose outer taps are not negative and add
+// up to at most the whole. Then the result is the centre sample plus a weighted mean of differences,
+//
+//   v = s_c + ((sum of a_t (s_t - s_c) + 64) >> 7)
+//
+// and a tap has weight only where its difference is below 16, so that weights, differences and results all fit bytes.
+// The weight of a difference comes from a table of 16 by a byte shuffle, which gives 0 by itself for larger ones.
+#pragma once
+
+#include "passes/strip_driver.h"
+
+namespace vidproc::VIDPROC_TARGET {
+namespace {
+
+#if VIDPROC_HAS_BYTE_OPS
+
+inline U8 AbsoluteDifference(U8 a, U8 b) { return Or(SubtractSaturate(a, b), SubtractSaturate(b, a)); }
+
+/// table[difference], 0 for differences of 16 and more.
+inline U8 WeightOf(U8 difference, U8 table) { return ShuffleTiles(table, AddSaturate(difference, SplatU8(0x70))); }
+
+/// Fills table with the weight (w(d) * coefficient + 128) >> 8 of each difference d below 16.
+inline void FillWeightTable(int coefficient, int shift, std::uint8_t (&table)[16]) {
+  for (int d = 0; d < 16; ++d) {
+    const int lost = d * d << shift;
+    table[d] = static_cast<std::uint8_t>(((256 - (lost < 256 ? lost : 256)) * coefficient + 128) >> 8);
+  }
+}
+
+/// The taps of a phase around its centre that are not zero, as many as an even count asks for; the rest weigh nothing.
+struct OuterTaps {
+  int count = 0;
+  int tap[kMaxTaps] = {};  ///< distance from the centre tap
+  int coefficient[kMaxTaps] = {};
+  int centreCoefficient = 128;
+  std::uint8_t table[kMaxTaps][16] = {};
+};
+
+inline OuterTaps FindOuterTaps(const std::int16_t* coefficients, int taps, int shift) {
+  OuterTaps outer;
+  const int centre = taps / 2 - 1;
+  for (int t = 0; t < taps; ++t) {
+    if (t == centre || coefficients[t] == 0) continue;
+    outer.tap[outer.count] = t - centre;
+    outer.coefficient[outer.count] = coefficients[t];
+    outer.centreCoefficient -= coefficients[t];
+    FillWeightTable(coefficients[t], shift, outer.table[outer.count++]);
+  }
+  return outer;
+}
+
+/// Sum of products of unsigned and signed bytes taken from pairs of vectors, in the two halves that Join puts together.
+inline void AddProducts(U8 a0, U8 a1, U8 b0, U8 b1, I16& low, I16& high) {
+  low = Add(low, MultiplyPairs(U8{ZipLow8(a0.raw, a1.raw)}, U8{ZipLow8(b0.raw, b1.raw)}));
+  high = Add(high, MultiplyPairs(U8{ZipHigh8(a0.raw, a1.raw)}, U8{ZipHigh8(b0.raw, b1.raw)}));
+}
+
+/// The same with one pair of coefficients for all.
+inline void AddScaled(U8 a0, U8 a1, U8 pair, I16& low, I16& high) {
+  low = Add(low, MultiplyPairs(U8{ZipLow8(a0.raw, a1.raw)}, pair));
+  high = Add(high, MultiplyPairs(U8{ZipHigh8(a0.raw, a1.raw)}, pair));
+}
+
+inline I16 RoundShift7(I16 sum) { return MultiplyRound(sum, SplatI16(256)); }
+
+/// A phase's taps in registers.
+template <int kOuter>
+struct ByteTaps {
+  U8 table[kOuter + 1];
+  U8 pair[kOuter / 2 + 1];
+
+  explicit ByteTaps(const OuterTaps& outer) {
+    for (int k = 0; k < kOuter; ++k) table[k] = LoadRepeated(outer.table[k]);
+    for (int k = 0; k < kOuter; k += 2) pair[k / 2] = SplatCoefficients(outer.coefficient[k], outer.coefficient[k + 1]);
+    pair[kOuter / 2] = SplatCoefficients(outer.centreCoefficient, 0);
+  }
+
+  /// Edges preserved.
+  U8 Adapt(U8 centre, const U8 (&sample)[kOuter + 1]) const {
+    I16 low = SplatI16(0);
+    I16 high = SplatI16(0);
+    for (int k = 0; k < kOuter; k += 2) {
+      const U8 weight0 = WeightOf(AbsoluteDifference(sample[k], centre), table[k]);
+      const U8 weight1 = WeightOf(AbsoluteDifference(sample[k + 1], centre), table[k + 1]);
+      AddProducts(weight0, weight1, Subtract(sample[k], centre), Subtract(sample[k + 1], centre), low, high);
+    }
+    return Add(centre, JoinSigned(RoundShift7(low), RoundShift7(high)));
+  }
+
+  /// The full low-pass, for samples that have moved.
+  U8 Smooth(U8 centre, const U8 (&sample)[kOuter + 1]) const {
+    if constexpr (kOuter == 0) return centre;
+    I16 low = SplatI16(0);
+    I16 high = SplatI16(0);
+    for (int k = 0; k < kOuter; k += 2) AddScaled(sample[k], sample[k + 1], pair[k / 2], low, high);
+    AddScaled(centre, SplatU8(0), pair[kOuter / 2], low, high);
+    return Join(RoundShift7(low), RoundShift7(high));
+  }
+
+ private:
+  static U8 SplatCoefficients(int first, int second) { return AsU8(SplatI16((first & 0xFF) | second << 8)); }
+};
+
+/// Gates: what a tap sum does where the picture moves.
+struct NoByteGate {
+  template <int kOuter>
+  U8 Filter(const ByteTaps<kOuter>& taps, U8 centre, const U8 (&sample)[kOuter + 1], const void* /*remembered*/) const {
+    return taps.Adapt(centre, sample);
+  }
+};
+
+/// Against the previous source's bytes. kept: differences of 182 and more test still.
+struct RowMotionGate {
+  template <int kOuter>
+  U8 Filter(const ByteTaps<kOuter>& taps, U8 centre, const U8 (&sample)[kOuter + 1], const void* remembered) const {
+    const U8 change = AbsoluteDifference(LoadU8(remembered), centre);
+    const U8 beyond = Subtract(change, SplatU8(16));
+    const U8 moving = Equal(Min(beyond, SplatU8(181 - 16)), beyond);
+    return Or(And(moving, taps.Smooth(centre, sample)), AndNot(moving, taps.Adapt(centre, sample)));
+  }
+};
+
+/// Against the previous vertical result, 16-bit values of any size.
+struct ColumnMotionGate {
+  template <int kOuter>
+  U8 Filter(const ByteTaps<kOuter>& taps, U8 centre, const U8 (&sample)[kOuter + 1], const void* remembered) const {
+    std::uint8_t bytes[kVectorBytes];
+    Store(bytes, centre);
+    const auto* const values = static_cast<const std::int16_t*>(remembered);
+    I16 still[2];
+    for (int half = 0; half < 2; ++half) {
+      const I16 change = Subtract(LoadI16(values + half * kLanes), LoadWiden(bytes + half * kLanes));
+      still[half] = Less(MultiplyLow(change, change), SplatI16(256));
+    }
+    const U8 mask = JoinSignedInOrder(still[0], still[1]);
+    return Or(And(mask, taps.Adapt(centre, sample)), AndNot(mask, taps.Smooth(centre, sample)));
+  }
+};
+
+/// Stores the filtered bytes as they are.
+struct StoreBytes {
+  void Put(std::uint8_t* out, U8 value) const { Store(out, value); }
+};
+
+/// Blends with the history bytes that the result replaces, by the same kind of table.
+struct BlendBytes {
+  U8 table;
+  BlendBytes(int strength, int shift) {
+    std::uint8_t weights[16];
+    FillWeightTable(strength, shift, weights);
+    table = LoadRepeated(weights);
+  }
+  void Put(std::uint8_t* history, U8 value) const {
+    const U8 reference = LoadU8(history);
+    const U8 alpha = WeightOf(AbsoluteDifference(reference, value), table);
+    const U8 difference = Subtract(reference, value);
+    I16 low = SplatI16(0);
+    I16 high = SplatI16(0);
+    AddProducts(alpha, SplatU8(0), difference, difference, low, high);
+    Store(history, Add(value, JoinSigned(RoundShift7(low), RoundShift7(high))));
+  }
+};
+
+/// Calls filter with the phase's taps as ByteTaps of the next even count that the library has a form for.
+template <class Filter>
+inline void WithByteTaps(const OuterTaps& outer, const Filter& filter) {
+  if (outer.count == 0) return filter(ByteTaps<0>(outer));
+  if (outer.count <= 2) return filter(ByteTaps<2>(outer));
+  if (outer.count <= 4) return filter(ByteTaps<4>(outer));
+  if (outer.count <= 6) return filter(ByteTaps<6>(outer));
+  if (outer.count <= 8) return filter(ByteTaps<8>(outer));
+  filter(ByteTaps<kMaxTaps>(outer));
+}
+
+/// The strip: one vector of rows, columns of as many bytes.
+struct ByteStrip {
+  static constexpr int kRows = kVectorBytes;
+
+  static std::uint8_t* Rows(const StripMemory& strip) { return reinterpret_cast<std::uint8_t*>(strip.rows); }
+  static std::uint8_t* Column(const StripMemory& strip, std::ptrdiff_t byteColumn) {
+    return reinterpret_cast<std::uint8_t*>(strip.columns) + (kEdgeColumns + byteColumn) * kRows;
+  }
+
+  static void ToColumns(const StripMemory& strip, int rowBytes) {
+    const std::uint8_t* const rows = Rows(strip);
+    for (int c = 0; c < rowBytes; c += 16) {
+      U8 block[16];
+      for (int i = 0; i < 16; ++i) block[i] = LoadTiles(rows + i * strip.rowPitch + c, 16 * strip.rowPitch);
+      TransposeTiles(block);
+      for (int i = 0; i < 16; ++i) Store(Column(strip, c + i), block[i]);
+    }
+    for (int i = 0; i < kEdgeColumns; ++i) {
+      Store(Column(strip, i - kEdgeColumns), LoadU8(Column(strip, i % 4)));
+      Store(Column(strip, rowBytes + i), LoadU8(Column(strip, rowBytes - 4 + i % 4)));
+    }
+  }
+
+  static void Remember(const ScaleJob& job, int firstRow, int rowCount) {
+    for (int c = 0; c < 2 * job.inWidth; ++c) {
+      const std::uint8_t* const column = Column(job.strip, c);
+      std::int16_t* const to = job.motionColumns + std::ptrdiff_t{c} * job.outHeight + firstRow;
+      int r = 0;
+      for (; r + kLanes <= rowCount; r += kLanes) Store(to + r, LoadWiden(column + r));
+      for (; r < rowCount; ++r) to[r] = column[r];
+    }
+  }
+};
+
+template <int kTaps, class Gate>
+struct ByteVerticalScale {
+  int shift;
+  Gate gate;
+
+  void operator()(const ScaleJob& job, int firstRow, int rowCount) const {
+    const int bytes = 2 * job.inWidth;
+    for (int r = 0; r < rowCount; ++r) {
+      const RowPosition position = job.rowPositions[firstRow + r];
+      const OuterTaps outer = FindOuterTaps(job.verticalBank->coefficient[position.phase], kTaps, shift);
+      const auto rowAt = [&job](int row) { return job.source + Clamp(row, 0, job.inHeight - 1) * job.sourceStride; };
+      const std::uint8_t* rows[kMaxTaps];
+      for (int k = 0; k < kMaxTaps; ++k) rows[k] = rowAt(position.source + outer.tap[k]);
+      const std::uint8_t* const centre = rowAt(position.source);
+      const std::uint8_t* const ahead = rowAt(position.source + kTaps);
+      const std::uint8_t* const remembered =
+          job.motionRows == nullptr ? centre : job.motionRows + std::ptrdiff_t{firstRow + r} * bytes;
+      std::uint8_t* const out = ByteStrip::Rows(job.strip) + r * job.strip.rowPitch;
+      WithByteTaps(outer, [&](const auto& taps) { FilterRow(taps, rows, centre, remembered, ahead, bytes, out); });
+    }
+  }
+
+ private:
+  template <int kOuter>
+  void FilterRow(const ByteTaps<kOuter>& taps, const std::uint8_t* const* rows, const std::uint8_t* centre,
+                 const std::uint8_t* remembered, const std::uint8_t* ahead, int bytes, std::uint8_t* out) const {
+    for (int start = 0; start < bytes; start += kVectorBytes) {
+      const int b = start + kVectorBytes <= bytes || bytes < kVectorBytes ? start : bytes - kVectorBytes;
+      __builtin_prefetch(ahead + b);
+      U8 sample[kOuter + 1];
+      for (int k = 0; k < kOuter; ++k) sample[k] = LoadU8(rows[k] + b);
+      Store(out + b, gate.Filter(taps, LoadU8(centre + b), sample, remembered + b));
+    }
+  }
+};
+
+template <int kTaps, class Gate, class Result>
+struct ByteHorizontalScale {
+  int shift;
+  Gate gate;
+  Result result;
+
+  void operator()(const ScaleJob& job, const StripResult& out) const {
+    for (int i = 0; i < job.horizontal->runCount; ++i) {
+      const PhaseRun& phase = job.horizontal->runs[i];
+      const OuterTaps outer = FindOuterTaps(job.horizontalBank->coefficient[phase.phase], kTaps, shift);
+      WithByteTaps(outer, [&](const auto& taps) {
+        for (const Component component : kComponents) {
+          FilterRun(taps, outer, job.strip, MakeOutputRun(job, phase, component), out);
+        }
+      });
+    }
+  }
+
+ private:
+  template <int kOuter>
+  void FilterRun(const ByteTaps<kOuter>& taps, const OuterTaps& outer, const StripMemory& strip, const OutputRun& run,
+                 const StripResult& out) const {
+    const std::ptrdiff_t step = run.component.step;
+    for (int k = 0; k < run.count; ++k) {
+      const std::uint8_t* const centre =
+          ByteStrip::Column(strip, run.positions[k].source * step + run.component.firstByte);
+      const std::ptrdiff_t column = run.positions[k].output * step + run.component.firstByte;
+      const std::int16_t* const remembered =
+          out.remembered == nullptr ? nullptr : out.remembered + column * out.rememberedStride;
+      U8 sample[kOuter + 1];
+      for (int t = 0; t < kOuter; ++t) sample[t] = LoadU8(centre + outer.tap[t] * step * ByteStrip::kRows);
+      result.Put(out.columns + column * out.stride, gate.Filter(taps, LoadU8(centre), sample, remembered));
+    }
+  }
+};
+
+/// Runs an adaptive scaler in byte strips.
+template <int kVerticalTaps, int kHorizontalTaps, class RowGate, class ColumnGate, class Result>
+inline void RunByteStrips(const ScaleJob& job, const Result& result) {
+  const int shift = job.adaptiveShift;
+  RunStrips<ByteStrip>(job, ByteVerticalScale<kVerticalTaps, RowGate>{shift, {}},
+                       ByteHorizontalScale<kHorizontalTaps, ColumnGate, Result>{shift, {}, result});
+}
+
+/// The same with the blend that this frame's history asks for.
+template <int kVerticalTaps, int kHorizontalTaps, class RowGate, class ColumnGate>
+inline void RunByteStripsWithHistory(const ScaleJob& job) {
+  if (job.firstFrame) return RunByteStrips<kVerticalTaps, kHorizontalTaps, RowGate, ColumnGate>(job, StoreBytes{});
+  RunByteStrips<kVerticalTaps, kHorizontalTaps, RowGate, ColumnGate>(
+      job, BlendBytes(job.temporalStrength, job.temporalShift));
+}
+
+#endif
+
+}  // namespace
+}  // namespace vidproc::VIDPROC_TARGET
