@@ -7,7 +7,6 @@ cd "$(dirname "${BASH_SOURCE[0]}")/.."
 buildPackages=(g++ cmake ninja-build)
 toolPackages=(pkg-config libcli11-dev nlohmann-json3-dev libavformat-dev libavcodec-dev libavutil-dev libswscale-dev)
 testPackages=(libgtest-dev)
-benchPackages=(libbenchmark-dev)
 lintPackages=(clang clang-format clang-tidy)
 emulationPackages=(libsimde-dev)
 benchPackages=(libbenchmark-dev valgrind)
