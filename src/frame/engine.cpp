@@ -178,6 +178,7 @@ ScaleJob Engine::MakeScaleJob(VideoProcessor& p, const ScalerTraits& traits) {
   Workspace& workspace = *p.workspace;
   workspace.plan.Update(p, GeometryOf(p, traits), workspace.planMemory);
   ScaleJob job{};
+  job.planes = workspace.planes;
   PlaceSource(p, job);
   job.inWidth = static_cast<std::int32_t>(p.inWidth);
   job.inHeight = static_cast<std::int32_t>(p.inHeight);

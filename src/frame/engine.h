@@ -28,6 +28,9 @@ struct ScalerTraits {
   void (*listBanks)(const VideoProcessor&);
 };
 
+/// The plain scaler's, which 4:2:0 frames go through.
+extern const ScalerTraits kPlainScaler;
+
 /// Has the object's private members.
 struct Engine {
   static void PrepareWorkspace(VideoProcessor& processor);
@@ -37,6 +40,8 @@ struct Engine {
   static void RunPostProcessor(VideoProcessor& processor, const ScalerTraits& traits);
   static void RunTemporalFilter(VideoProcessor& processor);
   static void RunDeblocking(VideoProcessor& processor);
+  /// Whether the next frame goes through the row form of `traits`, which can read planes of these sizes directly.
+  static bool ReadsPlanes(VideoProcessor& processor, const ScalerTraits& traits, const Frame420& planes);
   static int Go420(VideoProcessor& processor, const FramePair420& frames, unsigned char plainScaler);
 
  private:

@@ -53,14 +53,28 @@ void Unstage(const Frame420& planes, std::uint8_t* frame) {
 
 }  // namespace
 
+bool Engine::ReadsPlanes(VideoProcessor& p, const ScalerTraits& traits, const Frame420& planes) {
+  if (planes.width < kMinPlaneRowBytes || planes.width != p.inWidth || planes.height != p.inHeight) return false;
+  if (!MayScale(p, traits)) return false;
+  return MakeScaleJob(p, traits).rowPlan != nullptr;
+}
+
 int Engine::Go420(VideoProcessor& p, const FramePair420& frames, unsigned char plainScaler) {
   if (p.scratchA == nullptr || p.scratchB == nullptr || p.workspace == nullptr) return 0;
   if (!IsUsable(frames.source, p.scratchBytes) || !IsUsable(frames.destination, p.scratchBytes)) return 0;
   p.srcFrame = reinterpret_cast<std::uint8_t*>(p.scratchB);
   p.dstFrame = reinterpret_cast<std::uint8_t*>(p.scratchA);
-  Stage(frames.source, p.srcFrame);
+  const SourcePlanes planes{frames.source.luma, frames.source.chroma, frames.source.lumaStride,
+                            frames.source.chromaStride};
+  const bool fused = plainScaler != 0 && p.cpuLevel >= 0 && ReadsPlanes(p, kPlainScaler, frames.source);
+  if (fused) {
+    p.workspace->planes = &planes;
+  } else {
+    Stage(frames.source, p.srcFrame);
+  }
   p.workspace->frameProduced = false;
   p.Go(plainScaler);
+  p.workspace->planes = nullptr;
   if (p.workspace->frameProduced) Unstage(frames.destination, reinterpret_cast<std::uint8_t*>(p.scratchA));
   return 0;
 }

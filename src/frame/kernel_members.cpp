@@ -3,6 +3,13 @@
 #include "frame/engine.h"
 #include "simd/kernel_table.h"
 
+namespace vidproc {
+
+const ScalerTraits kPlainScaler = {&KernelTable::plainScale, 4, 8, 7, false, false, NoiseRule::kSizedByInput,
+                                   ListPreProcBanks};
+
+}  // namespace vidproc
+
 namespace {
 
 using vidproc::Engine;
@@ -12,8 +19,6 @@ using vidproc::ScalerTraits;
 
 //                                            kernel, taps (vertical, horizontal), precision, history, motion, noise,
 //                                            listing
-constexpr ScalerTraits kPlain = {&KernelTable::plainScale, 4, 8, 7, false, false, NoiseRule::kSizedByInput,
-                                 vidproc::ListPreProcBanks};
 constexpr ScalerTraits kPlainWithLumaShift = {
     &KernelTable::plainScaleWithLumaShift, 4, 8, 7, false, false, NoiseRule::kSizedByInput, vidproc::ListPreProcBanks};
 constexpr ScalerTraits kAdaptive = {&KernelTable::adaptiveScale, 4, 8, 7, true, false, NoiseRule::kSizedByInput,
@@ -36,7 +41,7 @@ int Scale(VideoProcessor& processor, const ScalerTraits& traits) {
 
 }  // namespace
 
-int VideoProcessor::PreProcExecute() { return Scale(*this, kPlain); }
+int VideoProcessor::PreProcExecute() { return Scale(*this, vidproc::kPlainScaler); }
 int VideoProcessor::PreProcExecute_SSE2() { return Scale(*this, kPlainWithLumaShift); }
 int VideoProcessor::PreProcAdaptiveExecute() { return Scale(*this, kAdaptive); }
 int VideoProcessor::PreProcAdaptiveMotionSmoothingExecute() { return Scale(*this, kMotionSmoothing); }

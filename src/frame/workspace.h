@@ -29,7 +29,8 @@ struct Workspace {
   std::uint8_t* deblockRows = nullptr;  ///< the three rows above a strip
   ScalePlan plan;
   NoiseField noise{};
-  bool frameProduced = false;  ///< a kernel has written a frame since this was last cleared
+  const SourcePlanes* planes = nullptr;  ///< what the next plain scaling reads in place of the source frame
+  bool frameProduced = false;            ///< a kernel has written a frame since this was last cleared
 
  private:
   std::unique_ptr<std::uint8_t[]> memory;

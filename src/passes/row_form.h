@@ -57,25 +57,41 @@ struct RowsAhead {
   const std::uint8_t* second;
 };
 
-template <int kTaps, int kShift>
+/// Where a vertical result goes that comes as two vectors of 2vuy bytes: luma and chroma apart.
+struct SplitResult {
+  SplitRow2vuy to;
+  void Put(std::ptrdiff_t b, U8 first, U8 second) const {
+    const I16 lowByte = SplatI16(0xFF);
+    Store(to.chroma + b / 2, JoinInOrder(And(AsI16(first), lowByte), And(AsI16(second), lowByte)));
+    Store(to.luma + b / 2, JoinInOrder(ShiftRightLogical<8>(AsI16(first)), ShiftRightLogical<8>(AsI16(second))));
+  }
+};
+
+/// And one that comes from a plane: as it is.
+struct PlaneResult {
+  std::uint8_t* to;
+  void Put(std::ptrdiff_t b, U8 first, U8 second) const {
+    Store(to + b, first);
+    Store(to + b + kVectorBytes, second);
+  }
+};
+
+template <int kTaps, int kShift, class Result>
 inline void FilterRowBytes(const std::uint8_t* const* rows, const std::int16_t* coefficients, int bytes,
-                           const RowsAhead& ahead, const SplitRow2vuy& out) {
+                           const RowsAhead& ahead, const Result& result) {
   U8 pairs[2];
   for (int t = 0; t < kTaps; t += 2) {
     pairs[t / 2] = SplatPair(coefficients[t], t + 1 < kTaps ? coefficients[t + 1] : 0);
   }
   constexpr int kStep = 2 * kVectorBytes;
-  const I16 lowByte = SplatI16(0xFF);
   for (int start = 0; start < bytes; start += kStep) {
     const int b = start + kStep <= bytes || bytes < kStep ? start : bytes - kStep;
     for (int line = 0; line < kStep; line += 64) {
       __builtin_prefetch(ahead.first + b + line);
       __builtin_prefetch(ahead.second + b + line);
     }
-    const I16 first = AsI16(FilterBytes<kTaps, kShift>(rows, pairs, b));
-    const I16 second = AsI16(FilterBytes<kTaps, kShift>(rows, pairs, b + kVectorBytes));
-    Store(out.chroma + b / 2, JoinInOrder(And(first, lowByte), And(second, lowByte)));
-    Store(out.luma + b / 2, JoinInOrder(ShiftRightLogical<8>(first), ShiftRightLogical<8>(second)));
+    result.Put(b, FilterBytes<kTaps, kShift>(rows, pairs, b),
+               FilterBytes<kTaps, kShift>(rows, pairs, b + kVectorBytes));
   }
 }
 
@@ -87,30 +103,43 @@ inline void RepeatEdges(std::uint8_t* row, int samples) {
   }
 }
 
-/// Filters the source rows under output row `r` into `out`.
-template <int kShift>
-inline void FilterSourceRows(const ScaleJob& job, int r, const SplitRow2vuy& out) {
+/// Filters the rows under output row `r`, where rowAt gives the start of a source row inside the frame.
+template <int kShift, class RowAt, class Result>
+inline void FilterRowsAt(const ScaleJob& job, int r, const RowAt& rowAt, int bytes, const Result& result) {
   const RowPosition position = job.rowPositions[r];
   const TapBank& bank = *job.verticalBank;
   const int skipped = bank.firstTap[position.phase];
   const std::int16_t* coefficients = bank.coefficient[position.phase] + skipped;
-  const auto rowAt = [&job](int row) { return job.source + Clamp(row, 0, job.inHeight - 1) * job.sourceStride; };
+  const auto clampedRow = [&](int row) { return rowAt(Clamp(row, 0, job.inHeight - 1)); };
   const std::uint8_t* rows[4];
-  for (int t = 0; t < 4; ++t) rows[t] = rowAt(position.source - 1 + skipped + t);
+  for (int t = 0; t < 4; ++t) rows[t] = clampedRow(position.source - 1 + skipped + t);
   const int next = r + 1 < job.outHeight ? job.rowPositions[r + 1].source : position.source;
-  const RowsAhead ahead{rowAt(next), rowAt(next + 1)};
-  const int bytes = 2 * job.inWidth;
-  const int count = bank.tapCount[position.phase];
-  if (count == 1 && coefficients[0] == 1 << kShift) {
-    FilterRowBytes<0, kShift>(rows, coefficients, bytes, ahead, out);
-  } else if (count == 1) {
-    FilterRowBytes<1, kShift>(rows, coefficients, bytes, ahead, out);
-  } else if (count == 2) {
-    FilterRowBytes<2, kShift>(rows, coefficients, bytes, ahead, out);
-  } else if (count == 3) {
-    FilterRowBytes<3, kShift>(rows, coefficients, bytes, ahead, out);
+  const RowsAhead ahead{clampedRow(next), clampedRow(next + 1)};
+  switch (bank.tapCount[position.phase]) {
+    case 1:
+      if (coefficients[0] == 1 << kShift) return FilterRowBytes<0, kShift>(rows, coefficients, bytes, ahead, result);
+      return FilterRowBytes<1, kShift>(rows, coefficients, bytes, ahead, result);
+    case 2:
+      return FilterRowBytes<2, kShift>(rows, coefficients, bytes, ahead, result);
+    case 3:
+      return FilterRowBytes<3, kShift>(rows, coefficients, bytes, ahead, result);
+    default:
+      return FilterRowBytes<4, kShift>(rows, coefficients, bytes, ahead, result);
+  }
+}
+
+/// The vertical result of output row `r`, from a 2vuy frame or from the planes that one would be interleaved from.
+template <int kShift>
+inline void FilterSourceRows(const ScaleJob& job, int r, const SplitRow2vuy& out) {
+  if (job.planes == nullptr) {
+    const auto rowAt = [&job](int row) { return job.source + row * job.sourceStride; };
+    FilterRowsAt<kShift>(job, r, rowAt, 2 * job.inWidth, SplitResult{out});
   } else {
-    FilterRowBytes<4, kShift>(rows, coefficients, bytes, ahead, out);
+    const SourcePlanes& planes = *job.planes;
+    const auto lumaAt = [&planes](int row) { return planes.luma + row * planes.lumaStride; };
+    const auto chromaAt = [&planes](int row) { return planes.chroma + row / 2 * planes.chromaStride; };
+    FilterRowsAt<kShift>(job, r, lumaAt, job.inWidth, PlaneResult{out.luma});
+    FilterRowsAt<kShift>(job, r, chromaAt, job.inWidth, PlaneResult{out.chroma});
   }
   RepeatEdges(out.luma, job.inWidth);
   RepeatEdges(out.chroma, job.inWidth);

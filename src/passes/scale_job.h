@@ -68,9 +68,21 @@ struct StripMemory {
   std::ptrdiff_t rowPitch;      ///< in values
 };
 
+/// A 4:2:0 source that the row form reads as it is; one chroma row serves two luma rows.
+struct SourcePlanes {
+  const std::uint8_t* luma;
+  const std::uint8_t* chroma;
+  std::ptrdiff_t lumaStride;
+  std::ptrdiff_t chromaStride;
+};
+
+/// Rows of a plane that are shorter are staged first: vectors read nothing past a plane's row.
+constexpr int kMinPlaneRowBytes = 128;
+
 struct ScaleJob {
   const std::uint8_t* source;
   std::ptrdiff_t sourceStride;
+  const SourcePlanes* planes;  ///< stands for `source` in the row form; null: the source is a 2vuy frame
   std::int32_t inWidth;
   std::int32_t inHeight;
   std::uint8_t* destination;
