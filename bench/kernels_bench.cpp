@@ -46,7 +46,7 @@ void EnterCopy(const Contest& contest) {
 }
 
 /// One member function of the processor on the two frames.
-Run RunMember(std::shared_ptr<VideoProcessor> processor, int (VideoProcessor::*member)()) {
+Run RunMember(const std::shared_ptr<VideoProcessor>& processor, int (VideoProcessor::*member)()) {
   return [=](const std::uint8_t* source, std::uint8_t* destination) {
     processor->srcFrame = const_cast<std::uint8_t*>(source);
     processor->dstFrame = destination;

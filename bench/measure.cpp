@@ -1,10 +1,10 @@
 // Times a contestant with Google Benchmark.
 #include <benchmark/benchmark.h>
-#include <time.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cstring>
+#include <ctime>
 #include <limits>
 #include <utility>
 
