@@ -105,6 +105,12 @@ struct FrameSettings {
 reference::ScalerSettings ReadSettings(const VideoProcessor& processor, const Kernel& kernel);
 reference::Noise ReadNoise(const VideoProcessor& processor, const Kernel& kernel);
 
+/// What a processor of the stream runs on.
+struct KernelForms {
+  vidproc::Level level;
+  bool generalOnly;
+};
+
 /// One stream: a processor per level and the reference's state beside them.
 class Stream {
  public:
@@ -125,7 +131,7 @@ class Stream {
 
   VideoProcessor& First() const { return *processors.front(); }
 
-  std::vector<vidproc::Level> levels;
+  std::vector<KernelForms> forms;
   std::vector<Processor> processors;
   reference::StreamState state;
   std::uint32_t expectedDitherLevel = 0;
