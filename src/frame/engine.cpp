@@ -153,15 +153,18 @@ NoiseField* Engine::StartFrameNoise(VideoProcessor& p, NoiseRule rule) {
   return &p.workspace->noise;
 }
 
+std::uint8_t* Engine::SparePlace(VideoProcessor& p, const std::uint8_t* written, std::uint64_t bytes) {
+  auto* const scratchB = reinterpret_cast<std::uint8_t*>(p.scratchB);
+  return Overlap(written, bytes, scratchB, p.scratchBytes) ? reinterpret_cast<std::uint8_t*>(p.scratchA) : scratchB;
+}
+
 /// The kernels read source rows while they write the destination, and past the end of short rows.
 void Engine::PlaceSource(VideoProcessor& p, ScaleJob& job) {
   const std::uint64_t rowBytes = std::uint64_t{2} * p.inWidth;
   job.source = p.srcFrame;
   job.sourceStride = p.inStride;
   if (Overlap(p.srcFrame, SourceExtent(p), p.dstFrame, DestinationExtent(p))) {
-    auto* const scratchB = reinterpret_cast<std::uint8_t*>(p.scratchB);
-    const bool writesScratchB = Overlap(p.dstFrame, DestinationExtent(p), scratchB, p.scratchBytes);
-    auto* const copy = writesScratchB ? reinterpret_cast<std::uint8_t*>(p.scratchA) : scratchB;
+    std::uint8_t* const copy = SparePlace(p, p.dstFrame, DestinationExtent(p));
     CopyRows(job.source, p.inStride, copy, rowBytes, rowBytes, p.inHeight);
     job.source = copy;
     job.sourceStride = static_cast<std::ptrdiff_t>(rowBytes);
@@ -206,10 +209,19 @@ ScaleJob Engine::MakeScaleJob(VideoProcessor& p, const ScalerTraits& traits) {
     job.firstFrame = p.temporalFirstFrame != 0;
   }
   if (traits.smoothsMotion) {
-    job.motionRows = p.smoothingBufferSmall;
     job.motionColumns = reinterpret_cast<std::int16_t*>(p.smoothingBufferLarge);
   }
   return job;
+}
+
+void Engine::PlaceMotionRows(VideoProcessor& p, ScaleJob& job) {
+  const std::uint64_t rowBytes = std::uint64_t{2} * p.inWidth;
+  job.motionRows = p.smoothingBufferSmall;
+  job.motionRowPitch = static_cast<std::ptrdiff_t>(rowBytes);
+  if (rowBytes >= kNarrowRowBytes) return;
+  CopyRows(p.smoothingBufferSmall, rowBytes, p.workspace->narrowMotionRows, kNarrowRowBytes, rowBytes, p.outHeight);
+  job.motionRows = p.workspace->narrowMotionRows;
+  job.motionRowPitch = kNarrowRowBytes;
 }
 
 void Engine::RunScaler(VideoProcessor& p, const ScalerTraits& traits) {
@@ -223,9 +235,13 @@ void Engine::RunScaler(VideoProcessor& p, const ScalerTraits& traits) {
 
   const auto rememberRows = [&] {
     const std::uint64_t rowBytes = std::uint64_t{2} * p.inWidth;
-    CopyRows(job.source, static_cast<std::uint64_t>(job.sourceStride), job.motionRows, rowBytes, rowBytes, p.inHeight);
+    CopyRows(job.source, static_cast<std::uint64_t>(job.sourceStride), p.smoothingBufferSmall, rowBytes, rowBytes,
+             p.inHeight);
   };
-  if (traits.smoothsMotion && job.firstFrame) rememberRows();
+  if (traits.smoothsMotion) {
+    if (job.firstFrame) rememberRows();
+    PlaceMotionRows(p, job);
+  }
   (Kernels().*traits.kernel)(job);
   if (traits.smoothsMotion) rememberRows();
 

@@ -52,6 +52,10 @@ struct Engine {
   static ScaleJob MakeScaleJob(VideoProcessor& processor, const ScalerTraits& traits);
   static void PlaceSource(VideoProcessor& processor, ScaleJob& job);
   static NoiseField* StartFrameNoise(VideoProcessor& processor, NoiseRule rule);
+  /// Where a source that its destination overlaps is copied first: the scratch buffer that is not being written.
+  static std::uint8_t* SparePlace(VideoProcessor& processor, const std::uint8_t* written, std::uint64_t bytes);
+  /// The remembered rows, in places where vectors may read past their end.
+  static void PlaceMotionRows(VideoProcessor& processor, ScaleJob& job);
   static void PassThrough(VideoProcessor& processor);
   static bool ReserveWorkspace(VideoProcessor& processor);
 };

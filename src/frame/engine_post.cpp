@@ -86,7 +86,6 @@ void Engine::RunTemporalFilter(VideoProcessor& p) {
   if (frameBytes > room) return;
 
   auto* const scratchA = reinterpret_cast<std::uint8_t*>(p.scratchA);
-  auto* const scratchB = reinterpret_cast<std::uint8_t*>(p.scratchB);
   std::uint8_t* const working = packed ? p.dstFrame : scratchA;
   const std::uint8_t* source = p.srcFrame;
   const bool inPlace = source == working;
@@ -98,9 +97,10 @@ void Engine::RunTemporalFilter(VideoProcessor& p) {
       return source < written + frameBytes && written < source + frameBytes;
     };
     if (!inPlace && (overlaps(working) || overlaps(p.previousFrame))) {
-      if (scratchB == nullptr || frameBytes > p.scratchBytes) return;
-      std::memmove(scratchB, source, frameBytes);
-      source = scratchB;
+      if (p.scratchA == nullptr || p.scratchB == nullptr || frameBytes > p.scratchBytes) return;
+      std::uint8_t* const copy = SparePlace(p, working, frameBytes);
+      std::memmove(copy, source, frameBytes);
+      source = copy;
     }
     TemporalJob job{};
     job.source = source;

@@ -25,8 +25,9 @@ struct Workspace {
 
   StripMemory strip{};
   ScalePlan::Memory planMemory{};
-  std::uint8_t* narrowRows = nullptr;   ///< inHeight rows of kNarrowRowBytes, for narrow frames
-  std::uint8_t* deblockRows = nullptr;  ///< the three rows above a strip
+  std::uint8_t* narrowRows = nullptr;        ///< inHeight rows of kNarrowRowBytes, for narrow frames
+  std::uint8_t* narrowMotionRows = nullptr;  ///< outHeight rows of the same pitch
+  std::uint8_t* deblockRows = nullptr;       ///< the three rows above a strip
   ScalePlan plan;
   NoiseField noise{};
   const SourcePlanes* planes = nullptr;  ///< what the next plain scaling reads in place of the source frame

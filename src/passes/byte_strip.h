@@ -222,7 +222,7 @@ struct ByteVerticalScale {
       const std::uint8_t* const centre = rowAt(position.source);
       const std::uint8_t* const ahead = rowAt(position.source + kTaps);
       const std::uint8_t* const remembered =
-          job.motionRows == nullptr ? centre : job.motionRows + std::ptrdiff_t{firstRow + r} * bytes;
+          job.motionRows == nullptr ? centre : job.motionRows + (firstRow + r) * job.motionRowPitch;
       std::uint8_t* const out = ByteStrip::Rows(job.strip) + r * job.strip.rowPitch;
       WithByteTaps(outer, [&](const auto& taps) { FilterRow(taps, rows, centre, remembered, ahead, bytes, out); });
     }

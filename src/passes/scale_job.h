@@ -105,7 +105,8 @@ struct ScaleJob {
   std::uint8_t* history;  ///< previous output, transposed: byte column j of row r at j * outHeight + r
   std::int16_t lumaGain;
   std::int16_t lumaOffset;
-  std::uint8_t* motionRows;     ///< previous source, packed rows
+  const std::uint8_t* motionRows;  ///< previous source; null where no kernel asks
+  std::ptrdiff_t motionRowPitch;
   std::int16_t* motionColumns;  ///< previous vertical result, transposed
 
   NoiseField* noise;  ///< null: none

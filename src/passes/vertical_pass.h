@@ -54,7 +54,7 @@ struct VerticalScale {
       const std::int16_t* coefficients = bank.coefficient[position.phase] + skipped;
       const std::ptrdiff_t rowBytes = std::ptrdiff_t{2} * job.inWidth;
       const Taps rowTaps =
-          taps.ForRow(job.motionRows == nullptr ? nullptr : job.motionRows + (firstRow + r) * rowBytes);
+          taps.ForRow(job.motionRows == nullptr ? nullptr : job.motionRows + (firstRow + r) * job.motionRowPitch);
       FilterRowOf(count, rows, coefficients, static_cast<int>(rowBytes), rowTaps,
                   job.strip.rows + r * job.strip.rowPitch);
     }
