@@ -25,6 +25,8 @@
 #include "simd/avx2.h"
 #elif defined(VIDPROC_TARGET_sse2) || defined(VIDPROC_TARGET_sse41)
 #include "simd/sse.h"
+#elif defined(VIDPROC_TARGET_neon)
+#include "simd/neon.h"
 #else
 #include "simd/scalar.h"
 #endif
