@@ -93,7 +93,8 @@ class Limits:
     def sentence(self):
         parts = [f"{rate / 1e6:.0f} 16-bit multiplications a nanosecond with vectors of {width.replace('-', ' ')}"
                  for width, rate in sorted(self.multiplies_per_ms.items())]
-        parts += [f"copies from {'a cache' if place == 'cache' else 'memory'} at {rate / 1e6:.1f} GB/s (read and written)"
+        places = {"cache": "a cache", "memory": "memory"}
+        parts += [f"copies from {places[place]} at {rate / 1e6:.1f} GB/s (read and written)"
                   for place, rate in self.copy_bytes_per_ms.items()]
         return "; ".join(parts)
 
