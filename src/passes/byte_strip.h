@@ -199,6 +199,7 @@ struct ByteStrip {
     for (int c = 0; c < 2 * job.inWidth; ++c) {
       const std::uint8_t* const column = Column(job.strip, c);
       std::int16_t* const to = job.motionColumns + std::ptrdiff_t{c} * job.outHeight + firstRow;
+      if (c + 8 < 2 * job.inWidth) __builtin_prefetch(to + std::ptrdiff_t{8} * job.outHeight, 1);
       int r = 0;
       for (; r + kLanes <= rowCount; r += kLanes) Store(to + r, LoadWiden(column + r));
       for (; r < rowCount; ++r) to[r] = column[r];
@@ -261,6 +262,8 @@ struct ByteHorizontalScale {
   }
 
  private:
+  static constexpr int kAhead = 8;
+
   template <int kOuter>
   void FilterRun(const ByteTaps<kOuter>& taps, const OuterTaps& outer, const StripMemory& strip, const OutputRun& run,
                  const StripResult& out) const {
@@ -269,8 +272,15 @@ struct ByteHorizontalScale {
       const std::uint8_t* const centre =
           ByteStrip::Column(strip, run.positions[k].source * step + run.component.firstByte);
       const std::ptrdiff_t column = run.positions[k].output * step + run.component.firstByte;
-      const std::int16_t* const remembered =
-          out.remembered == nullptr ? nullptr : out.remembered + column * out.rememberedStride;
+      // History lies a frame's height apart from column to column, which hardware does not foresee.
+      const std::ptrdiff_t later =
+          run.positions[k + kAhead < run.count ? k + kAhead : k].output * step + run.component.firstByte;
+      const std::int16_t* remembered = nullptr;
+      __builtin_prefetch(out.columns + later * out.stride);
+      if (out.remembered != nullptr) {
+        remembered = out.remembered + column * out.rememberedStride;
+        __builtin_prefetch(out.remembered + later * out.rememberedStride);
+      }
       U8 sample[kOuter + 1];
       for (int t = 0; t < kOuter; ++t) sample[t] = LoadU8(centre + outer.tap[t] * step * ByteStrip::kRows);
       result.Put(out.columns + column * out.stride, gate.Filter(taps, LoadU8(centre), sample, remembered));
