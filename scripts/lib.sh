@@ -7,7 +7,8 @@ cd "$(dirname "${BASH_SOURCE[0]}")/.."
 buildPackages=(g++ cmake ninja-build)
 toolPackages=(pkg-config libcli11-dev nlohmann-json3-dev libavformat-dev libavcodec-dev libavutil-dev libswscale-dev)
 testPackages=(libgtest-dev)
-lintPackages=(clang clang-format clang-tidy git)
+clangPackages=(clang libclang-rt-dev)
+lintPackages=(clang-format clang-tidy git)
 emulationPackages=(libsimde-dev)
 benchPackages=(libbenchmark-dev valgrind)
 peerPackages=(pkg-config libswscale-dev libavfilter-dev libpostproc-dev libzimg-dev libyuv-dev
