@@ -21,5 +21,7 @@ install(EXPORT vidproc_targets NAMESPACE vidproc:: FILE vidproc-config.cmake DES
 write_basic_package_version_file(vidproc-config-version.cmake COMPATIBILITY SameMajorVersion)
 install(FILES ${PROJECT_BINARY_DIR}/vidproc-config-version.cmake DESTINATION ${packageDirectory})
 
+# Relative to the file, so that the tree works wherever `cmake --install --prefix` puts it.
+file(RELATIVE_PATH prefixFromPackageFile ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig ${CMAKE_INSTALL_PREFIX})
 configure_file(${PROJECT_SOURCE_DIR}/cmake/vidproc.pc.in vidproc.pc @ONLY)
 install(FILES ${PROJECT_BINARY_DIR}/vidproc.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
