@@ -33,7 +33,7 @@ inline I16 RoundShift(I16 sum) {
 
 /// One vector of the vertical result from kTaps rows; kTaps 0 copies the one row.
 template <int kTaps, int kShift>
-inline U8 FilterBytes(const std::uint8_t* const* rows, const U8* pairs, std::ptrdiff_t b) {
+[[gnu::always_inline]] inline U8 FilterBytes(const std::uint8_t* const* rows, const U8* pairs, std::ptrdiff_t b) {
   if constexpr (kTaps == 0) {
     return LoadU8(rows[0] + b);
   } else {
@@ -145,28 +145,68 @@ inline void FilterSourceRows(const ScaleJob& job, int r, const SplitRow2vuy& out
   RepeatEdges(out.chroma, job.inWidth);
 }
 
+constexpr int kWindows = kVectorBytes / kWindowBytes;
+
+/// Where the windows of a vector begin, counted from the row's place: each anywhere, or side by side.
+struct SpreadWindows {
+  explicit SpreadWindows(const std::int32_t* offsets) {
+    __builtin_memcpy(this->offsets, offsets, sizeof this->offsets);
+  }
+  U8 Load(const std::uint8_t* row) const { return LoadWindows(row, offsets); }
+  std::int32_t offsets[kWindows];
+};
+struct AdjacentWindows {
+  explicit AdjacentWindows(const std::int32_t* offsets) : first(offsets[0]) {}
+  U8 Load(const std::uint8_t* row) const { return LoadU8(row + first); }
+  std::ptrdiff_t first;
+};
+
+inline bool AreAdjacent(const std::int32_t* offsets) {
+  for (int w = 1; w < kWindows; ++w) {
+    if (offsets[w] != offsets[0] + w * kWindowBytes) return false;
+  }
+  return true;
+}
+
+/// What a vector of results is gathered and weighted by.
+template <int kPairs>
+struct Pattern {
+  explicit Pattern(const std::uint8_t* memory) : shuffle(LoadU8(memory)) {
+    for (int p = 0; p < kPairs; ++p) coefficients[p] = LoadU8(memory + (1 + p) * kVectorBytes);
+  }
+  U8 shuffle;
+  U8 coefficients[kPairs];
+};
+
+/// Samples of a component lie kSampleBytes apart: 1 for luma, 2 for Cb and Cr.
+template <int kPairs, int kShift, int kSampleBytes, class Windows>
+[[gnu::always_inline]] inline I16 FilterWindows(const std::uint8_t* row, const Windows& windows,
+                                                const Pattern<kPairs>& pattern) {
+  I16 sum;
+  for (int p = 0; p < kPairs; ++p) {
+    const U8 samples = ShuffleWindows(windows.Load(row + p * 2 * kSampleBytes), pattern.shuffle);
+    const I16 products = MultiplyPairs(samples, pattern.coefficients[p]);
+    sum = p == 0 ? products : Add(sum, products);
+  }
+  return RoundShift<kShift>(sum);
+}
+
 /// Walks the vectors of a grid along a row.
+template <int kPairs, int kShift, int kSampleBytes>
 class GridWalk {
  public:
   GridWalk(const RowGrid& grid, const std::uint8_t* row) : grid(grid), row(row) {}
 
-  /// The next vector of results, from kPairs pairs of taps.
-  template <int kPairs, int kShift>
-  I16 Next() {
-    const std::uint8_t* pattern = grid.patterns + vector * (kVectorBytes * (1 + kPairs));
-    const std::int32_t* windows = grid.windows + vector * (kVectorBytes / kWindowBytes);
-    const U8 shuffle = LoadU8(pattern);
-    I16 sum;
-    for (int p = 0; p < kPairs; ++p) {
-      const U8 samples = ShuffleWindows(LoadWindows(row + p * grid.tapPairBytes, windows), shuffle);
-      const I16 products = MultiplyPairs(samples, LoadU8(pattern + (1 + p) * kVectorBytes));
-      sum = p == 0 ? products : Add(sum, products);
-    }
+  /// The next vector of results.
+  [[gnu::always_inline]] I16 Next() {
+    const Pattern<kPairs> pattern(grid.patterns + vector * (kVectorBytes * (1 + kPairs)));
+    const SpreadWindows windows(grid.windows + vector * kWindows);
+    const I16 result = FilterWindows<kPairs, kShift, kSampleBytes>(row, windows, pattern);
     if (++vector == grid.vectors) {
       vector = 0;
       row += grid.advance;
     }
-    return RoundShift<kShift>(sum);
+    return result;
   }
 
  private:
@@ -175,29 +215,65 @@ class GridWalk {
   int vector = 0;
 };
 
+/// The same where every vector has the same pattern, which then stays in registers: ratios like 2:1, 3:2 and 1:2.
+template <int kPairs, int kShift, int kSampleBytes, class Windows>
+class UniformGridWalk {
+ public:
+  UniformGridWalk(const RowGrid& grid, const std::uint8_t* row)
+      : row(row), advance(grid.advance), windows(grid.windows), pattern(grid.patterns) {}
+
+  [[gnu::always_inline]] I16 Next() {
+    const I16 result = FilterWindows<kPairs, kShift, kSampleBytes>(row, windows, pattern);
+    row += advance;
+    return result;
+  }
+
+ private:
+  const std::uint8_t* row;
+  std::ptrdiff_t advance;
+  Windows windows;
+  Pattern<kPairs> pattern;
+};
+
+/// 2 * kVectorBytes bytes of 2vuy from two vectors of luma and two of chroma.
+template <class Luma, class Chroma>
+[[gnu::always_inline]] inline void StorePixels(Luma& luma, Chroma& chroma, std::uint8_t* out) {
+  const I16 luma0 = luma.Next();
+  const I16 luma1 = luma.Next();
+  const I16 chroma0 = chroma.Next();
+  const I16 chroma1 = chroma.Next();
+  const U8 lumaBytes = Join(luma0, luma1);
+  const U8 chromaBytes = Join(chroma0, chroma1);
+  // Joining and zipping undo each other's order.
+  Store(out, U8{ZipLow8(chromaBytes.raw, lumaBytes.raw)});
+  Store(out + kVectorBytes, U8{ZipHigh8(chromaBytes.raw, lumaBytes.raw)});
+}
+
+template <class Luma, class Chroma>
+inline void WalkRow(Luma luma, Chroma chroma, int width, std::uint8_t* out) {
+  int x = 0;
+  for (; x + kVectorBytes <= width; x += kVectorBytes) StorePixels(luma, chroma, out + 2 * x);
+  if (x == width) return;
+  std::uint8_t tail[2 * kVectorBytes];
+  StorePixels(luma, chroma, tail);
+  __builtin_memcpy(out + 2 * x, tail, 2 * static_cast<std::size_t>(width - x));
+}
+
+template <int kPairs, int kShift, class Windows>
+inline void WalkUniformRow(const RowPlan& plan, const SplitRow2vuy& in, int width, std::uint8_t* out) {
+  WalkRow(UniformGridWalk<kPairs, kShift, 1, Windows>(plan.luma, in.luma),
+          UniformGridWalk<kPairs, kShift, 2, Windows>(plan.chroma, in.chroma), width, out);
+}
+
 template <int kPairs, int kShift>
 inline void ScaleRow(const RowPlan& plan, const SplitRow2vuy& in, int width, std::uint8_t* out) {
-  GridWalk luma(plan.luma, in.luma);
-  GridWalk chroma(plan.chroma, in.chroma);
-  for (int x = 0; x < width; x += kVectorBytes, out += 2 * kVectorBytes) {
-    const I16 luma0 = luma.Next<kPairs, kShift>();
-    const I16 luma1 = luma.Next<kPairs, kShift>();
-    const I16 chroma0 = chroma.Next<kPairs, kShift>();
-    const I16 chroma1 = chroma.Next<kPairs, kShift>();
-    const U8 lumaBytes = Join(luma0, luma1);
-    const U8 chromaBytes = Join(chroma0, chroma1);
-    // Joining and zipping undo each other's order.
-    const U8 first{ZipLow8(chromaBytes.raw, lumaBytes.raw)};
-    const U8 second{ZipHigh8(chromaBytes.raw, lumaBytes.raw)};
-    if (x + kVectorBytes <= width) {
-      Store(out, first);
-      Store(out + kVectorBytes, second);
-    } else {
-      std::uint8_t tail[2 * kVectorBytes];
-      Store(tail, first);
-      Store(tail + kVectorBytes, second);
-      __builtin_memcpy(out, tail, 2 * static_cast<std::size_t>(width - x));
-    }
+  if (plan.luma.vectors != 1 || plan.chroma.vectors != 1) {
+    WalkRow(GridWalk<kPairs, kShift, 1>(plan.luma, in.luma), GridWalk<kPairs, kShift, 2>(plan.chroma, in.chroma), width,
+            out);
+  } else if (kWindows > 1 && AreAdjacent(plan.luma.windows) && AreAdjacent(plan.chroma.windows)) {
+    WalkUniformRow<kPairs, kShift, AdjacentWindows>(plan, in, width, out);
+  } else {
+    WalkUniformRow<kPairs, kShift, SpreadWindows>(plan, in, width, out);
   }
 }
 

@@ -117,7 +117,6 @@ void LayOutGrid(const Layout& layout, int pairs, int sampleBytes, std::int32_t o
   const std::int32_t period = layout.up / std::gcd(layout.up, perVector);
   grid.vectors = std::min(period, vectorsOfRow);
   grid.advance = static_cast<std::int32_t>(std::int64_t{period} * perVector * layout.down / layout.up * sampleBytes);
-  grid.tapPairBytes = 2 * sampleBytes;
   const int windowsPerVector = shape.vectorBytes / shape.windowBytes;
   auto* const windows = reinterpret_cast<std::int32_t*>(memory);
   memory += (static_cast<std::size_t>(grid.vectors * windowsPerVector) * sizeof(std::int32_t) + kMaxVectorBytes - 1) /

@@ -17,7 +17,6 @@ struct RowGrid {
   const std::int32_t* windows;  ///< per vector: byte offset into the row of each of its windows
   std::int32_t vectors;         ///< of one period
   std::int32_t advance;         ///< bytes of the row from one period to the next
-  std::int32_t tapPairBytes;    ///< from one pair of taps to the next
 };
 
 struct RowPlan {
