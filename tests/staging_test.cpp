@@ -92,6 +92,16 @@ TEST_P(Staging, TheSecondRowOfAPairDecidesTheChroma) {
   EXPECT_GT(pairsThatDiffer, 0);
 }
 
+// Sizes that are not the set-up's: one column has no Cr to repeat, and looking for it would leave the buffer.
+TEST_P(Staging, PlanesOfOneColumnStayAsTheyWere) {
+  Configure(32, 16, 16);
+  Bytes luma(32 * 16, 90), chroma(32 * 8, 90), outLuma(4, 77), outChroma(4, 77);
+  VidProc420InterleavedExecute(handle, luma.data(), chroma.data(), outLuma.data(), outChroma.data(), 32, 16, 32, 32, 1,
+                               1, 4, 4, 64, 0);
+  EXPECT_EQ(outLuma, Bytes(4, 77));
+  EXPECT_EQ(outChroma, Bytes(4, 77));
+}
+
 INSTANTIATE_TEST_SUITE_P(Levels, Staging, testing::ValuesIn(testing_support::AvailableLevels()),
                          [](const auto& info) { return vidproc::LevelName(info.param); });
 

@@ -39,6 +39,7 @@ void Stage(const Frame420& planes, std::uint8_t* frame) {
 /// kept: the rows 2j and 2j + 1 both write chroma row j; the second stays. kept: the Cr that an odd width's last pair
 /// lacks is what follows in memory, the next row's first byte; the last row repeats its Cr before.
 void Unstage(const Frame420& planes, std::uint8_t* frame) {
+  if (planes.width < 2) return;  // no Cr at all, and no processor makes frames of that width
   const std::uint32_t last = planes.width - 1;
   const std::ptrdiff_t pairBytes = std::ptrdiff_t{4} * (planes.width / 2);
   const std::uint8_t* const lastRow = frame + std::uint64_t{2} * planes.width * (planes.height - 1);
