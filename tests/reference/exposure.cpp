@@ -12,11 +12,11 @@ constexpr int kWarmUpFrames = 21;
 
 }  // namespace
 
-bool ExposureWatcher::BlockMatches(const std::uint8_t* now, const std::uint8_t* before) const {
+BlockComparison CompareBlocks(const std::uint8_t* now, const std::uint8_t* before, int pitch) {
   std::int64_t sumNow = 0, sumBefore = 0, squaresNow = 0, squaresBefore = 0;
   const auto forEachSample = [&](auto&& visit) {
     for (int y = 0; y < 16; ++y) {
-      for (int x = 0; x < 16; ++x) visit(now[y * 2 * width + 2 * x + 1], before[y * 2 * width + 2 * x + 1]);
+      for (int x = 0; x < 16; ++x) visit(now[y * pitch + 2 * x + 1], before[y * pitch + 2 * x + 1]);
     }
   };
   forEachSample([&](std::int64_t c, std::int64_t r) {
@@ -34,8 +34,11 @@ bool ExposureWatcher::BlockMatches(const std::uint8_t* now, const std::uint8_t* 
   const std::int64_t scale = static_cast<std::int64_t>(deviation) * 65536;
   const auto correlation = static_cast<std::int32_t>(scale != 0 ? covariance * (std::int64_t{1} << 32) / scale : 65536);
   const auto ratio = static_cast<std::uint32_t>(sumBefore * 65536 / (sumNow == 0 ? 1 : sumNow));
-  const bool flat = varianceNow < 3000 && varianceBefore < 3000;
-  return ratio - 58983u <= 13105u && (correlation >= 52429 || (flat && correlation >= 39323));
+  return {correlation, ratio, varianceNow < 3000 && varianceBefore < 3000};
+}
+
+bool BlockComparison::Matches() const {
+  return meanRatio - 58983u <= 13105u && (correlation >= 52429 || (isFlat && correlation >= 39323));
 }
 
 ExposureWatcher::Measure ExposureWatcher::MeasureFrame(const std::uint8_t* frame) const {
@@ -45,7 +48,7 @@ ExposureWatcher::Measure ExposureWatcher::MeasureFrame(const std::uint8_t* frame
     for (int x = 0; x < width - 15; x += 16) {
       const std::size_t at =
           (static_cast<std::size_t>(y) * static_cast<std::size_t>(width) + static_cast<std::size_t>(x)) * 2;
-      const bool matches = BlockMatches(frame + at, reference.data() + at);
+      const bool matches = CompareBlocks(frame + at, reference.data() + at, 2 * width).Matches();
       matching += matches;
       sum += (matches ? frame[at + 1] : reference[at + 1]) * 256u;
     }

@@ -6,6 +6,17 @@
 
 namespace reference {
 
+/// 16 x 16 samples of luma against those of the reference frame; 65536 is 1.
+struct BlockComparison {
+  std::int32_t correlation;
+  std::uint32_t meanRatio;
+  bool isFlat;
+
+  bool Matches() const;
+};
+/// Both are packed 2vuy with rows `pitch` bytes apart.
+BlockComparison CompareBlocks(const std::uint8_t* now, const std::uint8_t* before, int pitch);
+
 class ExposureWatcher {
  public:
   ExposureWatcher(int width, int height) : width(width), height(height) {}
@@ -19,7 +30,6 @@ class ExposureWatcher {
     int brightness;
   };
 
-  bool BlockMatches(const std::uint8_t* now, const std::uint8_t* before) const;
   Measure MeasureFrame(const std::uint8_t* frame) const;
   int Settle(int brightness);
   int WatchDrift(int brightness, const std::uint8_t* frame);
