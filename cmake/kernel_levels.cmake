@@ -29,6 +29,8 @@ function(vidproc_add_kernels)
     target_link_libraries(${unit} PRIVATE vidproc_flags)
     target_compile_definitions(${unit} PRIVATE VIDPROC_TARGET=${level} VIDPROC_TARGET_${level})
     target_compile_options(${unit} PRIVATE ${VIDPROC_FLAGS_${level}} -fno-exceptions -fno-rtti)
+    # A square root is an instruction, not a call that may set errno.
+    target_compile_options(${unit} PRIVATE -fno-math-errno)
     if(level MATCHES avx512 AND CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
       # g++ 12 warns about its own AVX-512 header at -O3.
       target_compile_options(${unit} PRIVATE -Wno-maybe-uninitialized -Wno-uninitialized)

@@ -8,7 +8,6 @@
 #include "exposure/auto_exposure.h"
 
 #include <algorithm>
-#include <cmath>
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
@@ -28,23 +27,12 @@ constexpr int kNothingNew = -1;
 constexpr int kWarmUpFrames = 21;
 constexpr int kFirstLevel = 100;
 
-constexpr double kOne = 65536;                 // 1 in 16.16
-constexpr std::uint32_t kLowestRatio = 58983;  // 0.9
-constexpr std::uint32_t kRatioWindow = 13105;  // up to 1.1
-constexpr int kMatchingCorrelation = 52429;    // 0.8
-constexpr int kFlatBlockCorrelation = 39323;   // 0.6
-constexpr std::uint32_t kTextureLimit = 3000;
-
 constexpr int kSettlingTolerance = 9;
 constexpr int kStableFrames = 8;
 constexpr int kDriftTolerance = 27;
 constexpr int kMostDriftFrames = 8;
 constexpr int kSceneShare = 5;  // a fifth of the blocks must match
 constexpr int kMostSceneChangeFrames = 5;
-
-constexpr std::uint32_t kBlockSamples = kExposureBlockSize * kExposureBlockSize;
-/// Blocks of one call of the kernel: their statistics stay on the stack.
-constexpr int kBlocksPerCall = 64;
 
 // --- Memory ---
 
@@ -61,6 +49,8 @@ void Release(AutoExposureState* state) {
   ReleaseTable(state->blockCorrelation, state->height);
   ReleaseTable(state->blockMeanRatio, state->height);
   ReleaseTable(state->blockFlat, state->height);
+  std::free(state->referenceLuma);
+  std::free(state->referenceBlocks);
   std::free(state);
 }
 
@@ -80,11 +70,19 @@ std::size_t FrameBytes(const AutoExposureState& state) {
   return static_cast<std::size_t>(state.width) * static_cast<std::size_t>(state.height) * 2;
 }
 
+int BlockColumns(const AutoExposureState& state) { return state.width / kExposureBlockSize; }
+int BlockRows(const AutoExposureState& state) { return state.height / kExposureBlockSize; }
+
 bool AllocateBuffers(AutoExposureState& state) {
   state.referenceFrame = static_cast<std::uint8_t*>(std::malloc(FrameBytes(state)));
   state.spareFrame = static_cast<std::uint8_t*>(std::malloc(FrameBytes(state)));
-  return state.referenceFrame != nullptr && state.spareFrame != nullptr &&
-         AllocateTable(state.width, state.height, state.blockCorrelation) &&
+  // One more than there are: malloc may give null for none.
+  const std::size_t blocks =
+      static_cast<std::size_t>(BlockColumns(state)) * static_cast<std::size_t>(BlockRows(state)) + 1;
+  state.referenceLuma = static_cast<std::uint8_t*>(std::malloc(blocks * kExposureBlockSamples));
+  state.referenceBlocks = static_cast<ReferenceBlock*>(std::malloc(blocks * sizeof(ReferenceBlock)));
+  return state.referenceFrame != nullptr && state.spareFrame != nullptr && state.referenceLuma != nullptr &&
+         state.referenceBlocks != nullptr && AllocateTable(state.width, state.height, state.blockCorrelation) &&
          AllocateTable(state.width, state.height, state.blockMeanRatio) &&
          AllocateTable(state.width, state.height, state.blockFlat);
 }
@@ -92,92 +90,36 @@ bool AllocateBuffers(AutoExposureState& state) {
 // --- Measuring ---
 
 struct FrameMeasure {
-  int matchingBlocks = 0;
-  int brightness = 0;
+  int matchingBlocks;
+  int brightness;
 };
 
-struct BlockComparison {
-  std::int32_t correlation;
-  std::uint32_t meanRatio;
-  bool isFlat;
-
-  bool Matches() const {
-    return meanRatio - kLowestRatio <= kRatioWindow &&
-           (correlation >= kMatchingCorrelation || (isFlat && correlation >= kFlatBlockCorrelation));
-  }
-};
-
-/// 256 times the variance.
-std::uint32_t Variance(std::uint32_t sum, std::uint32_t squares) {
-  return squares - ((sum * sum + kBlockSamples / 2) / kBlockSamples);
-}
-
-/// Doubles hold every number here exactly (below 2^53), and so the integer part of their quotients is exact.
-BlockComparison Compare(const BlockStatistics& statistics) {
-  const std::uint32_t frameSum = statistics.sums & 0xFFFF;
-  const std::uint32_t referenceSum = statistics.sums >> 16;
-  const std::uint32_t frameMean = frameSum / kBlockSamples;
-  const std::uint32_t referenceMean = referenceSum / kBlockSamples;
-  // Sum of (r - referenceMean) * (c - frameMean), multiplied out; it lies within 2^23 of 0.
-  const auto covariance =
-      static_cast<std::int32_t>(statistics.products - referenceMean * frameSum - frameMean * referenceSum +
-                                kBlockSamples * referenceMean * frameMean);
-  const std::uint32_t frameVariance = Variance(frameSum, statistics.frameSquares);
-  const std::uint32_t referenceVariance = Variance(referenceSum, statistics.referenceSquares);
-  const auto deviation = static_cast<std::int32_t>(std::sqrt(1.0 * referenceVariance * frameVariance));
-  // The rounded means add at most 2^8 to |covariance| <= deviation + 1: the quotient stays below 2^25.
-  return {static_cast<std::int32_t>(deviation != 0 ? covariance * kOne / deviation : kOne),
-          (referenceSum << 16) / std::max(frameSum, 1u),
-          frameVariance < kTextureLimit && referenceVariance < kTextureLimit};
-}
-
-/// Compares `count` blocks from block bx on of block row by, and adds one sample of each to `brightnessSum`: the
-/// frame's where the block matches.
-int MeasureBlocks(const AutoExposureState& state, const std::uint8_t* frame, int by, int bx, int count,
-                  std::uint32_t& brightnessSum) {
+BlockRow BlockRowOf(const AutoExposureState& state, const std::uint8_t* frame, int by) {
   const std::ptrdiff_t pitch = std::ptrdiff_t{2} * state.width;
-  const std::ptrdiff_t start = kExposureBlockSize * (by * pitch + std::ptrdiff_t{2} * bx);
-  BlockStatistics sums[kBlocksPerCall];
-  const bool isLastRow = by + 1 == state.height / kExposureBlockSize;
-  const std::ptrdiff_t ahead = isLastRow ? 0 : kExposureBlockSize * pitch;
-  Kernels().measureBlocks(frame + start, state.referenceFrame + start, pitch, ahead, count, sums);
-  int matching = 0;
-  for (int i = 0; i < count; ++i) {
-    const BlockComparison comparison = Compare(sums[i]);
-    state.blockCorrelation[by][bx + i] = comparison.correlation;
-    state.blockMeanRatio[by][bx + i] = comparison.meanRatio;
-    state.blockFlat[by][bx + i] = comparison.isFlat;
-    const bool matches = comparison.Matches();
-    const std::ptrdiff_t firstLuma = start + std::ptrdiff_t{2} * kExposureBlockSize * i + 1;
-    brightnessSum += (matches ? frame : state.referenceFrame)[firstLuma] * 256u;
-    matching += matches;
-  }
-  return matching;
+  const std::ptrdiff_t firstBlock = std::ptrdiff_t{by} * BlockColumns(state);
+  return {frame + by * kExposureBlockSize * pitch, pitch, BlockColumns(state),
+          state.referenceLuma + firstBlock * kExposureBlockSamples, state.referenceBlocks + firstBlock};
 }
 
 /// Rows and columns beyond the last whole block do not count as blocks, but do in the mean.
 FrameMeasure MeasureFrame(const AutoExposureState& state, const std::uint8_t* frame) {
-  const int blockRows = state.height / kExposureBlockSize;
-  const int blockColumns = state.width / kExposureBlockSize;
-  FrameMeasure measure;
-  std::uint32_t brightnessSum = 0;  // wraps in very large frames
-  for (int by = 0; by < blockRows; ++by) {
-    for (int bx = 0; bx < blockColumns; bx += kBlocksPerCall) {
-      const int count = std::min(kBlocksPerCall, blockColumns - bx);
-      measure.matchingBlocks += MeasureBlocks(state, frame, by, bx, count, brightnessSum);
-    }
+  BlockTotals totals;
+  for (int by = 0; by < BlockRows(state); ++by) {
+    Kernels().measureBlocks(BlockRowOf(state, frame, by),
+                            {state.blockCorrelation[by], state.blockMeanRatio[by], state.blockFlat[by]}, totals);
   }
-  measure.brightness = static_cast<std::int32_t>(brightnessSum) / (state.width * state.height);
-  return measure;
+  const std::uint32_t brightness = totals.firstSamples * 256;  // wraps in very large frames
+  return {totals.matching, static_cast<std::int32_t>(brightness) / (state.width * state.height)};
+}
+
+void Remember(AutoExposureState& state, const std::uint8_t* frame) {
+  std::memcpy(state.referenceFrame, frame, FrameBytes(state));
+  for (int by = 0; by < BlockRows(state); ++by) Kernels().rememberBlocks(BlockRowOf(state, frame, by));
 }
 
 // --- The state machine ---
 
 bool IsNear(int level, int brightness, int tolerance) { return std::abs(level - brightness) <= tolerance; }
-
-void Remember(AutoExposureState& state, const std::uint8_t* frame) {
-  std::memcpy(state.referenceFrame, frame, FrameBytes(state));
-}
 
 int Settle(AutoExposureState& state, const std::uint8_t* frame, int brightness) {
   if (IsNear(state.candidateLevel, brightness, kSettlingTolerance)) {
@@ -209,7 +151,7 @@ int WatchDrift(AutoExposureState& state, const std::uint8_t* frame, int brightne
 }
 
 void WatchScene(AutoExposureState& state, const std::uint8_t* frame, int matchingBlocks) {
-  const bool isKnown = matchingBlocks >= state.width * state.height / int{kBlockSamples} / kSceneShare;
+  const bool isKnown = matchingBlocks >= state.width * state.height / kExposureBlockSamples / kSceneShare;
   state.sceneChangeFrames = std::max(state.sceneChangeFrames + (isKnown ? -1 : 1), 0);
   if (state.sceneChangeFrames <= kMostSceneChangeFrames) return;
   state.sceneChangeFrames = 0;

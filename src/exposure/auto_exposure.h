@@ -4,18 +4,20 @@
 
 #include <cstdint>
 
+#include "exposure/block_statistics.h"
+
 namespace vidproc {
 
 /// 16.16 fixed point: 65536 is 1. Each table has `height` rows of `width` entries; [by][bx] belongs to the 16 x 16
 /// block at row 16 * by and column 16 * bx, the others are not used.
 struct AutoExposureState {
   std::int32_t frameCount = 0;
-  std::int32_t settling = 1;        ///< 1 waiting for the brightness to settle, 0 watching for drift
-  std::int32_t candidateLevel = 0;  ///< brightness against which settling is measured
-  std::int32_t currentLevel = 0;    ///< brightness of the last measured frame
-  std::int32_t stableFrames = 0;    ///< consecutive settling frames near candidateLevel
-  std::int32_t driftFrames = 0;     ///< frames far from settledLevel, less those near it
-  std::uint8_t* referenceFrame = nullptr;
+  std::int32_t settling = 1;                  ///< 1 waiting for the brightness to settle, 0 watching for drift
+  std::int32_t candidateLevel = 0;            ///< brightness against which settling is measured
+  std::int32_t currentLevel = 0;              ///< brightness of the last measured frame
+  std::int32_t stableFrames = 0;              ///< consecutive settling frames near candidateLevel
+  std::int32_t driftFrames = 0;               ///< frames far from settledLevel, less those near it
+  std::uint8_t* referenceFrame = nullptr;     ///< kept: written, never read
   std::uint8_t* spareFrame = nullptr;         ///< kept: allocated, never used
   std::int32_t settledLevel = 0;              ///< sum of the brightness while settling, then its mean
   std::int32_t** blockCorrelation = nullptr;  ///< of frame and reference
@@ -26,6 +28,9 @@ struct AutoExposureState {
   std::int32_t width = 0;
   std::int32_t height = 0;
   std::int32_t initParam = 0;  ///< kept: stored, never read
+  /// Of the reference frame's whole blocks, row by row: their luma, each block's in one piece, and its figures.
+  std::uint8_t* referenceLuma = nullptr;
+  ReferenceBlock* referenceBlocks = nullptr;
 };
 
 }  // namespace vidproc

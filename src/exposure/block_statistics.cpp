@@ -1,9 +1,8 @@
-// Block statistics of the auto-exposure service: sums of c, r, c * c, r * r and c * r over the luma of 16 x 16 blocks,
-// c in the frame and r in the reference, both packed 2vuy.
+// The comparison of blocks in the auto-exposure service: sums of c, c * c and c * r over the luma of each 16 x 16
+// block, c in the frame and r in the reference, and from these the block's correlation with its reference.
 //
-// A block's row is 32 bytes: half a row, one row or the rows of two neighbouring blocks fill a vector. The sums are
-// exact: 32 samples of 255 fit a 16-bit lane, 256 samples of 255 the unsigned halves of a 32-bit lane, and 256 squares
-// a 32-bit lane.
+// A block's row is 32 bytes of a frame: half a row, one row or two rows fill a vector. The sums are exact: 32 samples
+// of 255 fit a 16-bit lane, 256 squares a 32-bit lane.
 #include "exposure/block_statistics.h"
 
 #include "simd/kernel_table.h"
@@ -13,95 +12,155 @@ namespace vidproc::VIDPROC_TARGET {
 namespace {
 
 constexpr int kBlockRowBytes = 2 * kExposureBlockSize;
-constexpr int kBlocksPerVector = kVectorBytes > kBlockRowBytes ? kVectorBytes / kBlockRowBytes : 1;
+constexpr int kRowsPerVector = kVectorBytes > kBlockRowBytes ? kVectorBytes / kBlockRowBytes : 1;
+constexpr int kBlocksPerLine = 2;    // of the cache
+constexpr int kPrefetchBytes = 128;  // hardware does not foresee the jumps between rows
+/// Blocks whose sums stay on the stack until they are compared.
+constexpr int kBlocksPerPass = 64;
 
-/// A tile's five sums come in four words: the sums of c and r share one.
-struct Sums {
-  I16 frame = SplatI16(0);
-  I16 reference = SplatI16(0);
-  I32 frameSquares = {frame.raw};
-  I32 referenceSquares = {frame.raw};
-  I32 products = {frame.raw};
+constexpr double kOne = 65536;                 // 1 in 16.16
+constexpr std::uint32_t kLowestRatio = 58983;  // 0.9
+constexpr std::uint32_t kRatioWindow = 13105;  // up to 1.1
+constexpr int kMatchingCorrelation = 52429;    // 0.8
+constexpr int kFlatBlockCorrelation = 39323;   // 0.6
+constexpr int kTextureLimit = 3000;
+
+/// As SumTiles stores them; its fourth sum gives way to the sample.
+struct BlockSums {
+  std::int32_t samples;
+  std::int32_t squares;
+  std::int32_t products;
+  std::int32_t firstSample;
 };
 
-inline void AddPixels(Sums& sums, U8 framePixels, U8 referencePixels) {
-  const I16 c = ShiftRightLogical<8>(AsI16(framePixels));
-  const I16 r = ShiftRightLogical<8>(AsI16(referencePixels));
-  sums.frame = Add(sums.frame, c);
-  sums.reference = Add(sums.reference, r);
-  sums.frameSquares = Add(sums.frameSquares, MultiplyAdd(c, c));
-  sums.referenceSquares = Add(sums.referenceSquares, MultiplyAdd(r, r));
-  sums.products = Add(sums.products, MultiplyAdd(c, r));
+struct LaneSums {
+  I16 samples = SplatI16(0);
+  I32 squares = {samples.raw};
+  I32 products = {samples.raw};
+};
+
+/// kLanes samples of a block; `pitch` leads to its next row, where vectors are longer than a row.
+inline I16 LoadLuma(const std::uint8_t* pixels, [[maybe_unused]] std::ptrdiff_t pitch) {
+  if constexpr (kRowsPerVector > 1) {
+    return ShiftRightLogical<8>(AsI16(LoadHalves(pixels, pixels + pitch)));
+  } else {
+    return ShiftRightLogical<8>(AsI16(LoadU8(pixels)));
+  }
 }
 
-/// In every tile, {sum of a's lanes, of b's, of c's, of d's}.
-inline I32 SumTiles(I32 a, I32 b, I32 c, I32 d) {
+/// In every tile, {sum of a's lanes, of b's, of c's, of c's}.
+inline I32 SumTiles(I32 a, I32 b, I32 c) {
   const I32 ab = Add(I32{ZipLow32(a.raw, b.raw)}, I32{ZipHigh32(a.raw, b.raw)});
-  const I32 cd = Add(I32{ZipLow32(c.raw, d.raw)}, I32{ZipHigh32(c.raw, d.raw)});
-  return Add(I32{ZipLow64(ab.raw, cd.raw)}, I32{ZipHigh64(ab.raw, cd.raw)});
+  const I32 cc = Add(I32{ZipLow32(c.raw, c.raw)}, I32{ZipHigh32(c.raw, c.raw)});
+  return Add(I32{ZipLow64(ab.raw, cc.raw)}, I32{ZipHigh64(ab.raw, cc.raw)});
 }
 
-/// Adds up the tiles of each of kBlocks blocks.
+/// Counting rows in bytes keeps compilers from unrolling all of them, which spills.
 template <int kBlocks>
-inline void StoreStatistics(const Sums& sums, BlockStatistics* statistics) {
-  const Raw low = ZipLow16(sums.frame.raw, sums.reference.raw);
-  const Raw high = ZipHigh16(sums.frame.raw, sums.reference.raw);
-  const I32 bothSums = {Add(I16{low}, I16{high}).raw};
-  BlockStatistics tiles[kTiles];
-  Store(tiles, SumTiles(bothSums, sums.frameSquares, sums.referenceSquares, sums.products));
-  constexpr int kTilesPerBlock = kTiles / kBlocks;
+inline void SumBlocks(const std::uint8_t* frame, std::ptrdiff_t pitch, const std::uint8_t* referenceLuma,
+                      BlockSums* sums) {
+  LaneSums lanes[kBlocks];
+  for (std::ptrdiff_t row = 0; row < kExposureBlockSize * pitch; row += kRowsPerVector * pitch) {
+    for (int i = 0; i < kRowsPerVector; ++i) __builtin_prefetch(frame + row + i * pitch + kPrefetchBytes);
+    for (int b = 0; b < kBlockRowBytes; b += kVectorBytes, referenceLuma += kLanes) {
+      for (int block = 0; block < kBlocks; ++block) {
+        const I16 c = LoadLuma(frame + row + b + block * kBlockRowBytes, pitch);
+        const I16 r = LoadWiden(referenceLuma + block * kExposureBlockSamples);
+        lanes[block].samples = Add(lanes[block].samples, c);
+        lanes[block].squares = Add(lanes[block].squares, MultiplyAdd(c, c));
+        lanes[block].products = Add(lanes[block].products, MultiplyAdd(c, r));
+      }
+    }
+  }
   for (int block = 0; block < kBlocks; ++block) {
-    BlockStatistics total = tiles[block * kTilesPerBlock];
-    for (int i = 1; i < kTilesPerBlock; ++i) {
-      const BlockStatistics& tile = tiles[block * kTilesPerBlock + i];
-      total.sums += tile.sums;
-      total.frameSquares += tile.frameSquares;
-      total.referenceSquares += tile.referenceSquares;
-      total.products += tile.products;
-    }
-    statistics[block] = total;
+    const I32 samples = MultiplyAdd(lanes[block].samples, SplatI16(1));
+    StoreTileSum(&sums[block], SumTiles(samples, lanes[block].squares, lanes[block].products));
+    sums[block].firstSample = frame[block * kBlockRowBytes + 1];
   }
 }
 
-/// kBlocksPerVector blocks side by side. Counting in bytes keeps compilers from unrolling all rows, which spills; and
-/// hardware does not foresee the jumps between rows: each fetches its successor in the block row measured next.
-inline void MeasureNeighbours(const std::uint8_t* frame, const std::uint8_t* reference, std::ptrdiff_t pitch,
-                              std::ptrdiff_t ahead, BlockStatistics* statistics) {
-  Sums sums;
-  for (std::ptrdiff_t row = 0; row < kExposureBlockSize * pitch; row += pitch) {
-    __builtin_prefetch(frame + row + ahead);
-    __builtin_prefetch(reference + row + ahead);
-    for (int b = 0; b < kBlockRowBytes; b += kVectorBytes) {
-      AddPixels(sums, LoadU8(frame + row + b), LoadU8(reference + row + b));
-    }
+void SumRow(const std::uint8_t* frame, std::ptrdiff_t pitch, int blocks, const std::uint8_t* referenceLuma,
+            BlockSums* sums) {
+  int block = 0;
+  for (; block + kBlocksPerLine <= blocks; block += kBlocksPerLine) {
+    SumBlocks<kBlocksPerLine>(frame + block * kBlockRowBytes, pitch, referenceLuma + block * kExposureBlockSamples,
+                              sums + block);
   }
-  StoreStatistics<kBlocksPerVector>(sums, statistics);
+  if (block < blocks) {
+    SumBlocks<1>(frame + block * kBlockRowBytes, pitch, referenceLuma + block * kExposureBlockSamples, sums + block);
+  }
 }
 
-/// One block alone, each tile on a row of its own: for vectors wider than a block's row.
-inline void MeasureAlone(const std::uint8_t* frame, const std::uint8_t* reference, std::ptrdiff_t pitch,
-                         BlockStatistics* statistics) {
-  Sums sums;
-  for (std::ptrdiff_t row = 0; row < kExposureBlockSize * pitch; row += kTiles * pitch) {
-    for (int b = 0; b < kBlockRowBytes; b += kBlockRowBytes / 2) {
-      AddPixels(sums, LoadTiles(frame + row + b, pitch), LoadTiles(reference + row + b, pitch));
-    }
+/// 256 times the variance. The square of the sum fills all 32 bits.
+inline std::int32_t Variance(const BlockSums& sums) {
+  const auto sum = static_cast<std::uint32_t>(sums.samples);
+  return static_cast<std::int32_t>(static_cast<std::uint32_t>(sums.squares) -
+                                   (sum * sum + kExposureBlockSamples / 2) / kExposureBlockSamples);
+}
+
+/// Free of branches, so that compilers make vectors of it. Doubles hold every number here exactly (below 2^53), and so
+/// the integer part of their quotients is exact.
+void CompareBlocks(const BlockSums* sums, const ReferenceBlock* references, int count, const BlockComparisons& results,
+                   BlockTotals& totals) {
+  std::int32_t matching = 0;
+  std::uint32_t firstSamples = 0;
+  for (int i = 0; i < count; ++i) {
+    const BlockSums c = sums[i];
+    const ReferenceBlock r = references[i];
+    // Sum of (r - rMean) * (c - cMean), multiplied out; it lies within 2^23 of 0.
+    const int cMean = c.samples / kExposureBlockSamples;
+    const int rMean = r.sum / kExposureBlockSamples;
+    const int covariance = c.products - rMean * c.samples - cMean * r.sum + kExposureBlockSamples * rMean * cMean;
+    const int variance = Variance(c);
+    const int deviation = static_cast<int>(__builtin_sqrt(1.0 * r.variance * variance));
+    // The rounded means add at most 2^8 to |covariance| <= deviation + 1: the quotient stays below 2^25.
+    // A deviation of 0 means a block of one value, and then the covariance is 0 too.
+    const int isPlain = deviation == 0;
+    const int correlation = static_cast<int>(kOne * (covariance + isPlain) / (deviation + isPlain));
+    // Vectors of doubles become signed integers only, so the ratio's lowest bit goes by itself.
+    const double ratio = kOne * r.sum / (c.samples + (c.samples == 0));
+    const int halfRatio = static_cast<int>(0.5 * ratio);
+    const int lowestBit = static_cast<int>(ratio - 2.0 * halfRatio);
+    const std::uint32_t meanRatio = 2 * static_cast<std::uint32_t>(halfRatio) + static_cast<std::uint32_t>(lowestBit);
+    const bool isFlat = (variance < kTextureLimit) & (r.variance < kTextureLimit);
+    const bool matches = (meanRatio - kLowestRatio <= kRatioWindow) &
+                         ((correlation >= kMatchingCorrelation) | (isFlat & (correlation >= kFlatBlockCorrelation)));
+    results.correlation[i] = correlation;
+    results.meanRatio[i] = meanRatio;
+    results.isFlat[i] = isFlat;
+    matching += matches;
+    firstSamples += static_cast<std::uint32_t>(matches ? c.firstSample : r.firstSample);
   }
-  StoreStatistics<1>(sums, statistics);
+  totals.matching += matching;
+  totals.firstSamples += firstSamples;
 }
 
 }  // namespace
 
-void MeasureBlocks(const std::uint8_t* frame, const std::uint8_t* reference, std::ptrdiff_t pitch, std::ptrdiff_t ahead,
-                   int blocks, BlockStatistics* statistics) {
-  int block = 0;
-  for (; block + kBlocksPerVector <= blocks; block += kBlocksPerVector) {
-    const int b = block * kBlockRowBytes;
-    MeasureNeighbours(frame + b, reference + b, pitch, ahead, statistics + block);
+void MeasureBlocks(const BlockRow& row, const BlockComparisons& results, BlockTotals& totals) {
+  BlockSums sums[kBlocksPerPass];
+  for (int first = 0; first < row.count; first += kBlocksPerPass) {
+    const int count = row.count - first < kBlocksPerPass ? row.count - first : kBlocksPerPass;
+    SumRow(row.frame + first * kBlockRowBytes, row.pitch, count, row.referenceLuma + first * kExposureBlockSamples,
+           sums);
+    CompareBlocks(sums, row.references + first, count,
+                  {results.correlation + first, results.meanRatio + first, results.isFlat + first}, totals);
   }
-  for (; block < blocks; ++block) {
-    const int b = block * kBlockRowBytes;
-    MeasureAlone(frame + b, reference + b, pitch, statistics + block);
+}
+
+void RememberBlocks(const BlockRow& row) {
+  for (int block = 0; block < row.count; ++block) {
+    const std::uint8_t* const frame = row.frame + block * kBlockRowBytes;
+    std::uint8_t* const luma = row.referenceLuma + block * kExposureBlockSamples;
+    std::uint8_t* next = luma;
+    for (std::ptrdiff_t y = 0; y < kExposureBlockSize; y += kRowsPerVector) {
+      for (int b = 0; b < kBlockRowBytes; b += kVectorBytes, next += kLanes) {
+        StoreNarrow(next, LoadLuma(frame + y * row.pitch + b, row.pitch));
+      }
+    }
+    BlockSums sums;
+    SumBlocks<1>(frame, row.pitch, luma, &sums);
+    row.references[block] = {sums.samples, Variance(sums), sums.firstSample};
   }
 }
 

@@ -1,17 +1,40 @@
-// Sums over the 256 luma samples of a 16 x 16 block in a frame (c) and in the reference (r).
+// Rows of 16 x 16 luma blocks in a 2vuy frame, and their comparison with those of a reference.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 
 namespace vidproc {
 
 constexpr int kExposureBlockSize = 16;
+constexpr int kExposureBlockSamples = kExposureBlockSize * kExposureBlockSize;
 
-struct BlockStatistics {
-  std::uint32_t sums;              // of c in the low half, of r in the high half
-  std::uint32_t frameSquares;      // of c * c
-  std::uint32_t referenceSquares;  // of r * r
-  std::uint32_t products;          // of c * r
+/// What a reference block brings to every comparison.
+struct ReferenceBlock {
+  std::int32_t sum;
+  std::int32_t variance;  ///< 256 times the variance
+  std::int32_t firstSample;
+};
+
+/// `count` blocks side by side in a frame, and their reference: the samples of one block after those of the other.
+struct BlockRow {
+  const std::uint8_t* frame;
+  std::ptrdiff_t pitch;
+  int count;
+  std::uint8_t* referenceLuma;
+  ReferenceBlock* references;
+};
+
+/// Where the comparison of each block goes; 65536 is 1.
+struct BlockComparisons {
+  std::int32_t* correlation;
+  std::uint32_t* meanRatio;
+  std::int32_t* isFlat;
+};
+
+struct BlockTotals {
+  std::int32_t matching = 0;
+  std::uint32_t firstSamples = 0;  ///< the frame's where the block matches, elsewhere the reference's
 };
 
 }  // namespace vidproc

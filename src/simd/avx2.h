@@ -54,6 +54,11 @@ inline void StoreTiles(void* p, std::ptrdiff_t stride, U8 a) {
   void* const second = static_cast<std::uint8_t*>(p) + stride;
   _mm_storeu_si128(static_cast<__m128i_u*>(second), _mm256_extracti128_si256(a.raw, 1));
 }
+/// The sum of the tiles.
+inline void StoreTileSum(void* p, I32 a) {
+  const __m128i sum = _mm_add_epi32(_mm256_castsi256_si128(a.raw), _mm256_extracti128_si256(a.raw, 1));
+  _mm_storeu_si128(static_cast<__m128i_u*>(p), sum);
+}
 
 inline I16 SplatI16(int value) { return {_mm256_set1_epi16(static_cast<short>(value))}; }
 inline U8 SplatU8(int value) { return {_mm256_set1_epi8(static_cast<char>(value))}; }

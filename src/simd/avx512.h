@@ -67,6 +67,12 @@ inline void StoreTiles(void* p, std::ptrdiff_t stride, U8 a) {
   _mm_storeu_si128(reinterpret_cast<__m128i*>(bytes + 2 * stride), _mm512_extracti32x4_epi32(a.raw, 2));
   _mm_storeu_si128(reinterpret_cast<__m128i*>(bytes + 3 * stride), _mm512_extracti32x4_epi32(a.raw, 3));
 }
+/// The sum of the tiles.
+inline void StoreTileSum(void* p, I32 a) {
+  const __m256i halves = _mm256_add_epi32(_mm512_castsi512_si256(a.raw), _mm512_extracti64x4_epi64(a.raw, 1));
+  const __m128i sum = _mm_add_epi32(_mm256_castsi256_si128(halves), _mm256_extracti128_si256(halves, 1));
+  _mm_storeu_si128(static_cast<__m128i*>(p), sum);
+}
 
 inline I16 SplatI16(int value) { return {_mm512_set1_epi16(static_cast<short>(value))}; }
 inline U8 SplatU8(int value) { return {_mm512_set1_epi8(static_cast<char>(value))}; }

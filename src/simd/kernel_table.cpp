@@ -24,6 +24,7 @@ constinit const KernelTable kKernels = {
     .addNoise = AddNoise,
     .interleaveRow = InterleaveRow,
     .splitRow = SplitRow,
+    .rememberBlocks = RememberBlocks,
     .measureBlocks = MeasureBlocks,
 };
 

@@ -10,7 +10,9 @@ struct ScaleJob;
 struct DeblockJob;
 struct TemporalJob;
 struct NoiseField;
-struct BlockStatistics;
+struct BlockRow;
+struct BlockComparisons;
+struct BlockTotals;
 
 /// Widths that a level's row form works in; 0 where it has none.
 struct RowFormShape {
@@ -37,10 +39,9 @@ struct KernelTable {
   /// Interleaves a row of luma and a row of Cb Cr pairs into a row of `bytes` 2vuy bytes (a multiple of 4), and back.
   void (*interleaveRow)(const std::uint8_t* luma, const std::uint8_t* chroma, std::uint8_t* row, std::ptrdiff_t bytes);
   void (*splitRow)(const std::uint8_t* row, std::uint8_t* luma, std::uint8_t* chroma, std::ptrdiff_t bytes);
-  /// Sums over each of `blocks` 16 x 16 blocks of luma, side by side in two 2vuy frames with rows `pitch` bytes apart.
-  /// What lies `ahead` bytes after them in both frames is fetched into the cache for a later call.
-  void (*measureBlocks)(const std::uint8_t* frame, const std::uint8_t* reference, std::ptrdiff_t pitch,
-                        std::ptrdiff_t ahead, int blocks, BlockStatistics* statistics);
+  /// Makes the blocks of a frame the reference, and compares those of later frames with it.
+  void (*rememberBlocks)(const BlockRow& row);
+  void (*measureBlocks)(const BlockRow& row, const BlockComparisons& results, BlockTotals& totals);
 };
 
 /// The kernels of the level in use.
@@ -65,8 +66,8 @@ void AddNoiseToRow(const signed char* noise, const std::uint16_t* blockPosition,
 void AddNoise(NoiseField& field, std::uint8_t* bytes, std::uint64_t offset, std::uint64_t count);
 void InterleaveRow(const std::uint8_t* luma, const std::uint8_t* chroma, std::uint8_t* row, std::ptrdiff_t bytes);
 void SplitRow(const std::uint8_t* row, std::uint8_t* luma, std::uint8_t* chroma, std::ptrdiff_t bytes);
-void MeasureBlocks(const std::uint8_t* frame, const std::uint8_t* reference, std::ptrdiff_t pitch, std::ptrdiff_t ahead,
-                   int blocks, BlockStatistics* statistics);
+void RememberBlocks(const BlockRow& row);
+void MeasureBlocks(const BlockRow& row, const BlockComparisons& results, BlockTotals& totals);
 
 extern const KernelTable kKernels;
 

@@ -123,6 +123,8 @@ inline U8 LoadHalves(const void* low, const void* high) {
 /// The same 16 bytes in every tile.
 inline U8 LoadRepeated(const void* p) { return LoadU8(p); }
 inline void StoreTiles(void* p, std::ptrdiff_t, U8 a) { Store(p, a); }
+/// The sum of the tiles.
+inline void StoreTileSum(void* p, I32 a) { Store(p, a); }
 
 inline I16 SplatI16(int value) {
   I16 result;

@@ -52,6 +52,8 @@ inline U8 LoadHalves(const void* low, const void* high) {
 /// The same 16 bytes in every tile.
 inline U8 LoadRepeated(const void* p) { return LoadU8(p); }
 inline void StoreTiles(void* p, std::ptrdiff_t, U8 a) { Store(p, a); }
+/// The sum of the tiles.
+inline void StoreTileSum(void* p, I32 a) { Store(p, a); }
 
 inline I16 SplatI16(int value) { return {_mm_set1_epi16(static_cast<short>(value))}; }
 inline U8 SplatU8(int value) { return {_mm_set1_epi8(static_cast<char>(value))}; }
