@@ -11,26 +11,13 @@
 #define VIDPROC_HAS_BYTE_OPS 1
 
 namespace vidproc::VIDPROC_TARGET {
-namespace {
-
 using Raw = __m512i;
-struct I16 {
-  Raw raw;
-};
-struct U8 {
-  Raw raw;
-};
-struct I32 {
-  Raw raw;
-};
-struct Halves {
-  I16 low;
-  I16 high;
-};
+}
 
-constexpr int kVectorBytes = 64;
-constexpr int kLanes = 32;
-constexpr int kTiles = 4;
+#include "simd/vector_types.h"
+
+namespace vidproc::VIDPROC_TARGET {
+namespace {
 
 inline Raw LoadRaw(const void* p) { return _mm512_loadu_si512(p); }
 inline __m128i Load128(const void* p) { return _mm_loadu_si128(static_cast<const __m128i*>(p)); }
@@ -76,8 +63,6 @@ inline void StoreTileSum(void* p, I32 a) {
 
 inline I16 SplatI16(int value) { return {_mm512_set1_epi16(static_cast<short>(value))}; }
 inline U8 SplatU8(int value) { return {_mm512_set1_epi8(static_cast<char>(value))}; }
-inline I16 AsI16(U8 a) { return {a.raw}; }
-inline U8 AsU8(I16 a) { return {a.raw}; }
 
 inline I16 Add(I16 a, I16 b) { return {_mm512_add_epi16(a.raw, b.raw)}; }
 inline I16 Subtract(I16 a, I16 b) { return {_mm512_sub_epi16(a.raw, b.raw)}; }

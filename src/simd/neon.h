@@ -6,26 +6,13 @@
 #define VIDPROC_HAS_BYTE_OPS 1
 
 namespace vidproc::VIDPROC_TARGET {
-namespace {
-
 using Raw = uint8x16_t;
-struct I16 {
-  Raw raw;
-};
-struct U8 {
-  Raw raw;
-};
-struct I32 {
-  Raw raw;
-};
-struct Halves {
-  I16 low;
-  I16 high;
-};
+}
 
-constexpr int kVectorBytes = 16;
-constexpr int kLanes = 8;
-constexpr int kTiles = 1;
+#include "simd/vector_types.h"
+
+namespace vidproc::VIDPROC_TARGET {
+namespace {
 
 inline int16x8_t Words(I16 a) { return vreinterpretq_s16_u8(a.raw); }
 inline uint16x8_t UnsignedWords(I16 a) { return vreinterpretq_u16_u8(a.raw); }
@@ -53,8 +40,6 @@ inline void StoreTileSum(void* p, I32 a) { Store(p, a); }
 
 inline I16 SplatI16(int value) { return FromWords(vdupq_n_s16(static_cast<std::int16_t>(value))); }
 inline U8 SplatU8(int value) { return {vdupq_n_u8(static_cast<std::uint8_t>(value))}; }
-inline I16 AsI16(U8 a) { return {a.raw}; }
-inline U8 AsU8(I16 a) { return {a.raw}; }
 
 inline I16 Add(I16 a, I16 b) { return FromWords(vaddq_s16(Words(a), Words(b))); }
 inline I16 Subtract(I16 a, I16 b) { return FromWords(vsubq_s16(Words(a), Words(b))); }

@@ -11,23 +11,14 @@ namespace {
 struct Raw {
   std::uint8_t byte[16];
 };
-struct I16 {
-  Raw raw;
-};
-struct U8 {
-  Raw raw;
-};
-struct I32 {
-  Raw raw;
-};
-struct Halves {
-  I16 low;
-  I16 high;
-};
 
-constexpr int kVectorBytes = 16;
-constexpr int kLanes = 8;
-constexpr int kTiles = 1;
+}  // namespace
+}  // namespace vidproc::VIDPROC_TARGET
+
+#include "simd/vector_types.h"
+
+namespace vidproc::VIDPROC_TARGET {
+namespace {
 
 inline int Lane(I16 a, int i) {
   return static_cast<std::int16_t>(static_cast<std::uint16_t>(a.raw.byte[2 * i] | a.raw.byte[2 * i + 1] << 8));
@@ -136,8 +127,6 @@ inline U8 SplatU8(int value) {
   std::memset(result.raw.byte, value, sizeof result.raw.byte);
   return result;
 }
-inline I16 AsI16(U8 a) { return {a.raw}; }
-inline U8 AsU8(I16 a) { return {a.raw}; }
 
 inline I16 Add(I16 a, I16 b) {
   return EachLane(a, b, [](int x, int y) { return x + y; });

@@ -9,8 +9,8 @@
 //   LoadTiles/StoreTiles   one 16-byte piece per tile, the pieces a stride apart
 //   LoadHalves      the halves of a vector from two places
 //
-// kHasByteOps tells whether the set also shuffles bytes and multiplies them in pairs (ShuffleTiles, MultiplyPairs,
-// MultiplyRound).
+// VIDPROC_HAS_BYTE_OPS tells whether the set also shuffles bytes and multiplies them in pairs (ShuffleTiles,
+// MultiplyPairs, MultiplyRound).
 //
 // Everything lies in an anonymous namespace inside the set's own: code compiled for a wide set gets no symbol that
 // another unit could share.

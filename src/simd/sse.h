@@ -10,26 +10,13 @@
 #endif
 
 namespace vidproc::VIDPROC_TARGET {
-namespace {
-
 using Raw = __m128i;
-struct I16 {
-  Raw raw;
-};
-struct U8 {
-  Raw raw;
-};
-struct I32 {
-  Raw raw;
-};
-struct Halves {
-  I16 low;
-  I16 high;
-};
+}
 
-constexpr int kVectorBytes = 16;
-constexpr int kLanes = 8;
-constexpr int kTiles = 1;
+#include "simd/vector_types.h"
+
+namespace vidproc::VIDPROC_TARGET {
+namespace {
 
 inline Raw LoadRaw(const void* p) { return _mm_loadu_si128(static_cast<const __m128i_u*>(p)); }
 inline I16 LoadI16(const void* p) { return {LoadRaw(p)}; }
@@ -57,8 +44,6 @@ inline void StoreTileSum(void* p, I32 a) { Store(p, a); }
 
 inline I16 SplatI16(int value) { return {_mm_set1_epi16(static_cast<short>(value))}; }
 inline U8 SplatU8(int value) { return {_mm_set1_epi8(static_cast<char>(value))}; }
-inline I16 AsI16(U8 a) { return {a.raw}; }
-inline U8 AsU8(I16 a) { return {a.raw}; }
 
 inline I16 Add(I16 a, I16 b) { return {_mm_add_epi16(a.raw, b.raw)}; }
 inline I16 Subtract(I16 a, I16 b) { return {_mm_sub_epi16(a.raw, b.raw)}; }

@@ -1,0 +1,29 @@
+// The types that every set makes of its Raw vector.
+#pragma once
+
+namespace vidproc::VIDPROC_TARGET {
+namespace {
+
+struct I16 {
+  Raw raw;
+};
+struct U8 {
+  Raw raw;
+};
+struct I32 {
+  Raw raw;
+};
+struct Halves {
+  I16 low;
+  I16 high;
+};
+
+constexpr int kVectorBytes = sizeof(Raw);
+constexpr int kLanes = kVectorBytes / 2;
+constexpr int kTiles = kVectorBytes / 16;
+
+inline I16 AsI16(U8 a) { return {a.raw}; }
+inline U8 AsU8(I16 a) { return {a.raw}; }
+
+}  // namespace
+}  // namespace vidproc::VIDPROC_TARGET
