@@ -9,6 +9,7 @@ namespace {
 
 /// Clamps to 0..255.
 struct ClampResult {
+  I16 Apply(I16 value) const { return value; }
   void Put(std::uint8_t* out, I16 value) const { StoreNarrow(out, value); }
 };
 
@@ -16,9 +17,8 @@ struct ClampResult {
 struct LumaShiftResult {
   I16 gain;
   I16 offset;
-  void Put(std::uint8_t* out, I16 value) const {
-    StoreNarrow(out, ShiftRight<6>(MultiplyLow(SubtractSaturate(value, offset), gain)));
-  }
+  I16 Apply(I16 value) const { return ShiftRight<6>(MultiplyLow(SubtractSaturate(value, offset), gain)); }
+  void Put(std::uint8_t* out, I16 value) const { StoreNarrow(out, Apply(value)); }
 };
 
 /// Blend of a value with its reference, by the difference weight curve, in 16-bit lanes.

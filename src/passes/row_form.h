@@ -235,68 +235,82 @@ class UniformGridWalk {
   Pattern<kPairs> pattern;
 };
 
-/// 2 * kVectorBytes bytes of 2vuy from two vectors of luma and two of chroma.
-template <class Luma, class Chroma>
-[[gnu::always_inline]] inline void StorePixels(Luma& luma, Chroma& chroma, std::uint8_t* out) {
-  const I16 luma0 = luma.Next();
-  const I16 luma1 = luma.Next();
-  const I16 chroma0 = chroma.Next();
-  const I16 chroma1 = chroma.Next();
-  const U8 lumaBytes = Join(luma0, luma1);
-  const U8 chromaBytes = Join(chroma0, chroma1);
-  // Joining and zipping undo each other's order.
-  Store(out, U8{ZipLow8(chromaBytes.raw, lumaBytes.raw)});
-  Store(out + kVectorBytes, U8{ZipHigh8(chromaBytes.raw, lumaBytes.raw)});
-}
+/// The horizontal pass over one row.
+template <int kShift, class LumaResult>
+class RowScale {
+ public:
+  RowScale(const RowPlan& plan, int width, const LumaResult& lumaResult)
+      : plan(plan), width(width), lumaResult(lumaResult) {}
 
-template <class Luma, class Chroma>
-inline void WalkRow(Luma luma, Chroma chroma, int width, std::uint8_t* out) {
-  int x = 0;
-  for (; x + kVectorBytes <= width; x += kVectorBytes) StorePixels(luma, chroma, out + 2 * x);
-  if (x == width) return;
-  std::uint8_t tail[2 * kVectorBytes];
-  StorePixels(luma, chroma, tail);
-  __builtin_memcpy(out + 2 * x, tail, 2 * static_cast<std::size_t>(width - x));
-}
-
-template <int kPairs, int kShift, class Windows>
-inline void WalkUniformRow(const RowPlan& plan, const SplitRow2vuy& in, int width, std::uint8_t* out) {
-  WalkRow(UniformGridWalk<kPairs, kShift, 1, Windows>(plan.luma, in.luma),
-          UniformGridWalk<kPairs, kShift, 2, Windows>(plan.chroma, in.chroma), width, out);
-}
-
-template <int kPairs, int kShift>
-inline void ScaleRow(const RowPlan& plan, const SplitRow2vuy& in, int width, std::uint8_t* out) {
-  if (plan.luma.vectors != 1 || plan.chroma.vectors != 1) {
-    WalkRow(GridWalk<kPairs, kShift, 1>(plan.luma, in.luma), GridWalk<kPairs, kShift, 2>(plan.chroma, in.chroma), width,
-            out);
-  } else if (kWindows > 1 && AreAdjacent(plan.luma.windows) && AreAdjacent(plan.chroma.windows)) {
-    WalkUniformRow<kPairs, kShift, AdjacentWindows>(plan, in, width, out);
-  } else {
-    WalkUniformRow<kPairs, kShift, SpreadWindows>(plan, in, width, out);
+  void Run(const SplitRow2vuy& in, std::uint8_t* out) const {
+    if (plan.tapPairs == 1) return RunPairs<1>(in, out);
+    if (plan.tapPairs == 2) return RunPairs<2>(in, out);
+    if (plan.tapPairs == 3) return RunPairs<3>(in, out);
+    RunPairs<4>(in, out);
   }
-}
 
-template <int kShift>
-inline void ScaleRowOf(const RowPlan& plan, const SplitRow2vuy& in, int width, std::uint8_t* out) {
-  if (plan.tapPairs == 1) return ScaleRow<1, kShift>(plan, in, width, out);
-  if (plan.tapPairs == 2) return ScaleRow<2, kShift>(plan, in, width, out);
-  if (plan.tapPairs == 3) return ScaleRow<3, kShift>(plan, in, width, out);
-  ScaleRow<4, kShift>(plan, in, width, out);
-}
+ private:
+  template <int kPairs>
+  void RunPairs(const SplitRow2vuy& in, std::uint8_t* out) const {
+    if (plan.luma.vectors != 1 || plan.chroma.vectors != 1) {
+      Walk(GridWalk<kPairs, kShift, 1>(plan.luma, in.luma), GridWalk<kPairs, kShift, 2>(plan.chroma, in.chroma), out);
+    } else if (kWindows > 1 && AreAdjacent(plan.luma.windows) && AreAdjacent(plan.chroma.windows)) {
+      RunUniform<kPairs, AdjacentWindows>(in, out);
+    } else {
+      RunUniform<kPairs, SpreadWindows>(in, out);
+    }
+  }
+
+  template <int kPairs, class Windows>
+  void RunUniform(const SplitRow2vuy& in, std::uint8_t* out) const {
+    Walk(UniformGridWalk<kPairs, kShift, 1, Windows>(plan.luma, in.luma),
+         UniformGridWalk<kPairs, kShift, 2, Windows>(plan.chroma, in.chroma), out);
+  }
+
+  template <class Luma, class Chroma>
+  void Walk(Luma luma, Chroma chroma, std::uint8_t* out) const {
+    const LumaResult result = lumaResult;
+    int x = 0;
+    for (; x + kVectorBytes <= width; x += kVectorBytes) StorePixels(result, luma, chroma, out + 2 * x);
+    if (x == width) return;
+    std::uint8_t tail[2 * kVectorBytes];
+    StorePixels(result, luma, chroma, tail);
+    __builtin_memcpy(out + 2 * x, tail, 2 * static_cast<std::size_t>(width - x));
+  }
+
+  /// 2 * kVectorBytes bytes of 2vuy from two vectors of luma and two of chroma.
+  template <class Luma, class Chroma>
+  [[gnu::always_inline]] static void StorePixels(const LumaResult& result, Luma& luma, Chroma& chroma,
+                                                 std::uint8_t* out) {
+    const I16 luma0 = result.Apply(luma.Next());
+    const I16 luma1 = result.Apply(luma.Next());
+    const I16 chroma0 = chroma.Next();
+    const I16 chroma1 = chroma.Next();
+    const U8 lumaBytes = Join(luma0, luma1);
+    const U8 chromaBytes = Join(chroma0, chroma1);
+    // Joining and zipping undo each other's order.
+    Store(out, U8{ZipLow8(chromaBytes.raw, lumaBytes.raw)});
+    Store(out + kVectorBytes, U8{ZipHigh8(chromaBytes.raw, lumaBytes.raw)});
+  }
+
+  const RowPlan& plan;
+  const int width;
+  const LumaResult lumaResult;
+};
 
 /// Scales a frame row by row; noise is added while the row is in the cache.
-template <int kShift>
-inline void RunRows(const ScaleJob& job) {
+template <int kShift, class LumaResult>
+inline void RunRows(const ScaleJob& job, const LumaResult& lumaResult) {
   auto* const memory = reinterpret_cast<std::uint8_t*>(job.strip.rows);
   const SplitRow2vuy split{memory + kEdgeSamples, memory + 4 * kEdgeSamples + kRowSlack + job.inWidth};
   const auto rowBytes = std::ptrdiff_t{2} * job.outWidth;
   const bool viaStrip = job.noise != nullptr && job.destinationStride != rowBytes;
+  const RowScale<kShift, LumaResult> horizontal(*job.rowPlan, job.outWidth, lumaResult);
   for (int r = 0; r < job.outHeight; ++r) {
     std::uint8_t* const destination = job.destination + r * job.destinationStride;
     std::uint8_t* const row = viaStrip ? job.strip.outRows : destination;
     FilterSourceRows<kShift>(job, r, split);
-    ScaleRowOf<kShift>(*job.rowPlan, split, job.outWidth, row);
+    horizontal.Run(split, row);
     if (job.noise == nullptr) continue;
     const auto bytes = static_cast<std::uint64_t>(rowBytes);
     AddNoise(*job.noise, row, static_cast<std::uint64_t>(r) * bytes, bytes);

@@ -10,7 +10,7 @@ namespace vidproc::VIDPROC_TARGET {
 
 void PostScale(const ScaleJob& job) {
 #if VIDPROC_HAS_BYTE_OPS
-  if (job.rowPlan != nullptr) return RunRows<6>(job);
+  if (job.rowPlan != nullptr) return RunRows<6>(job, ClampResult{});
 #endif
   RunStrips(job, VerticalScale<4, 6, PlainTaps>{}, HorizontalScale<8, 6, PlainTaps, ClampResult>{});
 }

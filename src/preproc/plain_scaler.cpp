@@ -13,19 +13,17 @@ namespace vidproc::VIDPROC_TARGET {
 namespace {
 
 template <class LumaResult>
-void Scale(const ScaleJob& job, const LumaResult& lumaResult) {
+inline void Scale(const ScaleJob& job, const LumaResult& lumaResult) {
+#if VIDPROC_HAS_BYTE_OPS
+  if (job.rowPlan != nullptr) return RunRows<7>(job, lumaResult);
+#endif
   RunStrips(job, VerticalScale<4, 7, PlainTaps>{},
             HorizontalScale<8, 7, PlainTaps, LumaResult, ClampResult>{{}, lumaResult, {}});
 }
 
 }  // namespace
 
-void PlainScale(const ScaleJob& job) {
-#if VIDPROC_HAS_BYTE_OPS
-  if (job.rowPlan != nullptr) return RunRows<7>(job);
-#endif
-  Scale(job, ClampResult{});
-}
+void PlainScale(const ScaleJob& job) { Scale(job, ClampResult{}); }
 
 void PlainScaleWithLumaShift(const ScaleJob& job) {
   Scale(job, LumaShiftResult{SplatI16(job.lumaGain), SplatI16(job.lumaOffset)});
