@@ -38,11 +38,12 @@ InstallPackages() {
   Quietly "${asRoot[@]}" env DEBIAN_FRONTEND=noninteractive apt-get install -y --no-install-recommends "${missing[@]}"
 }
 
-# Quietly COMMAND...: runs it without input and shows its output only when it fails.
+# Quietly COMMAND...: runs it without input and shows its output only when it fails; what a build leaves out, always.
 Quietly() {
   local log status=0
   log=$(mktemp)
   "$@" </dev/null >"$log" 2>&1 || status=$?
+  sed -n 's/^-- \(Left out\)/    \1/p' "$log"
   if ((status)); then
     tail -n 60 "$log" >&2
     Say "failed: $*" >&2
@@ -51,12 +52,14 @@ Quietly() {
   return "$status"
 }
 
-# Build DIRECTORY TARGET OPTION...: configures with the options and builds one target.
+# Build DIRECTORY TARGET OPTION...: configures with the options and builds one target. A directory that somebody has
+# configured keeps its generator.
 Build() {
-  local directory=$1 target=$2
+  local directory=$1 target=$2 generator=()
   shift 2
-  Quietly cmake -S . -B "$directory" -G Ninja "$@" &&
-    Quietly cmake --build "$directory" --target "$target"
+  [[ -f $directory/CMakeCache.txt ]] || generator=(-G Ninja)
+  Quietly cmake -S . -B "$directory" "${generator[@]}" "$@" &&
+    Quietly cmake --build "$directory" --target "$target" --parallel "$(nproc)"
 }
 
 # Step TITLE COMMAND...: runs one announced step, prints how long it took and notes it in stepSummary. COMMAND must not
