@@ -2,6 +2,8 @@
 // nor reach past the end. Heap overruns show in the sanitized build.
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cstdlib>
 #include <vector>
 
 #include "kernel_harness.h"
@@ -38,6 +40,21 @@ TEST_P(BufferLimits, NarrowTallFramesFillTheSmoothingBuffer) {
     p.PreProcAdaptiveMotionSmoothingExecute();
     EXPECT_EQ(destination, source) << "frame " << frame;
   }
+}
+
+// The buffers of 16 x 16 pixels can hold a copy of 16 x 300, but not what scaling such a frame would need.
+TEST_P(BufferLimits, PassesTallNarrowFramesThroughInPlace) {
+  void* handle = nullptr;
+  for (const unsigned height : {16u, 300u})
+    ASSERT_EQ(PostProcInit(&handle, 16, height, 32, 16, height, 32, 0, 0, 0), 1);
+  std::vector<unsigned char> frame(32 * 301);
+  for (std::size_t i = 0; i < frame.size(); ++i) frame[i] = static_cast<unsigned char>(i * 7 + i / 32);
+  std::vector<unsigned char> expected = frame;
+  std::copy_n(frame.begin(), 32 * 300, expected.begin() + 32);
+  PostProcExecute(handle, frame.data(), frame.data() + 32, 0, 64, 0);
+  EXPECT_EQ(frame, expected);
+  std::free(static_cast<VideoProcessor*>(handle)->ditherTable);
+  PostProcCleanup(&handle);
 }
 
 INSTANTIATE_TEST_SUITE_P(Levels, BufferLimits, testing::ValuesIn(testing_support::AvailableLevels()),

@@ -158,23 +158,22 @@ std::uint8_t* Engine::SparePlace(VideoProcessor& p, const std::uint8_t* written,
   return Overlap(written, bytes, scratchB, p.scratchBytes) ? reinterpret_cast<std::uint8_t*>(p.scratchA) : scratchB;
 }
 
-/// The kernels read source rows while they write the destination, and past the end of short rows.
-void Engine::PlaceSource(VideoProcessor& p, ScaleJob& job) {
+/// The source as it is, or a packed copy of it where writing the destination would change it.
+Engine::Rows Engine::SourceApart(VideoProcessor& p) {
   const std::uint64_t rowBytes = std::uint64_t{2} * p.inWidth;
-  job.source = p.srcFrame;
-  job.sourceStride = p.inStride;
-  if (Overlap(p.srcFrame, SourceExtent(p), p.dstFrame, DestinationExtent(p))) {
-    std::uint8_t* const copy = SparePlace(p, p.dstFrame, DestinationExtent(p));
-    CopyRows(job.source, p.inStride, copy, rowBytes, rowBytes, p.inHeight);
-    job.source = copy;
-    job.sourceStride = static_cast<std::ptrdiff_t>(rowBytes);
-  }
-  if (rowBytes < kNarrowRowBytes) {
-    CopyRows(job.source, static_cast<std::uint64_t>(job.sourceStride), p.workspace->narrowRows, kNarrowRowBytes,
-             rowBytes, p.inHeight);
-    job.source = p.workspace->narrowRows;
-    job.sourceStride = kNarrowRowBytes;
-  }
+  if (!Overlap(p.srcFrame, SourceExtent(p), p.dstFrame, DestinationExtent(p))) return {p.srcFrame, p.inStride};
+  std::uint8_t* const copy = SparePlace(p, p.dstFrame, DestinationExtent(p));
+  CopyRows(p.srcFrame, p.inStride, copy, rowBytes, rowBytes, p.inHeight);
+  return {copy, static_cast<std::ptrdiff_t>(rowBytes)};
+}
+
+/// Scaling kernels read past the end of short rows: those are copied to where they may.
+Engine::Rows Engine::WithRoomPastRows(VideoProcessor& p, const Rows& rows) {
+  const std::uint64_t rowBytes = std::uint64_t{2} * p.inWidth;
+  if (rowBytes >= kNarrowRowBytes) return rows;
+  CopyRows(rows.start, static_cast<std::uint64_t>(rows.stride), p.workspace->narrowRows, kNarrowRowBytes, rowBytes,
+           p.inHeight);
+  return {p.workspace->narrowRows, kNarrowRowBytes};
 }
 
 ScaleJob Engine::MakeScaleJob(VideoProcessor& p, const ScalerTraits& traits) {
@@ -182,7 +181,9 @@ ScaleJob Engine::MakeScaleJob(VideoProcessor& p, const ScalerTraits& traits) {
   workspace.plan.Update(p, GeometryOf(p, traits), workspace.planMemory);
   ScaleJob job{};
   job.planes = workspace.planes;
-  PlaceSource(p, job);
+  const Rows source = WithRoomPastRows(p, SourceApart(p));
+  job.source = source.start;
+  job.sourceStride = source.stride;
   job.inWidth = static_cast<std::int32_t>(p.inWidth);
   job.inHeight = static_cast<std::int32_t>(p.inHeight);
   job.destination = p.dstFrame;
@@ -253,21 +254,13 @@ void Engine::RunScaler(VideoProcessor& p, const ScalerTraits& traits) {
   p.workspace->frameProduced = true;
 }
 
-/// Equal sizes, no filtering: the frame is copied and dithered. kept: the noise counts its rows from the frame's first
-/// byte by its own pitch, whatever the destination's stride.
+/// Equal sizes, no filtering: a usable frame is copied and dithered. kept: the noise counts its rows from the frame's
+/// first byte by its own pitch, whatever the destination's stride.
 void Engine::PassThrough(VideoProcessor& p) {
-  if (!FramesAreUsable(p)) return;
   const std::uint64_t rowBytes = std::uint64_t{2} * p.outWidth;
-  ScaleJob placed{};
-  placed.source = p.srcFrame;
-  placed.sourceStride = p.inStride;
-  const bool overlap = Overlap(p.srcFrame, SourceExtent(p), p.dstFrame, DestinationExtent(p));
-  if (overlap && rowBytes * p.inHeight <= p.scratchBytes && p.scratchA != nullptr && p.scratchB != nullptr &&
-      ReserveWorkspace(p)) {
-    PlaceSource(p, placed);
-  }
-  CopyRows(placed.source, static_cast<std::uint64_t>(placed.sourceStride), p.dstFrame, p.outStride, rowBytes,
-           p.outHeight);
+  const bool hasRoomForCopy = p.scratchA != nullptr && p.scratchB != nullptr && rowBytes * p.inHeight <= p.scratchBytes;
+  const Rows source = hasRoomForCopy ? SourceApart(p) : Rows{p.srcFrame, p.inStride};
+  CopyRows(source.start, static_cast<std::uint64_t>(source.stride), p.dstFrame, p.outStride, rowBytes, p.outHeight);
   if (p.workspace == nullptr && p.ditherTable != nullptr) ReserveWorkspace(p);
   if (NoiseField* const noise = StartFrameNoise(p, NoiseRule::kSizedByOutput)) {
     const std::uint64_t extent = DestinationExtent(p);

@@ -45,12 +45,18 @@ struct Engine {
   static int Go420(VideoProcessor& processor, const FramePair420& frames, unsigned char plainScaler);
 
  private:
+  struct Rows {
+    const std::uint8_t* start;
+    std::ptrdiff_t stride;
+  };
+
   static bool MayScale(VideoProcessor& processor, const ScalerTraits& traits);
   static bool FitsScaler(const VideoProcessor& processor, const ScalerTraits& traits);
   static bool FramesAreUsable(const VideoProcessor& processor);
   static bool LiesInWorkingBuffer(const VideoProcessor& processor, const void* start, std::uint64_t& room);
   static ScaleJob MakeScaleJob(VideoProcessor& processor, const ScalerTraits& traits);
-  static void PlaceSource(VideoProcessor& processor, ScaleJob& job);
+  static Rows SourceApart(VideoProcessor& processor);
+  static Rows WithRoomPastRows(VideoProcessor& processor, const Rows& rows);
   static NoiseField* StartFrameNoise(VideoProcessor& processor, NoiseRule rule);
   /// Where a source that its destination overlaps is copied first: the scratch buffer that is not being written.
   static std::uint8_t* SparePlace(VideoProcessor& processor, const std::uint8_t* written, std::uint64_t bytes);
