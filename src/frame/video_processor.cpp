@@ -9,19 +9,18 @@
 
 #include "filters/scaler_config.h"
 #include "frame/engine.h"
+#include "vidproc/cpu_level.h"
 
 namespace {
 
 constexpr std::size_t kRecordedNameLength = 250;
 
 std::int8_t ProbeProcessor() {
-#if defined(__x86_64__) || defined(__i386__)
-  __builtin_cpu_init();  // a processor may be constructed before the library's own constructors have run
-  if (__builtin_cpu_supports("sse4.1")) return 1;
-  return __builtin_cpu_supports("sse2") ? 0 : -1;
-#else
-  return 1;
+#ifdef __x86_64__
+  if (!vidproc::IsLevelAvailable(vidproc::Level::kSse2)) return -1;
+  if (!vidproc::IsLevelAvailable(vidproc::Level::kSse41)) return 0;
 #endif
+  return 1;
 }
 
 /// Larger of two sizes, rounded up to whole groups of 16.

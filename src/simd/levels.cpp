@@ -100,7 +100,12 @@ const LevelEntry& EntryInUse() {
 
 }  // namespace
 
-bool IsLevelAvailable(Level level) { return EntryOf(level).kernels != nullptr && EntryOf(level).machineHasIt(); }
+bool IsLevelAvailable(Level level) {
+#ifdef VIDPROC_HAS_sse2
+  __builtin_cpu_init();  // a static object may ask before the compiler's own constructor has looked at the processor
+#endif
+  return EntryOf(level).kernels != nullptr && EntryOf(level).machineHasIt();
+}
 Level BestLevel() { return BestEntryUpTo(Level::kNeon).level; }
 Level LevelInUse() { return EntryInUse().level; }
 Level CapLevel(Level highest) {
