@@ -1,6 +1,6 @@
 # One list of kernel sources, compiled once for every instruction set of the target processor. Each unit puts all of
 # its code into a namespace named after its set, so that nothing compiled for a wide set can be linked in elsewhere.
-if(CMAKE_SYSTEM_PROCESSOR MATCHES "x86_64|AMD64|i[3-6]86")
+if(CMAKE_SYSTEM_PROCESSOR MATCHES "x86_64|AMD64")
   set(VIDPROC_LEVELS scalar sse2 sse41 avx2 avx512 avx512vbmi)
 elseif(CMAKE_SYSTEM_PROCESSOR MATCHES "aarch64|arm64")
   set(VIDPROC_LEVELS scalar neon)

@@ -3,9 +3,13 @@
 // sample q/16 of a pixel after source sample n; its tap t weights source sample n - (taps / 2 - 1) + t.
 #pragma once
 
+#include <cfloat>
 #include <cstdint>
 
 namespace vidproc {
+
+// The x87 unit of 32-bit x86, for one, would round a few coefficients otherwise.
+static_assert(FLT_EVAL_METHOD >= 0 && FLT_EVAL_METHOD != 2, "filter design needs plain double precision");
 
 inline constexpr int kPhases = 16;
 inline constexpr int kMaxTaps = 16;
