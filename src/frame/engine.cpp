@@ -1,9 +1,9 @@
 #include "frame/engine.h"
 
-#include <cstring>
 #include <ctime>
 #include <new>
 
+#include "frame/frame_memory.h"
 #include "simd/kernel_table.h"
 #include "vidproc/cpu_level.h"
 
@@ -12,25 +12,8 @@ namespace {
 
 constexpr std::uint32_t kMaxNoiseLevel = 12;
 
-/// Bytes from the first byte of a frame to the last byte of its last row.
-std::uint64_t FrameExtent(std::uint32_t width, std::uint32_t height, std::uint32_t stride) {
-  return std::uint64_t{height - 1} * stride + std::uint64_t{2} * width;
-}
-
-std::uint64_t SourceExtent(const VideoProcessor& p) { return FrameExtent(p.inWidth, p.inHeight, p.inStride); }
-std::uint64_t DestinationExtent(const VideoProcessor& p) { return FrameExtent(p.outWidth, p.outHeight, p.outStride); }
-
 /// What every scaling kernel needs of the buffers.
 constexpr ScalerTraits kSmallestNeed = {nullptr, 4, 8, 7, false, false, NoiseRule::kNone, nullptr};
-
-bool Overlap(const std::uint8_t* a, std::uint64_t aBytes, const std::uint8_t* b, std::uint64_t bBytes) {
-  return a < b + bBytes && b < a + aBytes;
-}
-
-void CopyRows(const std::uint8_t* from, std::uint64_t fromStride, std::uint8_t* to, std::uint64_t toStride,
-              std::uint64_t rowBytes, std::uint32_t rows) {
-  for (std::uint32_t r = 0; r < rows; ++r) std::memmove(to + r * toStride, from + r * fromStride, rowBytes);
-}
 
 ScaleGeometry GeometryOf(const VideoProcessor& p, const ScalerTraits& traits) {
   return {static_cast<std::int32_t>(p.inWidth),
@@ -70,7 +53,7 @@ bool Engine::ReserveWorkspace(VideoProcessor& p) {
   }
 }
 
-bool Engine::LiesInWorkingBuffer(const VideoProcessor& p, const void* start, std::uint64_t& room) {
+std::optional<std::uint64_t> Engine::RoomInWorkingBuffer(const VideoProcessor& p, const void* start) {
   const struct {
     const void* start;
     std::uint64_t bytes;
@@ -82,23 +65,19 @@ bool Engine::LiesInWorkingBuffer(const VideoProcessor& p, const void* start, std
   const auto address = reinterpret_cast<std::uintptr_t>(start);
   for (const auto& buffer : buffers) {
     const auto first = reinterpret_cast<std::uintptr_t>(buffer.start);
-    if (first == 0 || address < first || address - first >= buffer.bytes) continue;
-    room = buffer.bytes - (address - first);
-    return true;
+    if (first != 0 && address >= first && address - first < buffer.bytes) return buffer.bytes - (address - first);
   }
-  return false;
+  return std::nullopt;
 }
 
 bool Engine::FramesAreUsable(const VideoProcessor& p) {
   if (p.srcFrame == nullptr || p.dstFrame == nullptr) return false;
   if (p.inWidth < 2 || p.outWidth < 2 || p.inHeight < 1 || p.outHeight < 1) return false;
   if (p.inStride / 2 < p.inWidth || p.outStride / 2 < p.outWidth) return false;
-  std::uint64_t room = 0;
-  if (LiesInWorkingBuffer(p, p.srcFrame, room) && SourceExtent(p) > room) return false;
-  if (LiesInWorkingBuffer(p, p.dstFrame, room) && (p.outStride != 2 * p.outWidth || DestinationExtent(p) > room)) {
-    return false;
-  }
-  return true;
+  const auto sourceRoom = RoomInWorkingBuffer(p, p.srcFrame);
+  if (sourceRoom && SourceExtent(p) > *sourceRoom) return false;
+  const auto destinationRoom = RoomInWorkingBuffer(p, p.dstFrame);
+  return !destinationRoom || (p.outStride == 2 * p.outWidth && DestinationExtent(p) <= *destinationRoom);
 }
 
 /// By the whole-frame layouts that set-up sizes its buffers for, whatever the strips really need.

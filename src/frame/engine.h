@@ -2,6 +2,8 @@
 // job, runs it on the level in use, and updates the state that it leaves behind.
 #pragma once
 
+#include <optional>
+
 #include "frame/frame420.h"
 #include "frame/workspace.h"
 #include "vidproc/video_processor.h"
@@ -53,7 +55,8 @@ struct Engine {
   static bool MayScale(VideoProcessor& processor, const ScalerTraits& traits);
   static bool FitsScaler(const VideoProcessor& processor, const ScalerTraits& traits);
   static bool FramesAreUsable(const VideoProcessor& processor);
-  static bool LiesInWorkingBuffer(const VideoProcessor& processor, const void* start, std::uint64_t& room);
+  /// Bytes from `start` to the end of the working buffer that it lies in, if it lies in one.
+  static std::optional<std::uint64_t> RoomInWorkingBuffer(const VideoProcessor& processor, const void* start);
   static ScaleJob MakeScaleJob(VideoProcessor& processor, const ScalerTraits& traits);
   static Rows SourceApart(VideoProcessor& processor);
   static Rows WithRoomPastRows(VideoProcessor& processor, const Rows& rows);

@@ -3,6 +3,7 @@
 
 #include "frame/bank_listing.h"
 #include "frame/engine.h"
+#include "frame/frame_memory.h"
 #include "passes/deblock_job.h"
 #include "passes/temporal_job.h"
 #include "simd/kernel_table.h"
@@ -42,9 +43,8 @@ void Engine::RunDeblocking(VideoProcessor& p) {
     if (p.debugPrint != 0) ListDeblockBanks(p);
     return;
   }
-  std::uint64_t room = 0;
   const std::uint64_t frameBytes = std::uint64_t{p.inStride} * p.inHeight;
-  if (LiesInWorkingBuffer(p, p.srcFrame, room) && frameBytes > room) return;
+  if (frameBytes > RoomInWorkingBuffer(p, p.srcFrame).value_or(frameBytes)) return;
   if (p.inWidth < 2 || p.inHeight < 1 || !FitsScaler(p, kDeblockTraits) ||
       !RatioReachesNoFurther(p.horizontalUp, p.horizontalDown, p.outWidth, p.inWidth) || !ReserveWorkspace(p)) {
     return;
@@ -81,9 +81,7 @@ void Engine::RunTemporalFilter(VideoProcessor& p) {
   if (!FramesAreUsable(p) || p.previousFrame == nullptr || frameBytes > p.previousFrameBytes) return;
   if (!packed && (p.scratchA == nullptr || frameBytes > p.scratchBytes)) return;
   // The source is read as one packed block of the output's size.
-  std::uint64_t room = std::uint64_t{p.inHeight - 1} * p.inStride + std::uint64_t{2} * p.inWidth;
-  LiesInWorkingBuffer(p, p.srcFrame, room);
-  if (frameBytes > room) return;
+  if (frameBytes > RoomInWorkingBuffer(p, p.srcFrame).value_or(SourceExtent(p))) return;
 
   auto* const scratchA = reinterpret_cast<std::uint8_t*>(p.scratchA);
   std::uint8_t* const working = packed ? p.dstFrame : scratchA;
@@ -93,10 +91,8 @@ void Engine::RunTemporalFilter(VideoProcessor& p) {
     std::memmove(p.previousFrame, source, frameBytes);
     if (packed) std::memmove(p.dstFrame, source, frameBytes);
   } else {
-    const auto overlaps = [&](const std::uint8_t* written) {
-      return source < written + frameBytes && written < source + frameBytes;
-    };
-    if (!inPlace && (overlaps(working) || overlaps(p.previousFrame))) {
+    if (!inPlace && (Overlap(source, frameBytes, working, frameBytes) ||
+                     Overlap(source, frameBytes, p.previousFrame, frameBytes))) {
       if (p.scratchA == nullptr || p.scratchB == nullptr || frameBytes > p.scratchBytes) return;
       std::uint8_t* const copy = SparePlace(p, working, frameBytes);
       std::memmove(copy, source, frameBytes);
@@ -113,9 +109,7 @@ void Engine::RunTemporalFilter(VideoProcessor& p) {
     Kernels().temporalFilter(job);
   }
   // kept: a first frame into padded rows shows what the staging buffer held, not the source.
-  for (std::uint32_t y = 0; !packed && y < p.outHeight; ++y) {
-    std::memmove(p.dstFrame + std::uint64_t{y} * p.outStride, scratchA + y * rowBytes, rowBytes);
-  }
+  if (!packed) CopyRows(scratchA, rowBytes, p.dstFrame, p.outStride, rowBytes, p.outHeight);
   p.temporalFirstFrame = 0;
   if (p.workspace != nullptr) p.workspace->frameProduced = true;
 }
