@@ -12,9 +12,6 @@ namespace {
 
 constexpr std::uint32_t kMaxNoiseLevel = 12;
 
-/// What every scaling kernel needs of the buffers.
-constexpr ScalerTraits kSmallestNeed = {nullptr, 4, 8, 7, false, false, NoiseRule::kNone, nullptr};
-
 ScaleGeometry GeometryOf(const VideoProcessor& p, const ScalerTraits& traits) {
   return {static_cast<std::int32_t>(p.inWidth),
           static_cast<std::int32_t>(p.inHeight),
@@ -35,7 +32,7 @@ ScaleGeometry GeometryOf(const VideoProcessor& p, const ScalerTraits& traits) {
 /// Frames that outgrow the object's buffers are accepted and never processed: they get no working memory either.
 void Engine::PrepareWorkspace(VideoProcessor& p) {
   if (p.workspace == nullptr) p.workspace = new Workspace;
-  if (FitsScaler(p, kSmallestNeed)) p.workspace->Reserve({p.inWidth, p.inHeight, p.outWidth, p.outHeight});
+  if (FitsScaler(p, kPlainScaler)) p.workspace->Reserve({p.inWidth, p.inHeight, p.outWidth, p.outHeight});
 }
 
 void Engine::ReleaseWorkspace(VideoProcessor& p) noexcept {

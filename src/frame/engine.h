@@ -4,6 +4,7 @@
 
 #include <optional>
 
+#include "frame/bank_listing.h"
 #include "frame/frame420.h"
 #include "frame/workspace.h"
 #include "vidproc/video_processor.h"
@@ -18,19 +19,19 @@ enum class NoiseRule {
   kSizedByOutput,  ///< the post-processor; its level is signed, below 1 is none
 };
 
-/// What tells one scaling kernel from another, seen from outside.
+/// What tells one scaling kernel from another, seen from outside; the plain scaler's unless stated.
 struct ScalerTraits {
   void (*KernelTable::*kernel)(const ScaleJob&);
-  int verticalTaps;
-  int horizontalTaps;
-  int precisionBits;
-  bool hasHistory;
-  bool smoothsMotion;
-  NoiseRule noise;
-  void (*listBanks)(const VideoProcessor&);
+  int verticalTaps = 4;
+  int horizontalTaps = 8;
+  int precisionBits = 7;
+  bool hasHistory = false;
+  bool smoothsMotion = false;
+  NoiseRule noise = NoiseRule::kSizedByInput;
+  void (*listBanks)(const VideoProcessor&) = ListPreProcBanks;
 };
 
-/// The plain scaler's, which 4:2:0 frames go through.
+/// 4:2:0 frames go through the plain scaler; and what it needs of the buffers, every kernel needs.
 extern const ScalerTraits kPlainScaler;
 
 /// Has the object's private members.

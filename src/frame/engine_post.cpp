@@ -1,7 +1,6 @@
 // The post-processor's road, deblocking and the same-size temporal filter: what surrounds their kernels.
 #include <cstring>
 
-#include "frame/bank_listing.h"
 #include "frame/engine.h"
 #include "frame/frame_memory.h"
 #include "passes/deblock_job.h"
@@ -12,9 +11,6 @@ namespace vidproc {
 namespace {
 
 constexpr std::uint8_t kDeblockAbove = 20;
-
-constexpr ScalerTraits kDeblockTraits = {&KernelTable::postScale, 4, 8, 6, false, false, NoiseRule::kNone,
-                                         ListPostProcBanks};
 
 /// Deblocking was built for frames that keep their size, in packed rows.
 bool SuitsDeblocking(const VideoProcessor& p) {
@@ -45,7 +41,7 @@ void Engine::RunDeblocking(VideoProcessor& p) {
   }
   const std::uint64_t frameBytes = std::uint64_t{p.inStride} * p.inHeight;
   if (frameBytes > RoomInWorkingBuffer(p, p.srcFrame).value_or(frameBytes)) return;
-  if (p.inWidth < 2 || p.inHeight < 1 || !FitsScaler(p, kDeblockTraits) ||
+  if (p.inWidth < 2 || p.inHeight < 1 || !FitsScaler(p, kPlainScaler) ||
       !RatioReachesNoFurther(p.horizontalUp, p.horizontalDown, p.outWidth, p.inWidth) || !ReserveWorkspace(p)) {
     return;
   }

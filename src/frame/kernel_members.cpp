@@ -1,12 +1,10 @@
 // The object's kernels: which traits each one has.
-#include "frame/bank_listing.h"
 #include "frame/engine.h"
 #include "simd/kernel_table.h"
 
 namespace vidproc {
 
-const ScalerTraits kPlainScaler = {&KernelTable::plainScale, 4, 8, 7, false, false, NoiseRule::kSizedByInput,
-                                   ListPreProcBanks};
+constinit const ScalerTraits kPlainScaler = {.kernel = &KernelTable::plainScale};
 
 }  // namespace vidproc
 
@@ -17,22 +15,27 @@ using vidproc::KernelTable;
 using vidproc::NoiseRule;
 using vidproc::ScalerTraits;
 
-//                                            kernel, taps (vertical, horizontal), precision, history, motion, noise,
-//                                            listing
-constexpr ScalerTraits kPlainWithLumaShift = {
-    &KernelTable::plainScaleWithLumaShift, 4, 8, 7, false, false, NoiseRule::kSizedByInput, vidproc::ListPreProcBanks};
-constexpr ScalerTraits kAdaptive = {&KernelTable::adaptiveScale, 4, 8, 7, true, false, NoiseRule::kSizedByInput,
-                                    vidproc::ListPreProcBanks};
+constexpr ScalerTraits kPlainWithLumaShift = {.kernel = &KernelTable::plainScaleWithLumaShift};
+constexpr ScalerTraits kAdaptive = {.kernel = &KernelTable::adaptiveScale, .hasHistory = true};
 constexpr ScalerTraits kMotionSmoothing = {
-    &KernelTable::motionSmoothingScale, 4, 8, 7, true, true, NoiseRule::kSizedByInput, vidproc::ListPreProcBanks};
-constexpr ScalerTraits kAdaptive16TapTemporal = {
-    &KernelTable::adaptive16TapTemporalScale, 8, 16, 7, true, false, NoiseRule::kSizedByInput, vidproc::List16TapBanks};
-constexpr ScalerTraits kAdaptive16Tap = {
-    &KernelTable::adaptive16TapScale, 8, 16, 7, false, false, NoiseRule::kSizedByInput, vidproc::List16TapBanks};
-constexpr ScalerTraits kPost = {&KernelTable::postScale,   4, 8, 6, false, false, NoiseRule::kSizedByOutput,
-                                vidproc::ListPostProcBanks};
-constexpr ScalerTraits kPostWithoutNoise = {&KernelTable::postScale,   4, 8, 6, false, false, NoiseRule::kNone,
-                                            vidproc::ListPostProcBanks};
+    .kernel = &KernelTable::motionSmoothingScale, .hasHistory = true, .smoothsMotion = true};
+constexpr ScalerTraits kAdaptive16TapTemporal = {.kernel = &KernelTable::adaptive16TapTemporalScale,
+                                                 .verticalTaps = 8,
+                                                 .horizontalTaps = 16,
+                                                 .hasHistory = true,
+                                                 .listBanks = vidproc::List16TapBanks};
+constexpr ScalerTraits kAdaptive16Tap = {.kernel = &KernelTable::adaptive16TapScale,
+                                         .verticalTaps = 8,
+                                         .horizontalTaps = 16,
+                                         .listBanks = vidproc::List16TapBanks};
+constexpr ScalerTraits kPost = {.kernel = &KernelTable::postScale,
+                                .precisionBits = 6,
+                                .noise = NoiseRule::kSizedByOutput,
+                                .listBanks = vidproc::ListPostProcBanks};
+constexpr ScalerTraits kPostWithoutNoise = {.kernel = &KernelTable::postScale,
+                                            .precisionBits = 6,
+                                            .noise = NoiseRule::kNone,
+                                            .listBanks = vidproc::ListPostProcBanks};
 
 int Scale(VideoProcessor& processor, const ScalerTraits& traits) {
   Engine::RunScaler(processor, traits);
