@@ -3,16 +3,24 @@
 #include "frame/frame420.h"
 #include "vidproc/video_processor.h"
 
+namespace vidproc {
+
+bool RunsPlainScaler(const VideoProcessor& processor, unsigned char plainScaler) {
+  return plainScaler != 0 && processor.cpuLevel >= 0;
+}
+
+}  // namespace vidproc
+
 int VideoProcessor::Go(unsigned char plainScaler) {
-  const bool hasSse2 = cpuLevel >= 0;
+  if (cpuLevel < 0) return 0;
   const bool hasSse41 = cpuLevel >= 1;
   const bool sameGeometry = outWidth == inWidth && outHeight == inHeight && softenLevel == 0;
-  if (plainScaler != 0) {
-    if (hasSse2) PreProcExecute();
+  if (vidproc::RunsPlainScaler(*this, plainScaler)) {
+    PreProcExecute();
   } else if (isPreProcessor == 0) {
-    if (hasSse2) PostProcExecute();
+    PostProcExecute();
   } else if (sameGeometry) {
-    // kept: nothing stands in for the temporal filter below level 1; the destination stays as it was.
+    // kept: nothing stands in for the temporal filter below SSE4.1; the destination stays as it was.
     if (hasSse41) PreProcTemporalExecute();
   } else if (adaptive != 0 && hasSse41) {
     if (use16Taps != 0) {
@@ -22,7 +30,7 @@ int VideoProcessor::Go(unsigned char plainScaler) {
     } else {
       PreProcAdaptiveExecute();
     }
-  } else if (hasSse2) {
+  } else {
     PreProcExecute();
   }
   return 0;

@@ -152,9 +152,14 @@ Engine::Rows Engine::WithRoomPastRows(VideoProcessor& p, const Rows& rows) {
   return {p.workspace->narrowRows, kNarrowRowBytes};
 }
 
+const ScalePlan& Engine::UpdatePlan(VideoProcessor& p, const ScalerTraits& traits) {
+  p.workspace->plan.Update(p, GeometryOf(p, traits), p.workspace->planMemory);
+  return p.workspace->plan;
+}
+
 ScaleJob Engine::MakeScaleJob(VideoProcessor& p, const ScalerTraits& traits) {
-  Workspace& workspace = *p.workspace;
-  workspace.plan.Update(p, GeometryOf(p, traits), workspace.planMemory);
+  const Workspace& workspace = *p.workspace;
+  const ScalePlan& plan = UpdatePlan(p, traits);
   ScaleJob job{};
   job.planes = workspace.planes;
   const Rows source = WithRoomPastRows(p, SourceApart(p));
@@ -166,14 +171,14 @@ ScaleJob Engine::MakeScaleJob(VideoProcessor& p, const ScalerTraits& traits) {
   job.destinationStride = p.outStride;
   job.outWidth = static_cast<std::int32_t>(p.outWidth);
   job.outHeight = static_cast<std::int32_t>(p.outHeight);
-  job.rowPositions = workspace.plan.rowPositions;
-  job.verticalBank = &workspace.plan.verticalBank;
-  job.horizontalBank = &workspace.plan.horizontalBank;
-  job.horizontal = &workspace.plan.horizontal;
-  job.rowPlan = workspace.plan.rowPlan;
+  job.rowPositions = plan.rowPositions;
+  job.verticalBank = &plan.verticalBank;
+  job.horizontalBank = &plan.horizontalBank;
+  job.horizontal = &plan.horizontal;
+  job.rowPlan = plan.rowPlan;
   // From 9 on the weight curves' shifts let large differences regain weight.
   const bool blendsInBytes = !traits.hasHistory || (p.temporalShift < 8 && p.temporalStrength < 128);
-  job.adaptsInBytes = workspace.plan.adaptsInBytes && p.adaptive >= 1 && p.adaptive <= 8 && blendsInBytes;
+  job.adaptsInBytes = plan.adaptsInBytes && p.adaptive >= 1 && p.adaptive <= 8 && blendsInBytes;
   // kept: adaptive 0 shifts by 255 or more, which clears the lost weight.
   job.adaptiveShift = p.adaptive == 0 ? 255 : p.adaptive - 1;
   job.temporalStrength = p.temporalStrength;

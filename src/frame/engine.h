@@ -34,6 +34,9 @@ struct ScalerTraits {
 /// 4:2:0 frames go through the plain scaler; and what it needs of the buffers, every kernel needs.
 extern const ScalerTraits kPlainScaler;
 
+/// Whether Go(plainScaler) runs the plain scaler whatever the role and the switches.
+bool RunsPlainScaler(const VideoProcessor& processor, unsigned char plainScaler);
+
 /// Has the object's private members.
 struct Engine {
   static void PrepareWorkspace(VideoProcessor& processor);
@@ -58,6 +61,7 @@ struct Engine {
   static bool FramesAreUsable(const VideoProcessor& processor);
   /// Bytes from `start` to the end of the working buffer that it lies in, if it lies in one.
   static std::optional<std::uint64_t> RoomInWorkingBuffer(const VideoProcessor& processor, const void* start);
+  static const ScalePlan& UpdatePlan(VideoProcessor& processor, const ScalerTraits& traits);
   static ScaleJob MakeScaleJob(VideoProcessor& processor, const ScalerTraits& traits);
   static Rows SourceApart(VideoProcessor& processor);
   static Rows WithRoomPastRows(VideoProcessor& processor, const Rows& rows);

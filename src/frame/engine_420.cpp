@@ -57,7 +57,7 @@ void Unstage(const Frame420& planes, std::uint8_t* frame) {
 bool Engine::ReadsPlanes(VideoProcessor& p, const ScalerTraits& traits, const Frame420& planes) {
   if (planes.width < kMinPlaneRowBytes || planes.width != p.inWidth || planes.height != p.inHeight) return false;
   if (!MayScale(p, traits)) return false;
-  return MakeScaleJob(p, traits).rowPlan != nullptr;
+  return UpdatePlan(p, traits).rowPlan != nullptr;
 }
 
 int Engine::Go420(VideoProcessor& p, const FramePair420& frames, unsigned char plainScaler) {
@@ -67,7 +67,7 @@ int Engine::Go420(VideoProcessor& p, const FramePair420& frames, unsigned char p
   p.dstFrame = reinterpret_cast<std::uint8_t*>(p.scratchA);
   const SourcePlanes planes{frames.source.luma, frames.source.chroma, frames.source.lumaStride,
                             frames.source.chromaStride};
-  const bool fused = plainScaler != 0 && p.cpuLevel >= 0 && ReadsPlanes(p, kPlainScaler, frames.source);
+  const bool fused = RunsPlainScaler(p, plainScaler) && ReadsPlanes(p, kPlainScaler, frames.source);
   if (fused) {
     p.workspace->planes = &planes;
   } else {
