@@ -58,13 +58,10 @@ void Engine::RunDeblocking(VideoProcessor& p) {
     job.verticalTaps[t] = p.deblockVerticalFilterLanes[0][t][0];
     job.horizontalTaps[t] = p.deblockHorizontalFilterLanes[0][t][0];
   }
-  // The scaler's plan holds its outputs by phase, not in order.
-  workspace.plan.Invalidate();
   for (std::int32_t m = 0; m < job.width; ++m) {
-    workspace.planMemory.columns[m] = {m,
-                                       static_cast<std::int32_t>(std::int64_t{m} * p.horizontalDown / p.horizontalUp)};
+    workspace.deblockSources[m] = static_cast<std::int32_t>(std::int64_t{m} * p.horizontalDown / p.horizontalUp);
   }
-  job.positions = workspace.planMemory.columns;
+  job.sources = workspace.deblockSources;
   job.strip = workspace.strip;
   job.rowsAbove = workspace.deblockRows;
   Kernels().deblock(job);

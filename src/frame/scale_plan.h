@@ -31,7 +31,6 @@ class ScalePlan {
     RowPosition* rows;
     TapPosition* columns;
     std::uint8_t* rowPatterns;
-    bool operator==(const Memory&) const = default;
   };
 
   /// Brings the plan up to date.

@@ -1,6 +1,5 @@
 #include "frame/workspace.h"
 
-#include <cstring>
 #include <new>
 
 namespace vidproc {
@@ -46,26 +45,26 @@ void DealAll(Dealer& dealer, const FrameSizes& sizes, Workspace& workspace) {
   dealer.Deal(workspace.narrowRows, narrow ? sizes.inHeight * kNarrowRowBytes : 0);
   dealer.Deal(workspace.narrowMotionRows, narrow ? sizes.outHeight * kNarrowRowBytes : 0);
   dealer.Deal(workspace.deblockRows, 3 * (2 * sizes.inWidth + kRowSlack));
+  dealer.Deal(workspace.deblockSources, sizes.inWidth);
 }
 
 }  // namespace
 
 void Workspace::Reserve(const FrameSizes& sizes) {
+  if (sizes == dealtFor) return;
   Dealer measure(nullptr);
   DealAll(measure, sizes, *this);
   const std::uint64_t bytes = measure.Used() + kLine;
   if (bytes > memoryBytes) {
-    auto larger = std::make_unique<std::uint8_t[]>(bytes);
-    memory = std::move(larger);
+    memory = std::make_unique<std::uint8_t[]>(bytes);
     memoryBytes = bytes;
-    plan.Invalidate();
   }
   const auto misaligned = reinterpret_cast<std::uintptr_t>(memory.get()) % kLine;
   Dealer dealer(memory.get() + (misaligned == 0 ? 0 : kLine - misaligned));
-  const ScalePlan::Memory before = planMemory;
   DealAll(dealer, sizes, *this);
   strip.rowPitch = static_cast<std::ptrdiff_t>(2 * sizes.inWidth + kRowSlack / 2);
-  if (!(before == planMemory)) plan.Invalidate();
+  dealtFor = sizes;
+  plan.Invalidate();
 }
 
 }  // namespace vidproc

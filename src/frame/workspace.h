@@ -14,6 +14,7 @@ namespace vidproc {
 
 struct FrameSizes {
   std::uint64_t inWidth, inHeight, outWidth, outHeight;
+  bool operator==(const FrameSizes&) const = default;
 };
 
 /// Source rows shorter than this are copied into rows of this pitch, so that vectors may read past their end.
@@ -28,6 +29,7 @@ struct Workspace {
   std::uint8_t* narrowRows = nullptr;        ///< inHeight rows of kNarrowRowBytes, for narrow frames
   std::uint8_t* narrowMotionRows = nullptr;  ///< outHeight rows of the same pitch
   std::uint8_t* deblockRows = nullptr;       ///< the three rows above a strip
+  std::int32_t* deblockSources = nullptr;    ///< one per column
   ScalePlan plan;
   NoiseField noise{};
   const SourcePlanes* planes = nullptr;  ///< what the next plain scaling reads in place of the source frame
@@ -36,6 +38,7 @@ struct Workspace {
  private:
   std::unique_ptr<std::uint8_t[]> memory;
   std::size_t memoryBytes = 0;
+  FrameSizes dealtFor{};
 };
 
 }  // namespace vidproc

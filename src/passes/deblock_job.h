@@ -14,7 +14,7 @@ struct DeblockJob {
   std::int16_t edgeSensitivity;
   std::int16_t verticalTaps[8];
   std::int16_t horizontalTaps[8];
-  const TapPosition* positions;  ///< source sample of every output sample, outputs ascending
+  const std::int32_t* sources;  ///< source sample of every output sample
   StripMemory strip;
   std::uint8_t* rowsAbove;  ///< room for the last 3 rows of the strip before, as they were: 3 * (2 * width + kRowSlack)
 };

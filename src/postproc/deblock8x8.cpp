@@ -225,7 +225,7 @@ class ComponentFilter {
  public:
   ComponentFilter(const Taps& taps, const DeblockJob& job, Component component)
       : taps(taps),
-        positions(job.positions),
+        sources(job.sources),
         count((2 * job.width - component.firstByte + component.step - 1) / component.step),
         step(std::ptrdiff_t{component.step} * kStripRows),
         columns(job.strip.columns + ColumnOffset(component.firstByte)),
@@ -247,7 +247,7 @@ class ComponentFilter {
   void FilterEach(int begin, int end) const {
     for (int m = begin; m < end; ++m) {
       const int place = m % kBlock;
-      const int source = positions[m].source;
+      const int source = sources[m];
       if (place >= kReach && place < kBlock - kReach) {
         Copy(source, m);
       } else {
@@ -274,7 +274,7 @@ class ComponentFilter {
   }
 
   const Taps& taps;
-  const TapPosition* positions;
+  const std::int32_t* sources;
   int count;
   std::ptrdiff_t step;
   const std::int16_t* columns;
@@ -283,7 +283,7 @@ class ComponentFilter {
 
 inline bool KeepsPositions(const DeblockJob& job) {
   for (int m = 0; m < job.width; ++m) {
-    if (job.positions[m].source != m) return false;
+    if (job.sources[m] != m) return false;
   }
   return true;
 }
