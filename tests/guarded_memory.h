@@ -45,7 +45,14 @@ class GuardedMemory {
   std::uint8_t* Expected() { return after.data() + offset; }
   std::uint8_t* Live() { return live + offset; }
 
-  void ExpectNoChange() { after = before; }
+  /// Lays packed rows into the memory, before a run and after it.
+  void PutRows(const std::vector<std::uint8_t>& packed, std::size_t rowBytes, std::size_t start, std::size_t stride) {
+    std::uint8_t* row = Before() + start;
+    for (std::size_t at = 0; at < packed.size(); at += rowBytes, row += stride) {
+      std::copy_n(packed.data() + at, rowBytes, row);
+    }
+    after = before;
+  }
   void Load() { std::copy(before.begin(), before.end(), live); }
 
   /// Empty when live memory is as expected. `start` and `stride` say where the frame's rows lie.

@@ -47,6 +47,30 @@ std::vector<vidproc::Level> AvailableLevels() {
   return levels;
 }
 
+std::vector<KernelForms> AvailableForms() {
+  std::vector<KernelForms> forms;
+  for (const vidproc::Level level : AvailableLevels()) {
+    forms.push_back({level, false});
+    // Levels with byte shuffles choose between forms: the general ones are held to the reference too.
+    if (level >= vidproc::Level::kSse41) forms.push_back({level, true});
+  }
+  return forms;
+}
+
+std::string KernelForms::Name() const {
+  return std::string(vidproc::LevelName(level)) + (generalOnly ? ", general forms" : "");
+}
+
+FormsInUse::FormsInUse(const KernelForms& forms) {
+  vidproc::CapLevel(forms.level);
+  vidproc::UseGeneralFormsOnly(forms.generalOnly);
+}
+
+FormsInUse::~FormsInUse() {
+  vidproc::CapLevel(vidproc::BestLevel());
+  vidproc::UseGeneralFormsOnly(false);
+}
+
 /// Source and destination, apart or within one piece of memory.
 struct Stream::Frames {
   Frames(const VideoProcessor& processor, const FrameSettings& settings, Random& random) {
@@ -64,14 +88,6 @@ struct Stream::Frames {
     }
   }
 
-  void PutSource(const std::vector<std::uint8_t>& picture, std::size_t rowBytes, std::size_t stride) {
-    std::uint8_t* row = source->Before() + sourceOffset;
-    for (std::size_t at = 0; at < picture.size(); at += rowBytes, row += stride) {
-      std::copy_n(picture.data() + at, rowBytes, row);
-    }
-    source->ExpectNoChange();
-  }
-
   std::string FirstDifference(const VideoProcessor& processor) const {
     const std::string difference = destination->FirstDifference(destinationOffset, processor.outStride);
     if (!difference.empty()) return "destination " + difference;
@@ -85,12 +101,7 @@ struct Stream::Frames {
   std::size_t destinationOffset = 0;
 };
 
-Stream::Stream(bool preProcessor) {
-  for (const vidproc::Level level : AvailableLevels()) {
-    forms.push_back({level, false});
-    // Levels with byte shuffles choose between forms: the general ones are held to the reference too.
-    if (level >= vidproc::Level::kSse41) forms.push_back({level, true});
-  }
+Stream::Stream(bool preProcessor) : forms(AvailableForms()) {
   for (std::size_t i = 0; i < forms.size(); ++i) processors.emplace_back(new VideoProcessor(preProcessor, 0));
 }
 
@@ -195,21 +206,18 @@ reference::Noise ReadNoise(const VideoProcessor& p, const Kernel& kernel) {
   return noise;
 }
 
-void Stream::RunReference(const Kernel& kernel, Frames& frames) {
-  const VideoProcessor& p = First();
-  expectedDitherLevel = p.ditherLevel;
-  std::uint8_t* source = frames.source->Expected() + frames.sourceOffset;
-  std::uint8_t* destination = frames.destination->Expected() + frames.destinationOffset;
+std::uint32_t RunReference(const VideoProcessor& p, const Kernel& kernel, reference::StreamState& state,
+                           std::uint8_t* source, std::uint8_t* destination) {
   if (kernel.family == Family::kTemporal) {
     reference::RunTemporal({p.outWidth, p.outHeight, p.outStride, p.temporalStrength, p.temporalShift}, state, source,
                            destination);
-    return;
+    return p.ditherLevel;
   }
   const reference::ScalerSettings settings = ReadSettings(p, kernel);
   reference::Noise noise = ReadNoise(p, kernel);
   const bool sameSize = p.inWidth == p.outWidth && p.inHeight == p.outHeight;
   const bool passThrough = kernel.family == Family::kPost && sameSize && p.enhanceStrength == 0 && p.softenLevel == 0;
-  if (noise.strength == 12 && (kernel.dithersResampled || passThrough)) expectedDitherLevel = 12;
+  const bool clampsLevel = noise.strength == 12 && (kernel.dithersResampled || passThrough);
   if (kernel.family == Family::kPost && p.deblockLevel > 20 && sameSize && p.inStride == 2 * p.inWidth) {
     reference::DeblockSettings deblock = {settings.inWidth,        settings.inHeight, settings.horizontalUp,
                                           settings.horizontalDown, p.deblockLevel,    p.deblockTestPattern != 0};
@@ -221,10 +229,11 @@ void Stream::RunReference(const Kernel& kernel, Frames& frames) {
   }
   if (passThrough) {
     reference::RunPassThrough(settings, noise, source, destination);
-    return;
+  } else {
+    if (!kernel.dithersResampled) noise.strength = 0;
+    reference::RunScaler(settings, noise, state, source, destination);
   }
-  if (!kernel.dithersResampled) noise.strength = 0;
-  reference::RunScaler(settings, noise, state, source, destination);
+  return clampsLevel ? 12 : p.ditherLevel;
 }
 
 void Stream::CompareState(const Kernel& kernel, const VideoProcessor& processor, const std::string& where) const {
@@ -245,8 +254,9 @@ bool Stream::Run(const Kernel& kernel, const FrameSettings& settings, Random& ra
   const Geometry& g = configuration.geometry;
   Paint(settings.content, 2 * g.inWidth, g.inHeight, random, picture);
   Frames frames(First(), settings, random);
-  frames.PutSource(picture, 2 * First().inWidth, First().inStride);
-  RunReference(kernel, frames);
+  frames.source->PutRows(picture, 2 * First().inWidth, frames.sourceOffset, First().inStride);
+  expectedDitherLevel = RunReference(First(), kernel, state, frames.source->Expected() + frames.sourceOffset,
+                                     frames.destination->Expected() + frames.destinationOffset);
 
   std::ostringstream text;
   text << label << ", " << kernel.name << " " << g.inWidth << "x" << g.inHeight << "+" << g.inPadding << " to "
@@ -261,21 +271,17 @@ bool Stream::Run(const Kernel& kernel, const FrameSettings& settings, Random& ra
        << static_cast<int>(settings.flush);
   for (std::size_t i = 0; i < forms.size(); ++i) {
     VideoProcessor& p = *processors[i];
-    const std::string where = std::string("at ") + vidproc::LevelName(forms[i].level) +
-                              (forms[i].generalOnly ? ", general forms: " : ": ") + text.str();
+    const std::string where = "at " + forms[i].Name() + ": " + text.str();
+    const FormsInUse inUse(forms[i]);
     frames.source->Load();
     frames.destination->Load();
     p.srcFrame = frames.source->Live() + frames.sourceOffset;
     p.dstFrame = frames.destination->Live() + frames.destinationOffset;
-    vidproc::CapLevel(forms[i].level);
-    vidproc::UseGeneralFormsOnly(forms[i].generalOnly);
     EXPECT_EQ((p.*kernel.run)(), 0) << where;
     const std::string difference = frames.FirstDifference(p);
     EXPECT_TRUE(difference.empty()) << difference << "\n" << where;
     CompareState(kernel, p, where);
   }
-  vidproc::CapLevel(vidproc::BestLevel());
-  vidproc::UseGeneralFormsOnly(false);
   return !::testing::Test::HasFailure();
 }
 

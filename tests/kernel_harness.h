@@ -105,10 +105,27 @@ struct FrameSettings {
 reference::ScalerSettings ReadSettings(const VideoProcessor& processor, const Kernel& kernel);
 reference::Noise ReadNoise(const VideoProcessor& processor, const Kernel& kernel);
 
-/// What a processor of the stream runs on.
+/// Runs one frame with the settings as the fields stand; deblocking replaces the source.
+/// @return the dither level that the frame leaves behind.
+std::uint32_t RunReference(const VideoProcessor& fields, const Kernel& kernel, reference::StreamState& state,
+                           std::uint8_t* source, std::uint8_t* destination);
+
+/// What kernels may run on: a level, with its choice between forms or with the general ones only.
 struct KernelForms {
   vidproc::Level level;
   bool generalOnly;
+
+  std::string Name() const;
+};
+std::vector<KernelForms> AvailableForms();
+
+/// Kernels run on these forms while it lives.
+class FormsInUse {
+ public:
+  explicit FormsInUse(const KernelForms& forms);
+  ~FormsInUse();
+  FormsInUse(const FormsInUse&) = delete;
+  FormsInUse& operator=(const FormsInUse&) = delete;
 };
 
 /// One stream: a processor per level and the reference's state beside them.
@@ -126,7 +143,6 @@ class Stream {
   struct Frames;
 
   void Apply(const FrameSettings& settings);
-  void RunReference(const Kernel& kernel, Frames& frames);
   void CompareState(const Kernel& kernel, const VideoProcessor& processor, const std::string& where) const;
 
   VideoProcessor& First() const { return *processors.front(); }
