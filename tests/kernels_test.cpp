@@ -3,7 +3,9 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <iterator>
 #include <string>
+#include <vector>
 
 #include "kernel_harness.h"
 
@@ -13,7 +15,6 @@ using namespace testing_support;
 
 constexpr int kSmallFrameCases = 150;
 constexpr int kStreamCases = 60;
-constexpr int kPreProcessorKernels = 7;  // the first ones of the table
 
 int DrawOtherSize(int size, int low, int high, Random& random) {
   struct Ratio {
@@ -77,8 +78,8 @@ TEST_P(KernelTest, SmallFrames) {
 TEST_P(KernelTest, LargeFrames) {
   const Kernel& kernel = GetParam();
   constexpr Geometry kGeometries[] = {
-      {640, 360, 640, 360},  {854, 480, 640, 360, 20, 0}, {1280, 720, 640, 360, 0, 32},
-      {640, 480, 1280, 720}, {1920, 1080, 640, 360},      {240, 135, 1920, 1080},
+      {640, 360, 640, 360},    {854, 480, 640, 360, 20, 0}, {1280, 720, 640, 360, 0, 32}, {1920, 1080, 640, 360},
+      {1920, 1080, 1280, 720}, {240, 135, 1920, 1080},      {33000, 3, 33000, 3},         {33000, 2, 16500, 2},
   };
   std::uint32_t seed = 1000;
   for (const Geometry& geometry : kGeometries) {
@@ -106,17 +107,23 @@ TEST_P(KernelTest, LargeFrames) {
 INSTANTIATE_TEST_SUITE_P(Kernels, KernelTest, testing::ValuesIn(kKernels),
                          [](const auto& info) { return std::string(info.param.name); });
 
-/// Pre-processing kernels take turns on one stream: they share the history, in two layouts, and the first-frame flag.
-/// The first set-up is the largest, as buffers never grow.
-TEST(KernelStreamTest, ChangesOfKernelSettingsAndSize) {
+class KernelStreamTest : public testing::TestWithParam<bool> {};
+
+/// The kernels of a role take turns on one stream: those before transmission share the history, in two layouts, and the
+/// first-frame flag. The first set-up is the largest, as buffers never grow.
+TEST_P(KernelStreamTest, ChangesOfKernelSettingsAndSize) {
+  const bool preProcessor = GetParam();
+  std::vector<Kernel> kernels;
+  std::copy_if(std::begin(kKernels), std::end(kKernels), std::back_inserter(kernels),
+               [=](const Kernel& kernel) { return (kernel.family != Family::kPost) == preProcessor; });
   for (std::uint32_t seed = 1; seed <= kStreamCases; ++seed) {
     Random random(seed * 7919);
-    Stream stream(true);
-    Configuration configuration = DrawConfiguration(kKernels[0], random);
+    Stream stream(preProcessor);
+    Configuration configuration = DrawConfiguration(kernels[0], random);
     configuration.geometry = {130, 70, 130, 70, 0, 16};
     stream.Configure(configuration);
     for (int frame = 0; frame < 12; ++frame) {
-      const Kernel& kernel = kKernels[random.Between(0, kPreProcessorKernels - 1)];
+      const Kernel& kernel = kernels[random.Bits() % kernels.size()];
       if (frame > 0 && (random.OneIn(3) || kernel.family == Family::kTemporal)) {
         configuration = DrawConfiguration(kernel, random);
         stream.Configure(configuration);
@@ -128,5 +135,8 @@ TEST(KernelStreamTest, ChangesOfKernelSettingsAndSize) {
     }
   }
 }
+
+INSTANTIATE_TEST_SUITE_P(Roles, KernelStreamTest, testing::Bool(),
+                         [](const auto& info) { return info.param ? "PreProcessor" : "PostProcessor"; });
 
 }  // namespace
