@@ -11,7 +11,7 @@
 
 namespace {
 
-enum class Route { kNone, kPlain, kPost, kTemporal, kAdaptive, kSmoothing, k16Tap };
+enum class Route { kNone, kPlain, kPost, kTemporal, kAdaptive, kSmoothing, k16Tap, kUnclear };
 
 struct Case {
   const char* name;
@@ -55,11 +55,12 @@ class Dispatch : public testing::TestWithParam<Case> {
 
   Route RouteTaken(const VideoProcessor& p, const std::string& listing) const {
     const bool wrote = std::any_of(destination.begin(), destination.end(), [](int byte) { return byte != 0xCD; });
-    if (!wrote) return listing.empty() && p.temporalFirstFrame != 0 ? Route::kNone : Route::kPost;
-    if (listing.starts_with("PreProc 16 tap")) return Route::k16Tap;
-    if (listing.starts_with("Horizontal")) return Route::kPost;
-    if (listing.empty()) return Route::kTemporal;
-    if (p.temporalFirstFrame != 0) return Route::kPlain;
+    const bool blended = p.temporalFirstFrame == 0;
+    if (!wrote) return listing.empty() && !blended ? Route::kNone : Route::kUnclear;
+    if (listing.empty()) return blended ? Route::kTemporal : Route::kUnclear;
+    if (listing.starts_with("PreProc 16 tap")) return blended ? Route::k16Tap : Route::kUnclear;
+    if (listing.starts_with("Horizontal")) return blended ? Route::kUnclear : Route::kPost;
+    if (!blended) return Route::kPlain;
     return p.smoothingBufferSmall != nullptr && p.smoothingBufferSmall[0] != 0 ? Route::kSmoothing : Route::kAdaptive;
   }
 };
