@@ -106,29 +106,29 @@ Tile MakeSmoothedTile(std::mt19937& random) {
 // The correlations of a tile and their distance from the targets, kept up to date while samples change.
 class Correlations {
  public:
-  explicit Correlations(const Tile& tile) : tile_(tile) {
-    const Moments moments({tile.begin(), tile.end()});
-    mean_ = moments.mean;
-    variance_ = moments.variance;
+  explicit Correlations(const Tile& start) : tile(start) {
+    const Moments moments({start.begin(), start.end()});
+    mean = moments.mean;
+    variance = moments.variance;
     for (int down = 0; down <= kReach; ++down) {
-      for (int right = down == 0 ? 1 : -kReach; right <= kReach; ++right) lags_.push_back({down, right});
+      for (int right = down == 0 ? 1 : -kReach; right <= kReach; ++right) lags.push_back({down, right});
     }
     for (unsigned cell = 0; cell < kCells; ++cell) AddPairs(cell, 0.5);
   }
 
-  const Tile& tile() const { return tile_; }
+  const Tile& Current() const { return tile; }
 
   void Swap(unsigned a, unsigned b) {
     for (unsigned cell : {a, b}) AddPairs(cell, -1);
-    std::swap(tile_[a], tile_[b]);
+    std::swap(tile[a], tile[b]);
     for (unsigned cell : {a, b}) AddPairs(cell, 1);
   }
 
   double Cost() const {
     double cost = 0;
-    for (const Lag& lag : lags_) {
-      const double wrapped = lag.wrapped / (kCells * variance_) - lag.Target();
-      const double inside = lag.inside / (lag.InsidePairs() * variance_) - lag.Target();
+    for (const Lag& lag : lags) {
+      const double wrapped = lag.wrapped / (kCells * variance) - lag.Target();
+      const double inside = lag.inside / (lag.InsidePairs() * variance) - lag.Target();
       cost += wrapped * wrapped + inside * inside;
     }
     return cost;
@@ -148,20 +148,20 @@ class Correlations {
 
   // Counts the products of `cell` with its partners, `weight` times. Exact while no two changed cells are partners.
   void AddPairs(unsigned cell, double weight) {
-    for (Lag& lag : lags_) {
+    for (Lag& lag : lags) {
       for (int sign : {-1, 1}) {
         const unsigned row = cell / kSize + static_cast<unsigned>(sign * lag.down);
         const unsigned column = cell % kSize + static_cast<unsigned>(sign * lag.right);
-        const double product = weight * (tile_[cell] - mean_) * (tile_[Wrapped(row, column)] - mean_);
+        const double product = weight * (tile[cell] - mean) * (tile[Wrapped(row, column)] - mean);
         lag.wrapped += product;
         if (row < kSize && column < kSize) lag.inside += product;
       }
     }
   }
 
-  Tile tile_;
-  double mean_, variance_;
-  std::vector<Lag> lags_;
+  Tile tile;
+  double mean, variance;
+  std::vector<Lag> lags;
 };
 
 bool AreFarApart(unsigned a, unsigned b) {
@@ -183,7 +183,7 @@ Tile MakeTile(std::mt19937& random) {
       correlations.Swap(a, b);
     }
   }
-  return correlations.tile();
+  return correlations.Current();
 }
 
 std::vector<std::uint32_t> MakeSeeds(std::mt19937& random) {
