@@ -1,0 +1,55 @@
+// What the command-line tool reads and writes: frames and pictures in every format, by file and by pipe.
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "tool_fixture.h"
+
+namespace {
+
+using namespace testing_support;
+
+TEST_F(ToolTest, CarriesFramesWithoutLoss) {
+  const std::string made = Md5("post " + kScene + " -o a.uyvy");
+  EXPECT_EQ(Lines(Shell("md5sum a.uyvy").out).at(0).substr(0, 32), made);
+  // Equal sizes without settings make the post-processor copy, so these chains only change containers.
+  EXPECT_EQ(Md5("post a.uyvy --raw uyvy422 --raw-size 96x64 -o b.y4m"), made);
+  EXPECT_EQ(Md5("post b.y4m -o c.mkv"), made);
+  EXPECT_EQ(Md5("post c.mkv -o d.uyvy"), made);
+  EXPECT_EQ(File("d.uyvy"), File("a.uyvy"));
+  EXPECT_EQ(Shell("vidproc post c.mkv -o - | vidproc post - --md5").out.substr(0, 32), made);
+
+  const std::string size = " --size 48x33";
+  const std::string planar = Md5("nv12 " + kScene + size + " -o a.nv12");
+  EXPECT_EQ(File("a.nv12").size(), 4U * (48 * 33 + 48 * 17));
+  EXPECT_EQ(Md5("nv12 " + kScene + size + " -o b.y4m"), planar);
+  EXPECT_EQ(Md5("nv12 " + kScene + size + " -o b.mkv"), planar);
+  const std::string again = Md5("nv12 a.nv12 --raw nv12 --raw-size 48x33 --size 24x16");
+  EXPECT_EQ(Md5("nv12 b.y4m --size 24x16"), again);
+  EXPECT_EQ(Md5("nv12 b.mkv --size 24x16"), again);
+}
+
+TEST_F(ToolTest, ConvertsFullRangeAndSaysSo) {
+  std::string white = "YUV4MPEG2 W16 H16 F30:1 C420jpeg XCOLORRANGE=FULL\nFRAME\n" + std::string(256, '\xff');
+  WriteFile(directory / "full.y4m", white + std::string(128, '\x80'));
+  for (const std::string command : {"post full.y4m -o x.uyvy", "nv12 full.y4m -o x.nv12"}) {
+    const Outcome outcome = Tool(command);
+    EXPECT_EQ(outcome.status, 0) << command;
+    EXPECT_NE(outcome.err.find("full.y4m is full range"), std::string::npos) << outcome.err;
+  }
+  EXPECT_EQ(File("x.uyvy").substr(0, 4), "\x80\xeb\x80\xeb");
+  EXPECT_EQ(File("x.nv12"), std::string(256, '\xeb') + std::string(128, '\x80'));
+}
+
+TEST_F(ToolTest, CutsAtTheNumberOfFramesAndDrawsPictures) {
+  ASSERT_EQ(Tool("pre --synthetic-size 96x64 --frames 3 --size 48x32 -o x.uyvy --compare c.png").status, 0);
+  EXPECT_EQ(File("x.uyvy").size(), 3U * 48 * 32 * 2);
+  ASSERT_EQ(Tool("pre x.uyvy --raw uyvy422 --raw-size 48x32 -o x.png").status, 0);
+  ASSERT_EQ(Tool("filters --from 64x48 --to 48x36 --role pre --plot f.png").status, 0);
+  for (const char* name : {"c.png", "x.png", "f.png"}) {
+    EXPECT_EQ(File(name).substr(0, 8), "\x89PNG\r\n\x1a\n") << name;
+  }
+}
+
+}  // namespace
