@@ -81,6 +81,9 @@ TEST_F(ToolTest, NamesTheFileThatItCannotReadOrWrite) {
       {"pre " + kScene + " -o x.y4m --stats /dev/full", {"/dev/full", "No space left"}},
       {"pre " + kScene + " -o x.y4m --compare none/c.png", {"none/c.png", "No such file"}},
       {"pre " + kScene + " -o - >/dev/full", {"standard output", "No space left"}},
+      {"pre " + kScene + " -o x.y4m --stats s --md5 >/dev/full", {"standard output", "No space left"}},
+      {"exposure " + kScene + " --plot p.png >/dev/full", {"standard output", "No space left"}},
+      {"filters --from 64x48 --to 48x36 --role pre --plot p.png >/dev/full", {"standard output", "No space left"}},
       {"info >/dev/full", {"standard output", "No space left"}},
   };
   for (const auto& one : cases) {
@@ -106,11 +109,14 @@ TEST_F(ToolTest, RefusesTruncatedInputAndKeepsTheOldOutput) {
   }
 }
 
-TEST_F(ToolTest, ReportsAClosedPipe) {
-  const Outcome outcome =
-      Shell("{ vidproc pre --synthetic-size 320x240 --frames 20 -o -; echo $? >status; } | head -c 9");
-  EXPECT_EQ(File("status"), "1\n");
-  ExpectComplaint(outcome, 0, {"standard output", "Broken pipe"});
+TEST_F(ToolTest, EndsWhenNobodyReadsItsOutput) {
+  for (const std::string arguments : {"pre --synthetic-size 320x240 -o -", "exposure --synthetic-size 64x48 --json"}) {
+    SCOPED_TRACE(arguments);
+    const Outcome outcome =
+        Shell("{ timeout 20 vidproc " + arguments + " --frames 1000000000; echo $? >status; } | head -c 9");
+    EXPECT_EQ(File("status"), "1\n");
+    ExpectComplaint(outcome, 0, {"standard output", "Broken pipe"});
+  }
 }
 
 }  // namespace

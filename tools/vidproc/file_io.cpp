@@ -116,6 +116,17 @@ void OutputFile::Commit() {
   workingPath = finalPath;
 }
 
+void PrintLine(const std::string& line) {
+  std::printf("%s\n", line.c_str());
+  FlushStandardOutput();
+}
+
+void FlushStandardOutput() {
+  if (std::fflush(stdout) == 0 && std::ferror(stdout) == 0) return;
+  CheckInterrupted();
+  throw CannotWrite(OutputName("-"), std::strerror(errno));
+}
+
 void CatchInterrupts() {
   struct sigaction action {};
   action.sa_handler = OnInterrupt;

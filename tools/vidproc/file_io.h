@@ -1,5 +1,6 @@
-// Byte files for the plain formats. An output file is written under a temporary name beside its own and takes its own
-// name only when everything is done, so that a failed run leaves nothing that looks like a result.
+// Byte files for the plain formats, and lines on standard output. An output file is written under a temporary name
+// beside its own and takes its own name only when everything is done, so that a failed run leaves nothing that looks
+// like a result.
 #pragma once
 
 #include <cstddef>
@@ -60,6 +61,12 @@ class OutputFile {
   std::string workingPath;  ///< equals finalPath for devices and pipes
   int descriptor = -1;
 };
+
+/// Prints a line on standard output and hands it over at once: whoever reads a pipe need not wait for a full buffer,
+/// and when nobody reads it any more the run ends. Throws ToolError.
+void PrintLine(const std::string& line);
+/// Throws ToolError unless standard output has taken everything that was ever printed.
+void FlushStandardOutput();
 
 /// From here on an interrupt or a termination signal only raises a flag, so that temporary files are removed.
 void CatchInterrupts();

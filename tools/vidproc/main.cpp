@@ -1,9 +1,9 @@
 // vidproc: the library from the command line.
 #include <csignal>
 #include <cstdio>
-#include <cstring>
 #include <exception>
 #include <new>
+#include <optional>
 
 #include "commands.h"
 #include "errors.h"
@@ -37,13 +37,13 @@ void Run(int argc, char** argv) {
 
 int main(int argc, char** argv) {
   using namespace vidproc::tool;
-  std::signal(SIGPIPE, SIG_IGN);  // a closed pipe and a full quota are write errors like any other
+  std::signal(SIGPIPE, SIG_IGN);  // a closed pipe and a file at its size limit are write errors like any other
   std::signal(SIGXFSZ, SIG_IGN);
   CatchInterrupts();
   CaptureFfmpegLog();
   try {
     Run(argc, argv);
-    if (std::fflush(stdout) != 0) throw CannotWrite("standard output", std::strerror(errno));
+    FlushStandardOutput();
     return kSuccess;
   } catch (const ToolError& error) {
     std::fprintf(stderr, "vidproc: %s%s\n", error.what(), error.status == kUsage ? " (see vidproc --help)" : "");

@@ -1,10 +1,12 @@
 // exposure: the brightness watcher over a stream, as events, JSON lines and a chart.
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <cstdio>
 #include <memory>
 #include <nlohmann/json.hpp>
 #include <optional>
+#include <string>
 #include <vector>
 
 #include "commands.h"
@@ -51,17 +53,19 @@ double MeanLuma(const Picture& picture) {
 const char* EventName(int result) { return result == kSettled ? "settled" : "drifted"; }
 Rgb EventColour(int result) { return result == kSettled ? kGreen : kRed; }
 
-void PrintJson(const Sample& sample) {
+std::string JsonLine(const Sample& sample) {
   const nlohmann::ordered_json line = {{"frame", sample.frame},
                                        {"seconds", std::round(sample.seconds * 1e6) / 1e6},
                                        {"result", sample.result},
                                        {"brightness", std::round(sample.brightness * 100) / 100}};
-  std::printf("%s\n", line.dump().c_str());
+  return line.dump();
 }
 
-void PrintEvent(const Sample& sample) {
-  std::printf("%9.3f s  frame %5lld  %s, brightness %.1f\n", sample.seconds, static_cast<long long>(sample.frame),
-              EventName(sample.result), sample.brightness);
+std::string EventLine(const Sample& sample) {
+  std::array<char, 128> text{};
+  std::snprintf(text.data(), text.size(), "%9.3f s  frame %5lld  %s, brightness %.1f", sample.seconds,
+                static_cast<long long>(sample.frame), EventName(sample.result), sample.brightness);
+  return text.data();
 }
 
 Image PlotBrightness(const std::vector<Sample>& samples, const std::string& name) {
@@ -105,11 +109,9 @@ void RunExposure(const Options& options) {
     const Sample sample{progress.Frames(), static_cast<double>(picture.pts) * av_q2d(info.timeBase),
                         watcher.Watch(picture), MeanLuma(picture)};
     const bool event = sample.result >= 0;
-    if (event || options.json) progress.Clear();
-    if (options.json) {
-      PrintJson(sample);
-    } else if (event) {
-      PrintEvent(sample);
+    if (event || options.json) {
+      progress.Clear();
+      PrintLine(options.json ? JsonLine(sample) : EventLine(sample));
     }
     events += event ? 1 : 0;
     if (plot) samples.push_back(sample);
@@ -117,7 +119,7 @@ void RunExposure(const Options& options) {
   }
   progress.Clear();
   if (!options.json && events == 0) {
-    std::printf("no event in %lld frames\n", static_cast<long long>(progress.Frames()));
+    PrintLine("no event in " + std::to_string(progress.Frames()) + " frames");
   }
   if (plot) {
     const auto png = EncodePng(PlotBrightness(samples, info.name));

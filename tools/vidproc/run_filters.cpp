@@ -137,6 +137,7 @@ void RunFilters(const Options& options) {
   std::printf("%s (* phase in use)\n", title.c_str());
   PrintBank(horizontal);
   PrintBank(vertical);
+  FlushStandardOutput();
   if (!plot) return;
   const auto png = EncodePng(PlotBanks(horizontal, vertical, title));
   plot->Write(png.data(), png.size());

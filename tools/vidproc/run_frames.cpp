@@ -101,14 +101,18 @@ void RunFrames(const Options& options) {
     compare->Write(png.data(), png.size());
     compare->Close();
   }
+  if (output.md5) {
+    const std::string line = digest.Text() + "  " + std::to_string(progress.Frames()) + " frames of " + ToString(size) +
+                             (layout == Layout::kUyvy ? " uyvy422" : " nv12");
+    if (output.path == "-") {
+      std::fprintf(stderr, "%s\n", line.c_str());
+    } else {
+      PrintLine(line);
+    }
+  }
   if (writer) writer->Commit();
   if (stats) stats->Commit();
   if (compare) compare->Commit();
-  if (output.md5) {
-    std::fprintf(output.path == "-" ? stderr : stdout, "%s  %lld frames of %s %s\n", digest.Text().c_str(),
-                 static_cast<long long>(progress.Frames()), ToString(size).c_str(),
-                 layout == Layout::kUyvy ? "uyvy422" : "nv12");
-  }
   if (progress.Shown()) {
     std::fprintf(stderr, "%lld frames of %s in %.2f s (%s, %s)\n", static_cast<long long>(progress.Frames()),
                  ToString(size).c_str(), progress.Seconds(), processing->Kernel().c_str(), LevelName(LevelInUse()));
