@@ -30,6 +30,16 @@ TEST_F(ToolTest, CarriesFramesWithoutLoss) {
   EXPECT_EQ(Md5("nv12 b.mkv --size 24x16"), again);
 }
 
+TEST_F(ToolTest, KeepsTheDigestApartFromAResultOnStandardOutput) {
+  const std::string digest = Md5("post " + kScene);
+  for (const std::string result : {"-o -", "--stats -", "--compare -"}) {
+    const Outcome outcome = Tool("post " + kScene + " --md5 " + result);
+    EXPECT_EQ(outcome.status, 0) << result;
+    EXPECT_EQ(outcome.err.substr(0, 32), digest) << result;
+    EXPECT_EQ(outcome.out.find(digest), std::string::npos) << result;
+  }
+}
+
 TEST_F(ToolTest, ConvertsFullRangeAndSaysSo) {
   std::string white = "YUV4MPEG2 W16 H16 F30:1 C420jpeg XCOLORRANGE=FULL\nFRAME\n" + std::string(256, '\xff');
   WriteFile(directory / "full.y4m", white + std::string(128, '\x80'));

@@ -63,20 +63,23 @@ class PngWriter final : public FrameWriter {
 
 bool WritesOneFrame(const std::string& path) { return Ending(path) == ".png"; }
 
-void CheckOutputFormat(const std::string& path, Layout layout, Size size) {
+void CheckOutputName(const std::string& path, Layout layout) {
   const std::string ending = Ending(path);
   const std::string raw = layout == Layout::kUyvy ? ".uyvy" : ".nv12";
   if (ending == (layout == Layout::kUyvy ? ".nv12" : ".uyvy")) {
     throw BadUsage("-o", path + ": this command makes " + raw.substr(1) + " frames; raw output ends in " + raw);
   }
-  if (ending == ".mp4" && (size.width % 2 != 0 || size.height % 2 != 0)) {
-    throw BadUsage("--size",
-                   "an .mp4 needs an even width and height, not " + ToString(size) + "; .mkv and .y4m do not");
-  }
   for (const char* known : {".y4m", ".mkv", ".mp4", ".png", raw.c_str()}) {
     if (ending == known) return;
   }
   throw BadUsage("-o", path + ": the name must end in .y4m, .mkv, .mp4, .png or " + raw + ", or be - for Y4M");
+}
+
+void CheckOutputSize(const std::string& path, Size size) {
+  if (Ending(path) == ".mp4" && (size.width % 2 != 0 || size.height % 2 != 0)) {
+    throw BadUsage("--size",
+                   "an .mp4 needs an even width and height, not " + ToString(size) + "; .mkv and .y4m do not");
+  }
 }
 
 std::unique_ptr<FrameWriter> OpenWriter(const std::string& path, const StreamInfo& info, Layout layout) {

@@ -23,8 +23,10 @@ class FrameWriter {
   OutputFile file;
 };
 
-/// Throws ToolError with status 2 when the ending is unknown or does not go with the layout or size.
-void CheckOutputFormat(const std::string& path, Layout layout, Size size);
+/// Throws ToolError with status 2 when the ending is unknown or does not go with the layout.
+void CheckOutputName(const std::string& path, Layout layout);
+/// Throws ToolError with status 2 when the format does not go with the size.
+void CheckOutputSize(const std::string& path, Size size);
 bool WritesOneFrame(const std::string& path);
 
 /// `info` describes the frames to be written.

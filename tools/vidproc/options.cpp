@@ -3,9 +3,13 @@
 
 #include <CLI/CLI.hpp>
 #include <charconv>
+#include <filesystem>
+#include <map>
 #include <optional>
 
 #include "errors.h"
+#include "file_io.h"
+#include "frame_writer.h"
 
 namespace vidproc::tool {
 namespace {
@@ -72,6 +76,17 @@ CLI::Option* AddSize(CLI::App& command, const std::string& name, Size& size, con
       ->type_name("WxH");
 }
 
+/// The name of a file to read or write; an empty one is most likely a shell variable that is not set.
+CLI::Option* AddPath(CLI::App& command, const std::string& name, std::string& path, const std::string& help) {
+  return command.add_option_function<std::string>(
+      name,
+      [name, &path](const std::string& text) {
+        if (text.empty()) throw CLI::ValidationError(name, "the name is empty");
+        path = text;
+      },
+      help);
+}
+
 void AddTemporal(CLI::App& command, std::optional<Temporal>& temporal) {
   command
       .add_option_function<std::string>(
@@ -127,7 +142,8 @@ void AddCpu(CLI::App& command, std::optional<Level>& cpu) {
 
 void AddInput(CLI::App& command, InputOptions& input) {
   CLI::Option* path =
-      command.add_option("IN", input.path, "file to read, - for Y4M from standard input; absent: --synthetic");
+      AddPath(command, "IN", input.path, "file to read, - for Y4M from standard input; absent: --synthetic")
+          ->type_name("");
   command.add_flag("--synthetic", input.synthetic, "render a camera scene instead of reading a file")->excludes(path);
   AddSize(command, "--synthetic-size", input.syntheticSize, "size of the synthetic scene (default 1280x720)")
       ->excludes(path);
@@ -145,17 +161,17 @@ void AddInput(CLI::App& command, InputOptions& input) {
 }
 
 void AddOutput(CLI::App& command, OutputOptions& output) {
-  command
-      .add_option("-o,--output", output.path,
-                  "file to write, by its ending: .y4m, .mkv (lossless), .mp4 (x264, CRF 18), .png (one frame), "
-                  ".uyvy or .nv12 (raw); - for Y4M on standard output")
+  AddPath(command, "-o,--output", output.path,
+          "file to write, by its ending: .y4m, .mkv (lossless), .mp4 (x264, CRF 18), .png (one frame), "
+          ".uyvy or .nv12 (raw); - for Y4M on standard output")
       ->type_name("OUT");
   AddSize(command, "--size", output.size, "size of the frames to make (default: the input's)");
-  command.add_option("--compare", output.comparePath, "write the last frame before and after, side by side")
+  AddPath(command, "--compare", output.comparePath, "write the last frame before and after, side by side")
       ->type_name("FILE.png");
-  command.add_option("--stats", output.statsPath, "write a JSON line for every frame: number, nanoseconds, kernel")
+  AddPath(command, "--stats", output.statsPath, "write a JSON line for every frame: number, nanoseconds, kernel")
       ->type_name("FILE");
-  command.add_flag("--md5", output.md5, "print the MD5 of the frames' bytes");
+  command.add_flag("--md5", output.md5,
+                   "print the MD5 of the frames' bytes (on standard error where standard output is taken)");
 }
 
 void AddScaler(CLI::App& command, ScalerOptions& scaler, bool withDither) {
@@ -204,8 +220,7 @@ void AddOthers(CLI::App& app, Options& options) {
   exposure.callback([&options] { options.command = Command::kExposure; });
   AddInput(exposure, options.input);
   exposure.add_flag("--json", options.json, "print a JSON line for every frame: result and brightness");
-  exposure.add_option("--plot", options.plotPath, "draw the brightness over time with the events")
-      ->type_name("FILE.png");
+  AddPath(exposure, "--plot", options.plotPath, "draw the brightness over time with the events")->type_name("FILE.png");
   AddCpu(exposure, options.cpu);
 
   CLI::App& filters = *app.add_subcommand("filters", "Print the resampling filter banks for a change of size");
@@ -220,11 +235,38 @@ void AddOthers(CLI::App& app, Options& options) {
       ->required();
   filters.add_flag("--taps16", options.pre.taps16, "16 + 8 taps instead of 8 + 4 (pre only)");
   AddScaler(filters, options.scaler, false);
-  filters.add_option("--plot", options.plotPath, "draw the taps and the frequency response")->type_name("FILE.png");
+  AddPath(filters, "--plot", options.plotPath, "draw the taps and the frequency response")->type_name("FILE.png");
 
   CLI::App& info = *app.add_subcommand("info", "Print version, processor, levels and the level in use");
   info.callback([&options] { options.command = Command::kInfo; });
   AddCpu(info, options.cpu);
+}
+
+/// Every result goes to a place of its own, and the endings of names are true.
+void CheckResults(const Options& options) {
+  const OutputOptions& output = options.output;
+  const struct {
+    const char* option;
+    const std::string& path;
+    bool isPicture;
+  } results[] = {{"-o", output.path, false},
+                 {"--compare", output.comparePath, true},
+                 {"--stats", output.statsPath, false},
+                 {"--plot", options.plotPath, true}};
+  std::map<std::string, std::string> takenBy;
+  if (options.command == Command::kExposure || options.command == Command::kFilters) {
+    takenBy["-"] = "the lines that this command prints";
+  }
+  for (const auto& [option, path, isPicture] : results) {
+    if (path.empty()) continue;
+    const std::string place = path == "-" ? path : std::filesystem::absolute(path).lexically_normal().string();
+    const auto [other, isNew] = takenBy.try_emplace(place, option);
+    if (!isNew) throw BadUsage(option, OutputName(path) + " is taken by " + other->second);
+    if (isPicture && path != "-" && !path.ends_with(".png")) {
+      throw BadUsage(option, path + ": the name must end in .png");
+    }
+  }
+  if (!output.path.empty()) CheckOutputName(output.path, LayoutOf(options.command));
 }
 
 /// Rules that span several options.
@@ -235,9 +277,7 @@ void Check(Options& options) {
   if (makesFrames && output.path.empty() && output.comparePath.empty() && output.statsPath.empty() && !output.md5) {
     throw BadUsage("-o", "name a file to write (.y4m, .mkv, .mp4, .png, .uyvy, .nv12, or - for Y4M)");
   }
-  if (output.path == "-" && (output.statsPath == "-" || output.comparePath == "-")) {
-    throw BadUsage("-o", "only one result can go to standard output");
-  }
+  CheckResults(options);
   if (options.filters.post && options.pre.taps16) throw BadUsage("--taps16", "only --role pre has long taps");
   if (options.input.path.empty()) options.input.synthetic = true;
 }

@@ -12,6 +12,9 @@ namespace vidproc::tool {
 
 enum class Command { kPre, kPost, kNv12, kExposure, kFilters, kInfo };
 
+/// The frames that pre, post and exposure or nv12 work on.
+inline Layout LayoutOf(Command command) { return command == Command::kNv12 ? Layout::kNv12 : Layout::kUyvy; }
+
 struct InputOptions {
   std::string path;  ///< empty: the synthetic scene; "-": standard input
   bool synthetic = false;
@@ -28,6 +31,7 @@ struct OutputOptions {
   std::string comparePath;
   std::string statsPath;
   bool md5 = false;
+  bool TakesStandardOutput() const { return path == "-" || comparePath == "-" || statsPath == "-"; }
 };
 
 struct ScalerOptions {

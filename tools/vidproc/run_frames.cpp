@@ -66,13 +66,13 @@ void WriteStats(OutputFile& file, std::int64_t frame, const Processing& processi
 
 void RunFrames(const Options& options) {
   const OutputOptions& output = options.output;
-  const Layout layout = options.command == Command::kNv12 ? Layout::kNv12 : Layout::kUyvy;
+  const Layout layout = LayoutOf(options.command);
   InputOptions input = options.input;
   if (WritesOneFrame(output.path) && input.frames == 0) input.frames = 1;
   FrameReader reader(input, layout);
   const StreamInfo& info = reader.Info();
   const Size size = output.size.width > 0 ? output.size : info.size;
-  if (!output.path.empty()) CheckOutputFormat(output.path, layout, size);
+  CheckOutputSize(output.path, size);
 
   const std::unique_ptr<Processing> processing = MakeProcessing(options, info.size, size);
   std::unique_ptr<FrameWriter> writer;
@@ -104,7 +104,7 @@ void RunFrames(const Options& options) {
   if (output.md5) {
     const std::string line = digest.Text() + "  " + std::to_string(progress.Frames()) + " frames of " + ToString(size) +
                              (layout == Layout::kUyvy ? " uyvy422" : " nv12");
-    if (output.path == "-") {
+    if (output.TakesStandardOutput()) {
       std::fprintf(stderr, "%s\n", line.c_str());
     } else {
       PrintLine(line);
