@@ -1,6 +1,8 @@
 // What the command-line tool reads and writes: frames and pictures in every format, by file and by pipe.
 #include <gtest/gtest.h>
 
+#include <cstdint>
+#include <initializer_list>
 #include <string>
 #include <vector>
 
@@ -9,6 +11,39 @@
 namespace {
 
 using namespace testing_support;
+
+std::string Words(std::initializer_list<std::uint32_t> words) {
+  std::string bytes;
+  for (const std::uint32_t word : words) {
+    for (int shift = 0; shift < 32; shift += 8) bytes += static_cast<char>(word >> shift & 255);
+  }
+  return bytes;
+}
+
+std::string Chunk(const std::string& name, const std::string& content) {
+  return name + Words({static_cast<std::uint32_t>(content.size())}) + content;
+}
+
+/// One grey 16x16 frame of raw UYVY and a packet of sound that no decoder takes.
+std::string AviWithDamagedSound() {
+  const auto list = [](const std::string& content) { return Chunk("LIST", content); };
+  const std::string noWords(24, '\0');
+  const std::string video = Chunk("strh", "vidsUYVY" + Words({0, 0, 0, 1, 30, 0, 1}) + noWords) +
+                            Chunk("strf", Words({40, 16, 16, 16 << 16 | 1}) + "UYVY" + Words({512}) + noWords);
+  const std::string sound = Chunk("strh", "auds" + Words({0, 0, 0, 0, 1, 48000, 0, 1}) + noWords) +
+                            Chunk("strf", Words({2 << 16 | 0x50, 48000, 16000, 16 << 16 | 1}));
+  const std::string header = Chunk("avih", Words({33333, 0, 0, 0, 1, 0, 2, 0, 16, 16}) + noWords);
+  const std::string data = Chunk("00dc", std::string(512, '\x80')) + Chunk("01wb", std::string(400, 'U'));
+  return Chunk("RIFF",
+               "AVI " + list("hdrl" + header + list("strl" + video) + list("strl" + sound)) + list("movi" + data));
+}
+
+TEST_F(ToolTest, LeavesSoundAlone) {
+  WriteFile(directory / "in.avi", AviWithDamagedSound());
+  const Outcome outcome = Tool("post in.avi -o x.uyvy");
+  EXPECT_EQ(outcome.status, 0) << outcome.err;
+  EXPECT_EQ(File("x.uyvy"), std::string(512, '\x80'));
+}
 
 TEST_F(ToolTest, CarriesFramesWithoutLoss) {
   const std::string made = Md5("post " + kScene + " -o a.uyvy");

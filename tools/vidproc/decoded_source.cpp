@@ -12,7 +12,7 @@ namespace vidproc::tool {
 namespace {
 
 std::string Reason(int code) {
-  const std::string detail = FfmpegComplaint();
+  const std::string detail = InputComplaint();
   return FfmpegError(code) + (detail.empty() ? "" : " (" + detail + ")");
 }
 
@@ -32,18 +32,19 @@ class DecodedSource final : public FrameSource {
     Check(streamIndex);
     OpenCodec(*codec);
     Describe();
+    ForgetInputComplaint();  // what probing made of half a frame; decoding says it again if it matters
   }
 
   bool Next(AVFrame& frame) override {
     int result = 0;
     while ((result = avcodec_receive_frame(decoder.get(), &frame)) == AVERROR(EAGAIN)) Feed();
     if (result == AVERROR_EOF) {
-      if (const std::string detail = FfmpegComplaint(); !detail.empty()) throw Damaged(detail);
+      if (const std::string detail = InputComplaint(); !detail.empty()) throw Damaged(detail);
       return false;
     }
     Check(result);
     if (frame.decode_error_flags != 0 || (frame.flags & AV_FRAME_FLAG_CORRUPT) != 0) {
-      throw Damaged(FfmpegComplaint().empty() ? "it is damaged" : FfmpegComplaint());
+      throw Damaged(InputComplaint().empty() ? "it is damaged" : InputComplaint());
     }
     SetPts(frame);
     ++frames;
