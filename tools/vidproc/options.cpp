@@ -140,7 +140,8 @@ void AddCpu(CLI::App& command, std::optional<Level>& cpu) {
       ->type_name("LEVEL");
 }
 
-void AddInput(CLI::App& command, InputOptions& input) {
+/// `seeded`: what --seed starts besides the synthetic scene's noise.
+void AddInput(CLI::App& command, InputOptions& input, const std::string& seeded = "") {
   CLI::Option* path =
       AddPath(command, "IN", input.path, "file to read, - for Y4M from standard input; absent: --synthetic")
           ->type_name("");
@@ -157,7 +158,7 @@ void AddInput(CLI::App& command, InputOptions& input) {
   AddNumber(command, "--frames", input.frames, 1, 1000000000,
             "process at most N frames (synthetic: 150; .png: the last of N, default 1)");
   AddNumber(command, "--seed", input.seed, 0, 0xffffffff,
-            "start of the dither noise and of the synthetic scene's noise (default 1)");
+            "start of " + seeded + "the synthetic scene's noise (default 1)");
 }
 
 void AddOutput(CLI::App& command, OutputOptions& output) {
@@ -184,7 +185,7 @@ void AddScaler(CLI::App& command, ScalerOptions& scaler, bool withDither) {
 void AddPre(CLI::App& app, Options& options) {
   CLI::App& command = *app.add_subcommand("pre", "Pre-process camera frames: scale, denoise, sharpen, dither");
   command.callback([&options] { options.command = Command::kPre; });
-  AddInput(command, options.input);
+  AddInput(command, options.input, "the dither noise and of ");
   AddOutput(command, options.output);
   AddScaler(command, options.scaler, true);
   CLI::Option* adaptive =
@@ -201,7 +202,7 @@ void AddPre(CLI::App& app, Options& options) {
 void AddPost(CLI::App& app, Options& options) {
   CLI::App& command = *app.add_subcommand("post", "Post-process decoded frames: deblock, scale, sharpen, dither");
   command.callback([&options] { options.command = Command::kPost; });
-  AddInput(command, options.input);
+  AddInput(command, options.input, "the dither noise and of ");
   AddOutput(command, options.output);
   AddScaler(command, options.scaler, true);
   AddNumber(command, "--deblock", options.deblock, 21, 51, "smooth 8x8 block edges, 21 (weakest) to 51");

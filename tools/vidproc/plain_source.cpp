@@ -6,6 +6,7 @@ extern "C" {
 #include <charconv>
 #include <map>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "errors.h"

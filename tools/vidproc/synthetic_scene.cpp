@@ -1,6 +1,7 @@
 // A camera scene made here, for trying things without a clip: a presenter who sways before a wall with books and a
 // poster, a turning star and a running text line, sensor noise, and a lamp that goes out and comes back. The same size
 // and seed give the same frames.
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <numbers>
