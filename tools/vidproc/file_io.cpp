@@ -34,11 +34,10 @@ void GiveUsualPermissions(int descriptor) {
 
 }  // namespace
 
-std::string InputName(const std::string& path) { return path == "-" ? "standard input" : path; }
 std::string OutputName(const std::string& path) { return path == "-" ? "standard output" : path; }
 
 InputFile::InputFile(const std::string& path)
-    : name(InputName(path)), file(path == "-" ? stdin : std::fopen(path.c_str(), "rb")) {
+    : name(path == "-" ? "standard input" : path), file(path == "-" ? stdin : std::fopen(path.c_str(), "rb")) {
   if (!file) throw CannotRead(name, std::strerror(errno));
   if (isatty(fileno(file.get()))) throw CannotRead(name, "it is a terminal; pipe a Y4M stream into it");
 }

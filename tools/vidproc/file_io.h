@@ -11,8 +11,7 @@
 
 namespace vidproc::tool {
 
-/// How messages call a path: "-" is a standard stream.
-std::string InputName(const std::string& path);
+/// How messages call a path: "-" is standard output.
 std::string OutputName(const std::string& path);
 
 class InputFile {

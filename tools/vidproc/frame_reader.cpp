@@ -20,8 +20,11 @@ std::unique_ptr<FrameSource> OpenSource(const InputOptions& options) {
 
 }  // namespace
 
-void DescribeFrame(const StreamInfo& info, std::int64_t pts, AVFrame& frame) {
+void DescribeFrame(const StreamInfo& info, AVPixelFormat format, const std::uint8_t* bytes, std::int64_t pts,
+                   AVFrame& frame) {
+  BorrowBytes(format, info.size, bytes, frame);
   frame.pts = pts;
+  frame.color_range = AVCOL_RANGE_MPEG;
   frame.color_primaries = info.colour.primaries;
   frame.color_trc = info.colour.transfer;
   frame.colorspace = info.colour.matrix;

@@ -27,8 +27,9 @@ std::unique_ptr<FrameSource> OpenY4m(const std::string& path);
 std::unique_ptr<FrameSource> OpenRaw(const std::string& path, const std::string& format, Size size);
 std::unique_ptr<FrameSource> OpenSyntheticScene(Size size, std::uint32_t seed);
 
-/// Fields that every frame of a source without its own frame objects shares.
-void DescribeFrame(const StreamInfo& info, std::int64_t pts, AVFrame& frame);
+/// Fields that every frame of a source without its own frame objects shares; the bytes are borrowed.
+void DescribeFrame(const StreamInfo& info, AVPixelFormat format, const std::uint8_t* bytes, std::int64_t pts,
+                   AVFrame& frame);
 
 class FrameReader {
  public:

@@ -49,8 +49,7 @@ class PngWriter final : public FrameWriter {
   PngWriter(const std::string& path, const StreamInfo& info) : FrameWriter(path), colour(info.colour) {}
   void Write(const Picture& picture) override { last = picture; }
   void Finish() override {
-    const std::vector<std::uint8_t> png = EncodePng(ToRgb(last, colour, last.size));
-    file.Write(png.data(), png.size());
+    WritePng(file, ToRgb(last, colour, last.size));
     FrameWriter::Finish();
   }
 

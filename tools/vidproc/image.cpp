@@ -81,8 +81,7 @@ void Image::Place(const Image& other, int left, int top) {
 
 Image ToRgb(const Picture& picture, const ColourTags& colour, Size target) {
   Image image(target, {});
-  const AVPixelFormat format = picture.layout == Layout::kUyvy ? AV_PIX_FMT_UYVY422 : AV_PIX_FMT_NV12;
-  FramePtr from = WrapFrame(format, picture.size, picture.bytes.data());
+  FramePtr from = WrapFrame(PackedFormat(picture.layout), picture.size, picture.bytes.data());
   from->colorspace = MatrixOf(colour, picture.size);
   from->color_range = AVCOL_RANGE_MPEG;
   FramePtr to = WrapFrame(AV_PIX_FMT_RGB24, target, image.rgb.data());
@@ -90,7 +89,7 @@ Image ToRgb(const Picture& picture, const ColourTags& colour, Size target) {
   return image;
 }
 
-std::vector<std::uint8_t> EncodePng(const Image& image) {
+void WritePng(OutputFile& file, const Image& image) {
   const AVCodec* codec = avcodec_find_encoder(AV_CODEC_ID_PNG);
   if (codec == nullptr) throw ToolError(kFailure, "this FFmpeg has no PNG encoder");
   CodecPtr encoder(OrBadAlloc(avcodec_alloc_context3(codec)));
@@ -105,7 +104,7 @@ std::vector<std::uint8_t> EncodePng(const Image& image) {
   if (result >= 0) result = avcodec_send_frame(encoder.get(), nullptr);
   if (result >= 0) result = avcodec_receive_packet(encoder.get(), packet.get());
   if (result < 0) throw ToolError(kFailure, "PNG encoding failed: " + FfmpegError(result));
-  return {packet->data, packet->data + packet->size};
+  file.Write(packet->data, static_cast<std::size_t>(packet->size));
 }
 
 }  // namespace vidproc::tool

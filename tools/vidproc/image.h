@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "file_io.h"
 #include "picture.h"
 
 namespace vidproc::tool {
@@ -38,6 +39,7 @@ class Image {
 /// The picture as RGB, scaled to `target`.
 Image ToRgb(const Picture& picture, const ColourTags& colour, Size target);
 
-std::vector<std::uint8_t> EncodePng(const Image& image);
+/// Writes the image as a PNG; the file stays open.
+void WritePng(OutputFile& file, const Image& image);
 
 }  // namespace vidproc::tool

@@ -53,13 +53,12 @@ AVPixelFormat WithoutRange(int format) {
   }
 }
 
-AVPixelFormat PackedFormat(Layout layout) { return layout == Layout::kUyvy ? AV_PIX_FMT_UYVY422 : AV_PIX_FMT_NV12; }
+const std::uint8_t* Row(const AVFrame& frame, int plane, std::size_t y) {
+  return frame.data[plane] + static_cast<std::ptrdiff_t>(y) * frame.linesize[plane];
+}
 
 void CopyRows(const AVFrame& frame, int plane, std::size_t rowBytes, std::size_t rows, std::uint8_t* to) {
-  for (std::size_t y = 0; y < rows; ++y) {
-    std::memcpy(to + y * rowBytes, frame.data[plane] + static_cast<std::ptrdiff_t>(y) * frame.linesize[plane],
-                rowBytes);
-  }
+  for (std::size_t y = 0; y < rows; ++y) std::memcpy(to + y * rowBytes, Row(frame, plane, y), rowBytes);
 }
 
 void InterleavePair(const std::uint8_t* cb, const std::uint8_t* cr, std::size_t count, std::uint8_t* to) {
@@ -67,10 +66,6 @@ void InterleavePair(const std::uint8_t* cb, const std::uint8_t* cr, std::size_t 
     to[2 * i] = cb[i];
     to[2 * i + 1] = cr[i];
   }
-}
-
-const std::uint8_t* Row(const AVFrame& frame, int plane, std::size_t y) {
-  return frame.data[plane] + static_cast<std::ptrdiff_t>(y) * frame.linesize[plane];
 }
 
 void PackUyvy(const AVFrame& frame, Picture& picture) {
@@ -111,6 +106,8 @@ bool Repack(const AVFrame& frame, Picture& picture) {
 
 }  // namespace
 
+AVPixelFormat PackedFormat(Layout layout) { return layout == Layout::kUyvy ? AV_PIX_FMT_UYVY422 : AV_PIX_FMT_NV12; }
+
 AVPixelFormat PlanarFormat(Layout layout) { return layout == Layout::kUyvy ? AV_PIX_FMT_YUV422P : AV_PIX_FMT_YUV420P; }
 
 void ToPlanar(const Picture& picture, std::vector<std::uint8_t>& planes) {
@@ -143,12 +140,16 @@ AVColorSpace MatrixOf(const ColourTags& colour, Size size) {
   return size.height >= 720 ? AVCOL_SPC_BT709 : AVCOL_SPC_SMPTE170M;
 }
 
+void BorrowBytes(AVPixelFormat format, Size size, const std::uint8_t* bytes, AVFrame& frame) {
+  frame.format = format;
+  frame.width = size.width;
+  frame.height = size.height;
+  av_image_fill_arrays(frame.data, frame.linesize, bytes, format, size.width, size.height, 1);
+}
+
 FramePtr WrapFrame(AVPixelFormat format, Size size, const std::uint8_t* bytes) {
   FramePtr frame(OrBadAlloc(av_frame_alloc()));
-  frame->format = format;
-  frame->width = size.width;
-  frame->height = size.height;
-  av_image_fill_arrays(frame->data, frame->linesize, bytes, format, size.width, size.height, 1);
+  BorrowBytes(format, size, bytes, *frame);
   return frame;
 }
 

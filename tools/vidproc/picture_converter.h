@@ -14,11 +14,13 @@ namespace vidproc::tool {
 /// Lossless planar copy: yuv422p of a UYVY picture, yuv420p of an NV12 picture; planes follow each other without gaps.
 void ToPlanar(const Picture& picture, std::vector<std::uint8_t>& planes);
 AVPixelFormat PlanarFormat(Layout layout);
+AVPixelFormat PackedFormat(Layout layout);
 
 /// The matrix that turns a stream's YCbCr into RGB: its own, or the usual one for its size.
 AVColorSpace MatrixOf(const ColourTags& colour, Size size);
 
-/// Frame (borrowing the bytes) over packed or planar memory without gaps.
+/// Points a frame at packed or planar memory without gaps, which stays the caller's.
+void BorrowBytes(AVPixelFormat format, Size size, const std::uint8_t* bytes, AVFrame& frame);
 FramePtr WrapFrame(AVPixelFormat format, Size size, const std::uint8_t* bytes);
 
 /// One libswscale conversion between two formats and sizes; set up at first use and again when the source changes.

@@ -29,11 +29,7 @@ class PlainSource : public FrameSource {
       throw CannotRead(info.name, "it is truncated: frame " + std::to_string(frames) + " has " + std::to_string(got) +
                                       " of " + std::to_string(bytes.size()) + " bytes");
     }
-    frame.format = format;
-    frame.width = info.size.width;
-    frame.height = info.size.height;
-    av_image_fill_arrays(frame.data, frame.linesize, bytes.data(), format, frame.width, frame.height, 1);
-    DescribeFrame(info, frames++, frame);
+    DescribeFrame(info, format, bytes.data(), frames++, frame);
     frame.color_range = range;
     return true;
   }

@@ -122,8 +122,7 @@ void RunExposure(const Options& options) {
     PrintLine("no event in " + std::to_string(progress.Frames()) + " frames");
   }
   if (plot) {
-    const auto png = EncodePng(PlotBrightness(samples, info.name));
-    plot->Write(png.data(), png.size());
+    WritePng(*plot, PlotBrightness(samples, info.name));
     plot->Commit();
   }
 }

@@ -139,8 +139,7 @@ void RunFilters(const Options& options) {
   PrintBank(vertical);
   FlushStandardOutput();
   if (!plot) return;
-  const auto png = EncodePng(PlotBanks(horizontal, vertical, title));
-  plot->Write(png.data(), png.size());
+  WritePng(*plot, PlotBanks(horizontal, vertical, title));
   plot->Commit();
 }
 

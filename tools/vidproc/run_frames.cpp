@@ -97,8 +97,7 @@ void RunFrames(const Options& options) {
   if (writer) writer->Finish();
   if (stats) stats->Close();
   if (compare) {
-    const auto png = EncodePng(ComparePicture(before, after, info.colour, processing->Kernel()));
-    compare->Write(png.data(), png.size());
+    WritePng(*compare, ComparePicture(before, after, info.colour, processing->Kernel()));
     compare->Close();
   }
   if (output.md5) {

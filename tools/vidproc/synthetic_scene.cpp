@@ -10,10 +10,6 @@
 #include "frame_reader.h"
 #include "scene_canvas.h"
 
-extern "C" {
-#include <libavutil/imgutils.h>
-}
-
 namespace vidproc::tool {
 namespace {
 
@@ -69,13 +65,7 @@ class SyntheticScene final : public FrameSource {
     PaintPresenter(seconds);
     PaintTicker(seconds);
     Expose(LightAt(seconds));
-    frame.format = AV_PIX_FMT_UYVY422;
-    frame.width = info.size.width;
-    frame.height = info.size.height;
-    av_image_fill_arrays(frame.data, frame.linesize, view.bytes.data(), AV_PIX_FMT_UYVY422, frame.width, frame.height,
-                         1);
-    DescribeFrame(info, frames++, frame);
-    frame.color_range = AVCOL_RANGE_MPEG;
+    DescribeFrame(info, AV_PIX_FMT_UYVY422, view.bytes.data(), frames++, frame);
     return true;
   }
 
