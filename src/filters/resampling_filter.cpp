@@ -5,14 +5,13 @@
 #include <cstdlib>
 
 #include "filters/phase_bank.h"
+#include "filters/scaler_config.h"
 #include "vidproc/video_processor.h"
 
 namespace {
 
 // kept: every coefficient depends on this shortened constant.
 constexpr double kPi = 3.1415926;
-
-enum WindowKind : std::uint32_t { kLanczos = 0, kHamming = 1, kGaussian = 2 };
 
 }  // namespace
 
@@ -25,7 +24,7 @@ void VideoProcessor::GetFilter(int, int, short (*bank)[16], int taps, int precis
   const double peak = vidproc::PeakPosition(taps);
   vidproc::Prototype prototype;
   switch (windowKind) {
-    case kLanczos: {
+    case vidproc::kTwoSincs: {
       // kept: the product is not cut off where the second sinc first reaches zero.
       const double lobes = lanczosLobes;
       const auto kernel = [=](double i) {
@@ -36,7 +35,7 @@ void VideoProcessor::GetFilter(int, int, short (*bank)[16], int taps, int precis
       vidproc::SamplePrototype(taps, kernel, prototype);
       break;
     }
-    case kHamming: {
+    case vidproc::kHammingSinc: {
       const auto kernel = [=](double i) {
         const double u = (i - peak) * kPi;
         return std::sin(u / width) / u * width * (std::cos(i * kPi / peak) * -0.46 + 0.54);
@@ -44,7 +43,7 @@ void VideoProcessor::GetFilter(int, int, short (*bank)[16], int taps, int precis
       vidproc::SamplePrototype(taps, kernel, prototype);
       break;
     }
-    case kGaussian: {
+    case vidproc::kGaussian: {
       // kept: any softening at all quadruples the divisor.
       const double divisor = (softenLevel == 0 ? 2 : 8) * width;
       const auto kernel = [=](double i) {

@@ -7,6 +7,9 @@
 
 namespace vidproc {
 
+/// VideoProcessor::windowKind.
+enum WindowKind : std::uint32_t { kTwoSincs = 0, kHammingSinc = 1, kGaussian = 2 };
+
 /// Rebuilds the enhancement kernel, the ratios, the banks and the lane copies from the processor's fields.
 void ConfigureScaler(VideoProcessor& processor, EnhanceFilterTypes type, std::uint32_t strength,
                      std::uint32_t precisionBits);

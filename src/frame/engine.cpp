@@ -10,8 +10,6 @@
 namespace vidproc {
 namespace {
 
-constexpr std::uint32_t kMaxNoiseLevel = 12;
-
 ScaleGeometry GeometryOf(const VideoProcessor& p, const ScalerTraits& traits) {
   return {static_cast<std::int32_t>(p.inWidth),
           static_cast<std::int32_t>(p.inHeight),
@@ -79,9 +77,8 @@ bool Engine::FramesAreUsable(const VideoProcessor& p) {
 
 /// By the whole-frame layouts that set-up sizes its buffers for, whatever the strips really need.
 bool Engine::FitsScaler(const VideoProcessor& p, const ScalerTraits& traits) {
-  constexpr std::uint32_t kUnthinkable = 1u << 30;
-  if (p.inWidth >= kUnthinkable || p.inHeight >= kUnthinkable || p.outWidth >= kUnthinkable ||
-      p.outHeight >= kUnthinkable) {
+  if (p.inWidth >= kMaxFrameSide || p.inHeight >= kMaxFrameSide || p.outWidth >= kMaxFrameSide ||
+      p.outHeight >= kMaxFrameSide) {
     return false;
   }
   const std::uint64_t inRow = std::uint64_t{2} * p.inWidth;
@@ -118,7 +115,7 @@ NoiseField* Engine::StartFrameNoise(VideoProcessor& p, NoiseRule rule) {
   const bool isSigned = rule == NoiseRule::kSizedByOutput;
   const bool negative = isSigned && static_cast<std::int32_t>(p.ditherLevel) < 0;
   if (negative || p.ditherLevel == 0) return nullptr;
-  if (p.ditherLevel > kMaxNoiseLevel) p.ditherLevel = kMaxNoiseLevel;
+  if (p.ditherLevel > kNoiseStrengths) p.ditherLevel = kNoiseStrengths;
   if (p.ditherTable == nullptr || p.workspace == nullptr) return nullptr;
   const auto seed =
       p.ditherSeed == -1 ? static_cast<std::uint32_t>(std::clock()) : static_cast<std::uint32_t>(p.ditherSeed);
@@ -146,10 +143,10 @@ Engine::Rows Engine::SourceApart(VideoProcessor& p) {
 /// Scaling kernels read past the end of short rows: those are copied to where they may.
 Engine::Rows Engine::WithRoomPastRows(VideoProcessor& p, const Rows& rows) {
   const std::uint64_t rowBytes = std::uint64_t{2} * p.inWidth;
-  if (rowBytes >= kNarrowRowBytes) return rows;
-  CopyRows(rows.start, static_cast<std::uint64_t>(rows.stride), p.workspace->narrowRows, kNarrowRowBytes, rowBytes,
+  if (rowBytes >= kMinRowBytes) return rows;
+  CopyRows(rows.start, static_cast<std::uint64_t>(rows.stride), p.workspace->narrowRows, kMinRowBytes, rowBytes,
            p.inHeight);
-  return {p.workspace->narrowRows, kNarrowRowBytes};
+  return {p.workspace->narrowRows, kMinRowBytes};
 }
 
 const ScalePlan& Engine::UpdatePlan(VideoProcessor& p, const ScalerTraits& traits) {
@@ -200,10 +197,10 @@ void Engine::PlaceMotionRows(VideoProcessor& p, ScaleJob& job) {
   const std::uint64_t rowBytes = std::uint64_t{2} * p.inWidth;
   job.motionRows = p.smoothingBufferSmall;
   job.motionRowPitch = static_cast<std::ptrdiff_t>(rowBytes);
-  if (rowBytes >= kNarrowRowBytes) return;
-  CopyRows(p.smoothingBufferSmall, rowBytes, p.workspace->narrowMotionRows, kNarrowRowBytes, rowBytes, p.outHeight);
+  if (rowBytes >= kMinRowBytes) return;
+  CopyRows(p.smoothingBufferSmall, rowBytes, p.workspace->narrowMotionRows, kMinRowBytes, rowBytes, p.outHeight);
   job.motionRows = p.workspace->narrowMotionRows;
-  job.motionRowPitch = kNarrowRowBytes;
+  job.motionRowPitch = kMinRowBytes;
 }
 
 void Engine::RunScaler(VideoProcessor& p, const ScalerTraits& traits) {

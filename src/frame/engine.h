@@ -13,6 +13,9 @@ namespace vidproc {
 
 struct KernelTable;
 
+/// Levels up to this leave the picture as it is.
+inline constexpr std::uint8_t kDeblockAbove = 20;
+
 enum class NoiseRule {
   kNone,
   kSizedByInput,   ///< kept: the pre-processor lays its noise out by the input frame

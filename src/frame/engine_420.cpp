@@ -1,14 +1,14 @@
 // 4:2:0 frames: staged as 2vuy in scratchB, processed into scratchA, split back into planes.
 #include "frame/engine.h"
+#include "frame/frame_memory.h"
 #include "simd/kernel_table.h"
 
 namespace vidproc {
 namespace {
 
 bool IsUsable(const Frame420& frame, std::uint64_t scratchBytes) {
-  constexpr std::uint32_t kUnthinkable = 1u << 30;
   if (frame.luma == nullptr || frame.chroma == nullptr || frame.width < 1 || frame.height < 1) return false;
-  if (frame.width >= kUnthinkable || frame.height >= kUnthinkable) return false;
+  if (frame.width >= kMaxFrameSide || frame.height >= kMaxFrameSide) return false;
   if (frame.lumaStride < frame.width || frame.chromaStride < frame.width) return false;
   return std::uint64_t{2} * frame.width * frame.height <= scratchBytes;
 }
@@ -55,7 +55,7 @@ void Unstage(const Frame420& planes, std::uint8_t* frame) {
 }  // namespace
 
 bool Engine::ReadsPlanes(VideoProcessor& p, const ScalerTraits& traits, const Frame420& planes) {
-  if (planes.width < kMinPlaneRowBytes || planes.width != p.inWidth || planes.height != p.inHeight) return false;
+  if (planes.width < kMinRowBytes || planes.width != p.inWidth || planes.height != p.inHeight) return false;
   if (!MayScale(p, traits)) return false;
   return UpdatePlan(p, traits).rowPlan != nullptr;
 }

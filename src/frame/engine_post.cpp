@@ -10,8 +10,6 @@
 namespace vidproc {
 namespace {
 
-constexpr std::uint8_t kDeblockAbove = 20;
-
 /// Deblocking was built for frames that keep their size, in packed rows.
 bool SuitsDeblocking(const VideoProcessor& p) {
   return p.inWidth == p.outWidth && p.inHeight == p.outHeight && p.inStride == 2 * p.inWidth;

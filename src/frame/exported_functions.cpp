@@ -2,6 +2,8 @@
 #include <algorithm>
 #include <initializer_list>
 
+#include "filters/scaler_config.h"
+#include "frame/engine.h"
 #include "vidproc/video_processor.h"
 
 namespace {
@@ -18,8 +20,6 @@ struct SetUp {
 
 constexpr bool kPreProcessor = true;
 constexpr bool kPostProcessor = false;
-constexpr std::uint32_t kTwoSincs = 0;
-constexpr std::uint32_t kGaussian = 2;
 constexpr std::uint32_t kPreProcBits = 7;
 constexpr std::uint32_t kPostProcBits = 6;
 constexpr std::uint32_t kLobes = 3;
@@ -84,7 +84,7 @@ int PreProcInit(void** handle, unsigned int inWidth, unsigned int inHeight, unsi
                 unsigned int ditherLevel, unsigned int softenLevel) {
   if (AnyZero({inWidth, inHeight, inStride, outWidth, outHeight, outStride})) return 0;
   return RunSetUp(handle, {inWidth, inHeight, inStride, outWidth, outHeight, outStride, enhanceStrength, ditherLevel,
-                           softenLevel, kPreProcessor, kGaussian, kPreProcBits});
+                           softenLevel, kPreProcessor, vidproc::kGaussian, kPreProcBits});
 }
 
 int PostProcInit(void** handle, unsigned int inWidth, unsigned int inHeight, unsigned int inStride,
@@ -92,14 +92,14 @@ int PostProcInit(void** handle, unsigned int inWidth, unsigned int inHeight, uns
                  unsigned int ditherLevel, unsigned int softenLevel) {
   if (AnyZero({inWidth, inHeight, inStride, outWidth, outHeight, outStride})) return 0;
   return RunSetUp(handle, {inWidth, inHeight, inStride, outWidth, outHeight, outStride, enhanceStrength, ditherLevel,
-                           softenLevel, kPostProcessor, kTwoSincs, kPostProcBits});
+                           softenLevel, kPostProcessor, vidproc::kTwoSincs, kPostProcBits});
 }
 
 bool VidProc420InterleavedInit(void** handle, unsigned int inWidth, unsigned int inHeight, unsigned int outWidth,
                                unsigned int outHeight) {
   if (AnyZero({inWidth, inHeight, outWidth, outHeight})) return false;
   return RunSetUp(handle, {inWidth, inHeight, 2 * inWidth, outWidth, outHeight, 2 * outWidth, 0, 0, kSoftenLevel420,
-                           kPreProcessor, kGaussian, kPreProcBits});
+                           kPreProcessor, vidproc::kGaussian, kPreProcBits});
 }
 
 void PreProcExecute(void* handle, unsigned char* source, unsigned char* destination, unsigned char adaptive,
@@ -125,7 +125,7 @@ void PostProcExecute(void* handle, unsigned char* source, unsigned char* destina
   auto& processor = *static_cast<VideoProcessor*>(handle);
   processor.InitLuminanceShiftTables(lumaGain, lumaOffset);
   // kept: a lower level never reaches the processor, so deblocking once on stays on.
-  if (deblock > 20) processor.InitDeblocker(deblock);
+  if (deblock > vidproc::kDeblockAbove) processor.InitDeblocker(deblock);
   processor.Go(source, destination, 0);
 }
 

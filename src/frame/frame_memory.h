@@ -8,6 +8,9 @@
 
 namespace vidproc {
 
+/// Frames with a side as long as this, in pixels, are never processed: rows count in 32-bit numbers.
+inline constexpr std::uint32_t kMaxFrameSide = 1u << 30;
+
 /// Bytes from the first byte of a frame to the last byte of its last row.
 inline std::uint64_t FrameExtent(std::uint32_t width, std::uint32_t height, std::uint32_t stride) {
   return std::uint64_t{height - 1} * stride + std::uint64_t{2} * width;

@@ -41,9 +41,9 @@ void DealAll(Dealer& dealer, const FrameSizes& sizes, Workspace& workspace) {
   dealer.Deal(workspace.planMemory.rows, sizes.outHeight);
   dealer.Deal(workspace.planMemory.columns, sizes.outWidth);
   dealer.Deal(workspace.planMemory.rowPatterns, RowPlanBytes(sizes.outWidth));
-  const bool narrow = 2 * sizes.inWidth < kNarrowRowBytes;
-  dealer.Deal(workspace.narrowRows, narrow ? sizes.inHeight * kNarrowRowBytes : 0);
-  dealer.Deal(workspace.narrowMotionRows, narrow ? sizes.outHeight * kNarrowRowBytes : 0);
+  const bool narrow = 2 * sizes.inWidth < kMinRowBytes;
+  dealer.Deal(workspace.narrowRows, narrow ? sizes.inHeight * kMinRowBytes : 0);
+  dealer.Deal(workspace.narrowMotionRows, narrow ? sizes.outHeight * kMinRowBytes : 0);
   dealer.Deal(workspace.deblockRows, 3 * (2 * sizes.inWidth + kRowSlack));
   dealer.Deal(workspace.deblockSources, sizes.inWidth);
 }

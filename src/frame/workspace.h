@@ -17,16 +17,13 @@ struct FrameSizes {
   bool operator==(const FrameSizes&) const = default;
 };
 
-/// Source rows shorter than this are copied into rows of this pitch, so that vectors may read past their end.
-constexpr std::uint64_t kNarrowRowBytes = 128;
-
 struct Workspace {
   /// Makes room for frames of these sizes. @throws std::bad_alloc, leaving the workspace as it was.
   void Reserve(const FrameSizes& sizes);
 
   StripMemory strip{};
   ScalePlan::Memory planMemory{};
-  std::uint8_t* narrowRows = nullptr;        ///< inHeight rows of kNarrowRowBytes, for narrow frames
+  std::uint8_t* narrowRows = nullptr;        ///< inHeight rows of kMinRowBytes, for rows that are shorter
   std::uint8_t* narrowMotionRows = nullptr;  ///< outHeight rows of the same pitch
   std::uint8_t* deblockRows = nullptr;       ///< the three rows above a strip
   std::int32_t* deblockSources = nullptr;    ///< one per column

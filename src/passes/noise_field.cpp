@@ -10,9 +10,8 @@
 namespace vidproc {
 
 void SpreadNoiseTile(const signed char* table, unsigned strength, signed char* noise) {
-  constexpr int kTileCells = kNoiseTileSize * kNoiseTileSize;
-  const signed char* tile = table + (strength - 1) * kTileCells;
-  for (int cell = 0; cell < kTileCells; ++cell) {
+  const signed char* tile = table + (strength - 1) * kNoiseTileCells;
+  for (int cell = 0; cell < kNoiseTileCells; ++cell) {
     noise[2 * cell] = 0;
     noise[2 * cell + 1] = static_cast<signed char>(tile[cell] >> 4);
   }

@@ -7,11 +7,12 @@
 
 namespace vidproc {
 
-constexpr int kNoiseTileSize = 64;       ///< rows and columns of a tile
-constexpr int kNoiseBlockSize = 16;      ///< rows and pixels of a block
-constexpr int kNoiseBlockBytes = 32;     ///< of one row of a block in the frame
-constexpr int kNoiseTileBytes = 8192;    ///< of NoiseField::noise
-constexpr int kNoiseTileRowBytes = 128;  ///< of one row of NoiseField::noise
+constexpr int kNoiseStrengths = 12;  ///< 1..12, a tile of the dither table each
+constexpr int kNoiseTileSize = 64;   ///< rows and columns of a tile
+constexpr int kNoiseTileCells = kNoiseTileSize * kNoiseTileSize;
+constexpr int kNoiseTileRowBytes = 2 * kNoiseTileSize;  ///< of one row of NoiseField::noise
+constexpr int kNoiseBlockSize = 16;                     ///< rows and pixels of a block
+constexpr int kNoiseBlockBytes = 2 * kNoiseBlockSize;   ///< of one row of a block in the frame
 
 struct NoiseField {
   std::uint32_t lfsr;          ///< shift register, 31 bits
@@ -19,13 +20,13 @@ struct NoiseField {
   std::uint32_t blocksPerRow;  ///< 0..4095
   std::uint32_t rows;
   std::uint32_t nextBand;  ///< first band whose positions have not been drawn yet
-  /// The current band's patches: row * 64 + column of the tile.
+  /// The current band's patches: row * kNoiseTileSize + column of the tile.
   std::uint16_t blockPosition[4096];
   /// The tile as it is added to frame bytes: 0 for chroma, -8..7 for luma, in turn.
-  signed char noise[kNoiseTileBytes];
+  signed char noise[2 * kNoiseTileCells];
 };
 
-/// Writes the tile of `strength` (1..12) of a dither table as it is added to frame bytes.
+/// Writes the tile of `strength` of a dither table as it is added to frame bytes.
 void SpreadNoiseTile(const signed char* table, unsigned strength, signed char* noise);
 
 /// Lays out noise of `strength` from a dither table. Strengths other than 1..12 and a null table give none.

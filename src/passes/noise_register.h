@@ -4,6 +4,7 @@
 
 #include <cstdint>
 
+#include "passes/noise_field.h"
 #include "vidproc/video_processor.h"
 
 namespace vidproc {
@@ -23,7 +24,7 @@ inline void DrawNoiseBand(std::uint32_t& state, std::uint16_t* blockPosition, st
     state = StepNoiseRegister(state);
     const std::uint32_t row = (state >> 16) % 50 & ~1u;
     const std::uint32_t column = (state & 0xFFFFu) % 52 & ~3u;
-    blockPosition[i] = static_cast<std::uint16_t>(row * 64 + column);
+    blockPosition[i] = static_cast<std::uint16_t>(row * kNoiseTileSize + column);
   }
 }
 

@@ -13,6 +13,9 @@ namespace {
 
 #if VIDPROC_HAS_BYTE_OPS
 
+// The vertical pass takes two vectors at a time and reads no less.
+static_assert(2 * kVectorBytes <= kMinRowBytes);
+
 /// Samples repeated on each side of a row.
 constexpr int kEdgeSamples = 32;
 

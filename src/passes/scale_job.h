@@ -13,6 +13,9 @@ struct RowPlan;
 constexpr int kPhases = 16;
 constexpr int kMaxTaps = 16;
 
+/// Shorter source rows are copied first: a step of the widest vectors reads this much of a row, at least.
+constexpr int kMinRowBytes = 128;
+
 /// Rows of working buffers keep this many bytes of room past their end, so that vectors may overshoot; the odd multiple
 /// of a cache line also keeps rows whose length is a power of two apart in the cache.
 constexpr int kRowSlack = 192;
@@ -75,9 +78,6 @@ struct SourcePlanes {
   std::ptrdiff_t lumaStride;
   std::ptrdiff_t chromaStride;
 };
-
-/// Rows of a plane that are shorter are staged first: vectors read nothing past a plane's row.
-constexpr int kMinPlaneRowBytes = 128;
 
 struct ScaleJob {
   const std::uint8_t* source;

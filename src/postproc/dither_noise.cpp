@@ -16,8 +16,8 @@
 
 namespace {
 
-constexpr int kTileCells = vidproc::kNoiseTileSize * vidproc::kNoiseTileSize;
-constexpr int kStrengths = 12;
+using vidproc::kNoiseStrengths;
+using vidproc::kNoiseTileCells;
 
 struct Free {
   void operator()(void* memory) const { std::free(memory); }
@@ -48,13 +48,13 @@ signed char Scaled(int r, int strength) {
 
 int VideoProcessor::PostProcDitherNoiseLUTCreation(signed char** table) {
   if (table == nullptr) return -1;
-  auto* created = static_cast<signed char*>(std::malloc(kStrengths * kTileCells));
+  auto* created = static_cast<signed char*>(std::malloc(kNoiseStrengths * kNoiseTileCells));
   if (created == nullptr) {
     std::fputs("{PostProcDitherNoiseLUTCreation} Error on memory allocation: ditherNoiseLUTPtr!\n", stderr);
   } else {
-    for (int strength = 1; strength <= kStrengths; ++strength) {
-      signed char* tile = created + (strength - 1) * kTileCells;
-      for (int cell = 0; cell < kTileCells; ++cell) {
+    for (int strength = 1; strength <= kNoiseStrengths; ++strength) {
+      signed char* tile = created + (strength - 1) * kNoiseTileCells;
+      for (int cell = 0; cell < kNoiseTileCells; ++cell) {
         tile[cell] = Scaled(Spherical_Theta2_Guassian_Scaled_2By3[cell], strength);
       }
     }
@@ -73,14 +73,14 @@ int VideoProcessor::PostProcDitherNoiseUpon2VUY(unsigned char* source, unsigned 
   if (noiseBlkPosPtr == nullptr) return -1;
   const auto prngByLFSRPtr = Allocate<std::uint32_t>(1, "prngByLFSRPtr");
   if (prngByLFSRPtr == nullptr) return -1;
-  if (strength < 1 || strength > kStrengths) {
+  if (strength < 1 || strength > kNoiseStrengths) {
     std::fprintf(stderr, "{PostProcDitherNoiseUpon2VUY} Dithering noise strength (=%u) not currently supported.\n",
                  unsigned{strength});
     return -1;
   }
   if (source == nullptr || destination == nullptr || table == nullptr) return -1;
 
-  signed char noise[vidproc::kNoiseTileBytes];
+  signed char noise[2 * kNoiseTileCells];
   vidproc::SpreadNoiseTile(table, strength, noise);
   *prngByLFSRPtr = vidproc::FirstNoiseState(seed);
   const std::uint32_t rowBytes = blocks * vidproc::kNoiseBlockBytes;
