@@ -61,9 +61,9 @@ struct HorizontalPlan {
   std::int32_t runCount;
 };
 
-/// The strip's working memory.
+/// The strip's working memory, for kMaxStripRows / 2 rows of 16-bit values or kMaxStripRows rows of bytes.
 struct StripMemory {
-  std::int16_t* rows;           ///< vertical result, kMaxStripRows rows of rowPitch values
+  std::int16_t* rows;           ///< vertical result, rows rowPitch values apart
   std::int16_t* columns;        ///< the same transposed, 2 * kEdgeColumns more columns
   std::uint8_t* outColumns;     ///< horizontal result, one column of strip rows per output byte
   std::uint8_t* outRows;        ///< finished rows, packed, on their way to a padded destination

@@ -10,6 +10,7 @@ namespace {
 
 /// Rows of a strip of 16-bit values: one column is whole vectors, and whole 16-byte pieces of the byte result.
 constexpr int kStripRows = kLanes > 16 ? kLanes : 16;
+static_assert(kStripRows <= kMaxStripRows / 2);
 constexpr int kColumnVectors = kStripRows / kLanes;
 
 /// Column `byteColumn` of a source row within the strip's columns; columns lie kStripRows values apart.
