@@ -7,6 +7,8 @@
 
 namespace {
 
+namespace filters = vidproc::filters;
+
 constexpr int kTaps = 8;
 constexpr int kPrecisionBits = 7;
 
@@ -16,19 +18,19 @@ int VideoProcessor::InitDeblocker(unsigned char level) {
   deblockLevel = level;
   GetFilterDeblock(deblockHorizontalFilter, kTaps, kPrecisionBits, 0);
   std::memcpy(deblockVerticalFilter, deblockHorizontalFilter, sizeof(deblockVerticalFilter));
-  vidproc::CopyToLanes(deblockVerticalFilter, kTaps, deblockVerticalFilterLanes);
-  vidproc::CopyToLanes(deblockHorizontalFilter, kTaps, deblockHorizontalFilterLanes);
+  filters::CopyToLanes(deblockVerticalFilter, kTaps, deblockVerticalFilterLanes);
+  filters::CopyToLanes(deblockHorizontalFilter, kTaps, deblockHorizontalFilterLanes);
   return 0;
 }
 
 void VideoProcessor::GetFilterDeblock(short (*bank)[8], int taps, int precisionBits, int) {
-  if (!vidproc::IsBankShape(taps, kTaps, precisionBits)) return;
+  if (!filters::IsBankShape(taps, kTaps, precisionBits)) return;
   const double squaredWidth = deblockLevel * deblockLevel;
-  const double peak = vidproc::PeakPosition(taps);
-  vidproc::Prototype prototype;
+  const double peak = filters::PeakPosition(taps);
+  filters::Prototype prototype;
   const auto kernel = [=](double i) { return std::exp(-((i - peak) * (i - peak) / squaredWidth)); };
-  vidproc::SamplePrototype(taps, kernel, prototype);
-  for (int phase = 0; phase < vidproc::kPhases; ++phase) {
-    vidproc::DealPhase(prototype, phase, taps, precisionBits, false, bank[phase]);
+  filters::SamplePrototype(taps, kernel, prototype);
+  for (int phase = 0; phase < filters::kPhases; ++phase) {
+    filters::DealPhase(prototype, phase, taps, precisionBits, false, bank[phase]);
   }
 }

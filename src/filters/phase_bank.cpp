@@ -5,7 +5,7 @@
 #include <limits>
 #include <numeric>
 
-namespace vidproc {
+namespace vidproc::filters {
 namespace {
 
 constexpr int kPeakLimit = 100;
@@ -58,4 +58,4 @@ void DealPhase(const Prototype& prototype, int phase, int taps, int precisionBit
   }
 }
 
-}  // namespace vidproc
+}  // namespace vidproc::filters

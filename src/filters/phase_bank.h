@@ -6,7 +6,7 @@
 #include <cfloat>
 #include <cstdint>
 
-namespace vidproc {
+namespace vidproc::filters {
 
 // The x87 unit of 32-bit x86, for one, would round a few coefficients otherwise.
 static_assert(FLT_EVAL_METHOD >= 0 && FLT_EVAL_METHOD != 2, "filter design needs plain double precision");
@@ -47,4 +47,4 @@ void CopyToLanes(const std::int16_t (&bank)[kPhases][kRow], int taps, std::int16
   }
 }
 
-}  // namespace vidproc
+}  // namespace vidproc::filters

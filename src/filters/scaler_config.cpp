@@ -9,7 +9,7 @@
 
 #include "filters/phase_bank.h"
 
-namespace vidproc {
+namespace vidproc::filters {
 namespace {
 
 using Bank = std::int16_t[kPhases][kMaxTaps];
@@ -112,7 +112,7 @@ void ConfigureScaler(VideoProcessor& p, EnhanceFilterTypes type, std::uint32_t s
   CopyToLanes(p.horizontalFilter, horizontalTaps, p.horizontalFilterLanes);
 }
 
-}  // namespace vidproc
+}  // namespace vidproc::filters
 
 void VideoProcessor::FindUpAndDown(int inSize, int outSize, int* up, int* down) {
   // 64 bits: sizes beyond 2^31 arrive as negative numbers, and the most negative one has no 32-bit quotient by -1.

@@ -5,7 +5,7 @@
 
 #include "vidproc/video_processor.h"
 
-namespace vidproc {
+namespace vidproc::filters {
 
 /// VideoProcessor::windowKind.
 enum WindowKind : std::uint32_t { kTwoSincs = 0, kHammingSinc = 1, kGaussian = 2 };
@@ -14,4 +14,4 @@ enum WindowKind : std::uint32_t { kTwoSincs = 0, kHammingSinc = 1, kGaussian = 2
 void ConfigureScaler(VideoProcessor& processor, EnhanceFilterTypes type, std::uint32_t strength,
                      std::uint32_t precisionBits);
 
-}  // namespace vidproc
+}  // namespace vidproc::filters

@@ -84,7 +84,7 @@ int PreProcInit(void** handle, unsigned int inWidth, unsigned int inHeight, unsi
                 unsigned int ditherLevel, unsigned int softenLevel) {
   if (AnyZero({inWidth, inHeight, inStride, outWidth, outHeight, outStride})) return 0;
   return RunSetUp(handle, {inWidth, inHeight, inStride, outWidth, outHeight, outStride, enhanceStrength, ditherLevel,
-                           softenLevel, kPreProcessor, vidproc::kGaussian, kPreProcBits});
+                           softenLevel, kPreProcessor, vidproc::filters::kGaussian, kPreProcBits});
 }
 
 int PostProcInit(void** handle, unsigned int inWidth, unsigned int inHeight, unsigned int inStride,
@@ -92,14 +92,14 @@ int PostProcInit(void** handle, unsigned int inWidth, unsigned int inHeight, uns
                  unsigned int ditherLevel, unsigned int softenLevel) {
   if (AnyZero({inWidth, inHeight, inStride, outWidth, outHeight, outStride})) return 0;
   return RunSetUp(handle, {inWidth, inHeight, inStride, outWidth, outHeight, outStride, enhanceStrength, ditherLevel,
-                           softenLevel, kPostProcessor, vidproc::kTwoSincs, kPostProcBits});
+                           softenLevel, kPostProcessor, vidproc::filters::kTwoSincs, kPostProcBits});
 }
 
 bool VidProc420InterleavedInit(void** handle, unsigned int inWidth, unsigned int inHeight, unsigned int outWidth,
                                unsigned int outHeight) {
   if (AnyZero({inWidth, inHeight, outWidth, outHeight})) return false;
   return RunSetUp(handle, {inWidth, inHeight, 2 * inWidth, outWidth, outHeight, 2 * outWidth, 0, 0, kSoftenLevel420,
-                           kPreProcessor, vidproc::kGaussian, kPreProcBits});
+                           kPreProcessor, vidproc::filters::kGaussian, kPreProcBits});
 }
 
 void PreProcExecute(void* handle, unsigned char* source, unsigned char* destination, unsigned char adaptive,

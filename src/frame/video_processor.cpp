@@ -208,7 +208,7 @@ int VideoProcessor::SetFiles(char* inName, char* outName) {
 
 int VideoProcessor::SetEnhanceFilter(EnhanceFilterTypes type, unsigned int strength, unsigned int precisionBits,
                                      short gain, short offset) {
-  vidproc::ConfigureScaler(*this, type, strength, precisionBits);
+  vidproc::filters::ConfigureScaler(*this, type, strength, precisionBits);
   if (ditherTable == nullptr) PostProcDitherNoiseLUTCreation(&ditherTable);
   InitLuminanceShiftTables(gain, offset);
 
