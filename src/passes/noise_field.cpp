@@ -19,13 +19,12 @@ void SpreadNoiseTile(const signed char* table, unsigned strength, signed char* n
 
 void StartNoise(NoiseField& field, const signed char* table, unsigned strength, unsigned seed, std::uint32_t pitch,
                 std::uint32_t width, std::uint32_t height) {
-  const bool isNoisy = table != nullptr && strength >= 1 && strength <= 12;
   field.lfsr = FirstNoiseState(seed);
   field.pitch = pitch;
   field.blocksPerRow = ((width + 15) & 0xFFFF) / kNoiseBlockSize;
-  field.rows = isNoisy ? height & 0xFFFF : 0;
+  field.rows = height & 0xFFFF;
   field.nextBand = 0;
-  if (isNoisy) SpreadNoiseTile(table, strength, field.noise);
+  SpreadNoiseTile(table, strength, field.noise);
 }
 
 void AddNoiseWhole(NoiseField& field, std::uint8_t* base, std::uint64_t rowBytes, std::uint64_t stride,

@@ -29,7 +29,7 @@ struct NoiseField {
 /// Writes the tile of `strength` of a dither table as it is added to frame bytes.
 void SpreadNoiseTile(const signed char* table, unsigned strength, signed char* noise);
 
-/// Lays out noise of `strength` from a dither table. Strengths other than 1..12 and a null table give none.
+/// Lays out noise of `strength` (1..12) from a dither table.
 /// @param pitch  in bytes; AddNoise asks for less than 65536, AddNoiseWhole takes any.
 /// @param width  in pixels; kept: width and height count modulo 65536, and so does the width rounded up to 16.
 void StartNoise(NoiseField& field, const signed char* table, unsigned strength, unsigned seed, std::uint32_t pitch,
