@@ -19,7 +19,8 @@ if(VIDPROC_EMULATE_WIDE)
   set(VIDPROC_FLAGS_avx512vbmi ${VIDPROC_FLAGS_avx512})
 endif()
 
-# vidproc_add_kernels(TARGET SOURCE...): object library TARGET_<level> per level, collected in VIDPROC_KERNEL_OBJECTS.
+# vidproc_add_kernels(SOURCE...): object library vidproc_kernels_<level> per level, their objects in
+# VIDPROC_KERNEL_OBJECTS.
 function(vidproc_add_kernels)
   set(objects)
   foreach(level IN LISTS VIDPROC_LEVELS)

@@ -1,3 +1,4 @@
+// What every frame passes on its way to a kernel: checks against the buffers, the job, noise, and the pass-through.
 #include "frame/engine.h"
 
 #include <ctime>
@@ -173,7 +174,7 @@ ScaleJob Engine::MakeScaleJob(VideoProcessor& p, const ScalerTraits& traits) {
   job.horizontalBank = &plan.horizontalBank;
   job.horizontal = &plan.horizontal;
   job.rowPlan = plan.rowPlan;
-  // From 9 on the weight curves' shifts let large differences regain weight.
+  // From shifts of 8 on (adaptive 9, temporal shift 8) large differences regain weight, in 16-bit lanes only.
   const bool blendsInBytes = !traits.hasHistory || (p.temporalShift < 8 && p.temporalStrength < 128);
   job.adaptsInBytes = plan.adaptsInBytes && p.adaptive >= 1 && p.adaptive <= 8 && blendsInBytes;
   // kept: adaptive 0 shifts by 255 or more, which clears the lost weight.

@@ -13,8 +13,7 @@ bool IsUsable(const Frame420& frame, std::uint64_t scratchBytes) {
   return std::uint64_t{2} * frame.width * frame.height <= scratchBytes;
 }
 
-/// Calls row(luma, chroma, row bytes of the whole pairs) for every row of the planes and of a packed 2vuy frame; one
-/// chroma row serves two luma rows.
+/// Calls row(luma, chroma, row of a packed 2vuy frame) for every row; one chroma row serves two luma rows.
 template <class RowFunction>
 void ForEachRow(const Frame420& planes, std::uint8_t* frame, const RowFunction& row) {
   const std::uint64_t rowBytes = std::uint64_t{2} * planes.width;

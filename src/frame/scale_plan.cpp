@@ -1,3 +1,5 @@
+// Positions and phases from a geometry, coefficients and their non-zero spans from the lane banks, and whether the byte
+// forms are exact for them.
 #include "frame/scale_plan.h"
 
 #include <cstring>

@@ -1,3 +1,4 @@
+// One block of memory, dealt out in cache lines: first measured, then taken, then handed to the pieces.
 #include "frame/workspace.h"
 
 #include <new>

@@ -1,3 +1,4 @@
+// The proofs that the byte forms are exact, and the layout of shuffles and coefficients along a row.
 #include "passes/row_plan.h"
 
 #include <algorithm>
@@ -155,7 +156,8 @@ bool AdaptiveBytesAreExact(const TapBank& vertical, std::uint32_t verticalPhases
 }
 
 std::uint64_t RowPlanBytes(std::uint64_t outWidth) {
-  // Two grids of a vector and a half for each vector of results, and one period's slack.
+  // For every 8 results of either grid: 16 bytes of indices, as many of coefficients for each pair of taps, and at most
+  // 8 of windows. A row of results is rounded up to two vectors; the rest is more than the widest ones need for that.
   const std::uint64_t vectors = outWidth / 8 + 8;
   return 2 * vectors * (16 * (1 + kMaxTapPairs) + 8) + 16 * kMaxVectorBytes * (1 + kMaxTapPairs);
 }
