@@ -16,10 +16,8 @@ ScaleGeometry GeometryOf(const VideoProcessor& p, const ScalerTraits& traits) {
           static_cast<std::int32_t>(p.inHeight),
           static_cast<std::int32_t>(p.outWidth),
           static_cast<std::int32_t>(p.outHeight),
-          p.horizontalUp,
-          p.horizontalDown,
-          p.verticalUp,
-          p.verticalDown,
+          {p.horizontalUp, p.horizontalDown},
+          {p.verticalUp, p.verticalDown},
           traits.horizontalTaps,
           traits.verticalTaps,
           traits.precisionBits,
@@ -106,9 +104,9 @@ bool Engine::FitsScaler(const VideoProcessor& p, const ScalerTraits& traits) {
 bool Engine::MayScale(VideoProcessor& p, const ScalerTraits& traits) {
   const auto half = [](std::uint32_t width) { return std::int64_t{width / 2 + width % 2}; };
   return FramesAreUsable(p) && FitsScaler(p, traits) &&
-         RatioReachesNoFurther(p.horizontalUp, p.horizontalDown, p.outWidth, p.inWidth) &&
-         RatioReachesNoFurther(p.horizontalUp, p.horizontalDown, half(p.outWidth), half(p.inWidth)) &&
-         RatioReachesNoFurther(p.verticalUp, p.verticalDown, p.outHeight, p.inHeight) && ReserveWorkspace(p);
+         RatioReachesNoFurther({p.horizontalUp, p.horizontalDown}, p.outWidth, p.inWidth) &&
+         RatioReachesNoFurther({p.horizontalUp, p.horizontalDown}, half(p.outWidth), half(p.inWidth)) &&
+         RatioReachesNoFurther({p.verticalUp, p.verticalDown}, p.outHeight, p.inHeight) && ReserveWorkspace(p);
 }
 
 NoiseField* Engine::StartFrameNoise(VideoProcessor& p, NoiseRule rule) {

@@ -40,7 +40,7 @@ void Engine::RunDeblocking(VideoProcessor& p) {
   const std::uint64_t frameBytes = std::uint64_t{p.inStride} * p.inHeight;
   if (frameBytes > RoomInWorkingBuffer(p, p.srcFrame).value_or(frameBytes)) return;
   if (p.inWidth < 2 || p.inHeight < 1 || !FitsScaler(p, kPlainScaler) ||
-      !RatioReachesNoFurther(p.horizontalUp, p.horizontalDown, p.outWidth, p.inWidth) || !ReserveWorkspace(p)) {
+      !RatioReachesNoFurther({p.horizontalUp, p.horizontalDown}, p.outWidth, p.inWidth) || !ReserveWorkspace(p)) {
     return;
   }
   if (p.debugPrint != 0) ListDeblockBanks(p);

@@ -4,7 +4,6 @@
 
 #include <cstring>
 
-#include "passes/phase_position.h"
 #include "vidproc/video_processor.h"
 
 namespace vidproc {
@@ -39,11 +38,8 @@ void GroupByPhase(const ScaleGeometry& geometry, TapPosition* columns, Horizonta
   std::int32_t luma[kPhases] = {};
   std::int32_t chroma[kPhases] = {};
   const std::int32_t chromaWidth = geometry.outWidth / 2 + geometry.outWidth % 2;
-  const auto phaseOf = [&](std::int32_t k) {
-    return LocatePhase(k, geometry.horizontalUp, geometry.horizontalDown).phase;
-  };
   for (std::int32_t k = 0; k < geometry.outWidth; ++k) {
-    const std::int32_t phase = phaseOf(k);
+    const std::int32_t phase = LocatePhase(k, geometry.horizontalRatio).phase;
     ++luma[phase];
     if (k < chromaWidth) ++chroma[phase];
   }
@@ -57,7 +53,7 @@ void GroupByPhase(const ScaleGeometry& geometry, TapPosition* columns, Horizonta
     first += luma[phase];
   }
   for (std::int32_t k = 0; k < geometry.outWidth; ++k) {
-    const PhasePosition position = LocatePhase(k, geometry.horizontalUp, geometry.horizontalDown);
+    const PhasePosition position = LocatePhase(k, geometry.horizontalRatio);
     columns[next[position.phase]++] = {k, position.source};
   }
 }
@@ -65,30 +61,29 @@ void GroupByPhase(const ScaleGeometry& geometry, TapPosition* columns, Horizonta
 }  // namespace
 
 void ScalePlan::UpdatePositions(const Memory& memory) {
-  verticalPhases = 0;
+  verticalBank.usedPhases = 0;
   for (std::int32_t r = 0; r < geometry.outHeight; ++r) {
-    const PhasePosition position = LocatePhase(r, geometry.verticalUp, geometry.verticalDown);
+    const PhasePosition position = LocatePhase(r, geometry.verticalRatio);
     memory.rows[r] = {position.source, position.phase};
-    verticalPhases |= 1u << position.phase;
+    verticalBank.usedPhases |= 1u << position.phase;
   }
   rowPositions = memory.rows;
   GroupByPhase(geometry, memory.columns, horizontal);
-  horizontalPhases = 0;
-  for (int i = 0; i < horizontal.runCount; ++i) horizontalPhases |= 1u << horizontal.runs[i].phase;
+  horizontalBank.usedPhases = 0;
+  for (int i = 0; i < horizontal.runCount; ++i) horizontalBank.usedPhases |= 1u << horizontal.runs[i].phase;
 }
 
 void ScalePlan::UpdateByteForms(const Memory& memory) {
   rowPlan = nullptr;
   adaptsInBytes = false;
   if (geometry.rowForm.vectorBytes == 0) return;
-  adaptsInBytes = AdaptiveBytesAreExact(verticalBank, verticalPhases, horizontalBank, horizontalPhases);
+  adaptsInBytes = AdaptiveBytesAreExact(verticalBank, horizontalBank);
   if (geometry.horizontalTaps > 8) return;
-  if (!RowFormIsExact(verticalBank, verticalPhases, horizontalBank, horizontalPhases, geometry.precisionBits,
-                      geometry.horizontalUp, geometry.horizontalDown)) {
+  if (!RowFormIsExact(verticalBank, horizontalBank, geometry.precisionBits, geometry.horizontalRatio)) {
     return;
   }
-  LayOutRowPlan(horizontalBank, horizontalPhases, geometry.outWidth, geometry.horizontalUp, geometry.horizontalDown,
-                geometry.rowForm, memory.rowPatterns, rowPlanStorage);
+  LayOutRowPlan(horizontalBank, geometry.horizontalRatio, geometry.outWidth, geometry.rowForm, memory.rowPatterns,
+                rowPlanStorage);
   rowPlan = &rowPlanStorage;
 }
 
@@ -102,8 +97,8 @@ void ScalePlan::Update(const VideoProcessor& processor, const ScaleGeometry& wan
   current = true;
 }
 
-bool RatioReachesNoFurther(std::int32_t up, std::int32_t down, std::int64_t outSize, std::int64_t inSize) {
-  return up >= 1 && down >= 1 && (outSize - 1) * down / up <= inSize - 1;
+bool RatioReachesNoFurther(const Ratio& ratio, std::int64_t outSize, std::int64_t inSize) {
+  return ratio.up >= 1 && ratio.down >= 1 && (outSize - 1) * ratio.down / ratio.up <= inSize - 1;
 }
 
 }  // namespace vidproc

@@ -13,11 +13,11 @@ class VideoProcessor;
 
 namespace vidproc {
 
-/// Output to input size, reduced, per axis; taps that the kernel reads per axis; precision of the banks; and what the
-/// level in use can do with bytes.
+/// Sizes and ratios of both axes; taps that the kernel reads per axis; precision of the banks; and what the level in
+/// use can do with bytes.
 struct ScaleGeometry {
   std::int32_t inWidth, inHeight, outWidth, outHeight;
-  std::int32_t horizontalUp, horizontalDown, verticalUp, verticalDown;
+  Ratio horizontalRatio, verticalRatio;
   std::int32_t horizontalTaps, verticalTaps;
   std::int32_t precisionBits;
   RowFormShape rowForm;
@@ -50,13 +50,11 @@ class ScalePlan {
   void UpdateByteForms(const Memory& memory);
 
   RowPlan rowPlanStorage{};
-  std::uint32_t verticalPhases = 0;  ///< bit p: phase p is used
-  std::uint32_t horizontalPhases = 0;
   bool current = false;
   ScaleGeometry geometry{};
 };
 
 /// True when every output sample of an axis has its centre tap inside the source.
-bool RatioReachesNoFurther(std::int32_t up, std::int32_t down, std::int64_t outSize, std::int64_t inSize);
+bool RatioReachesNoFurther(const Ratio& ratio, std::int64_t outSize, std::int64_t inSize);
 
 }  // namespace vidproc

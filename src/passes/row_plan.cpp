@@ -5,8 +5,6 @@
 #include <cstring>
 #include <numeric>
 
-#include "passes/phase_position.h"
-
 namespace vidproc {
 namespace {
 
@@ -20,10 +18,12 @@ struct TapSpan {
   int last = 0;
 };
 
-TapSpan SpanOf(const TapBank& bank, std::uint32_t usedPhases) {
+bool UsesPhase(const TapBank& bank, int phase) { return (bank.usedPhases >> phase & 1) != 0; }
+
+TapSpan SpanOf(const TapBank& bank) {
   TapSpan span;
   for (int phase = 0; phase < kPhases; ++phase) {
-    if ((usedPhases >> phase & 1) == 0) continue;
+    if (!UsesPhase(bank, phase)) continue;
     span.first = std::min(span.first, bank.firstTap[phase]);
     span.last = std::max(span.last, bank.firstTap[phase] + bank.tapCount[phase] - 1);
   }
@@ -74,8 +74,7 @@ bool OuterTapsFitBytes(const TapBank& bank, int phase) {
 struct Layout {
   const TapBank& bank;
   TapSpan span;
-  std::int32_t up;
-  std::int32_t down;
+  Ratio ratio;
   RowFormShape shape;
 };
 
@@ -85,7 +84,7 @@ void LayOutVector(const Layout& layout, int pairs, int sampleBytes, std::int32_t
   const RowFormShape& shape = layout.shape;
   const int resultsPerWindow = shape.windowBytes / 2;
   for (int lane = 0; lane < shape.vectorBytes / 2; ++lane) {
-    const PhasePosition position = LocatePhase(firstOutput + lane / sampleBytes, layout.up, layout.down);
+    const PhasePosition position = LocatePhase(firstOutput + lane / sampleBytes, layout.ratio);
     const std::int32_t byte = (position.source - kCentreTap + layout.span.first) * sampleBytes + lane % sampleBytes;
     if (lane % resultsPerWindow == 0) windows[lane / resultsPerWindow] = byte;
     const std::int16_t* taps = layout.bank.coefficient[position.phase];
@@ -115,9 +114,10 @@ void LayOutGrid(const Layout& layout, int pairs, int sampleBytes, std::int32_t o
   const RowFormShape& shape = layout.shape;
   const std::int32_t perVector = shape.vectorBytes / 2 / sampleBytes;
   const std::int32_t vectorsOfRow = (outputs + 2 * perVector - 1) / (2 * perVector) * 2;
-  const std::int32_t period = layout.up / std::gcd(layout.up, perVector);
+  const std::int32_t period = layout.ratio.up / std::gcd(layout.ratio.up, perVector);
   grid.vectors = std::min(period, vectorsOfRow);
-  grid.advance = static_cast<std::int32_t>(std::int64_t{period} * perVector * layout.down / layout.up * sampleBytes);
+  const std::int64_t advance = std::int64_t{period} * perVector * layout.ratio.down / layout.ratio.up * sampleBytes;
+  grid.advance = period < vectorsOfRow ? static_cast<std::int32_t>(advance) : 0;
   const int windowsPerVector = shape.vectorBytes / shape.windowBytes;
   auto* const windows = reinterpret_cast<std::int32_t*>(memory);
   memory += (static_cast<std::size_t>(grid.vectors * windowsPerVector) * sizeof(std::int32_t) + kMaxVectorBytes - 1) /
@@ -132,25 +132,24 @@ void LayOutGrid(const Layout& layout, int pairs, int sampleBytes, std::int32_t o
 
 }  // namespace
 
-bool RowFormIsExact(const TapBank& vertical, std::uint32_t verticalPhases, const TapBank& horizontal,
-                    std::uint32_t horizontalPhases, std::int32_t precisionBits, std::int32_t up, std::int32_t down) {
-  if (down > 2 * std::int64_t{up}) return false;
+bool RowFormIsExact(const TapBank& vertical, const TapBank& horizontal, std::int32_t precisionBits,
+                    const Ratio& ratio) {
+  if (ratio.down > 2 * std::int64_t{ratio.up}) return false;
   const int unity = 1 << precisionBits;
-  const int pairs = PairsOf(SpanOf(horizontal, horizontalPhases));
+  const int pairs = PairsOf(SpanOf(horizontal));
   if (pairs > kMaxTapPairs) return false;
   for (int phase = 0; phase < kPhases; ++phase) {
-    if ((verticalPhases >> phase & 1) != 0 && !KeepsBytes(vertical, phase, unity)) return false;
-    if ((horizontalPhases >> phase & 1) == 0 || KeepsWords(horizontal, phase, unity)) continue;
+    if (UsesPhase(vertical, phase) && !KeepsBytes(vertical, phase, unity)) return false;
+    if (!UsesPhase(horizontal, phase) || KeepsWords(horizontal, phase, unity)) continue;
     if (pairs > 1 || unity != 128 || !IsIdentity(horizontal, phase, unity)) return false;
   }
   return true;
 }
 
-bool AdaptiveBytesAreExact(const TapBank& vertical, std::uint32_t verticalPhases, const TapBank& horizontal,
-                           std::uint32_t horizontalPhases) {
+bool AdaptiveBytesAreExact(const TapBank& vertical, const TapBank& horizontal) {
   for (int phase = 0; phase < kPhases; ++phase) {
-    if ((verticalPhases >> phase & 1) != 0 && !OuterTapsFitBytes(vertical, phase)) return false;
-    if ((horizontalPhases >> phase & 1) != 0 && !OuterTapsFitBytes(horizontal, phase)) return false;
+    if (UsesPhase(vertical, phase) && !OuterTapsFitBytes(vertical, phase)) return false;
+    if (UsesPhase(horizontal, phase) && !OuterTapsFitBytes(horizontal, phase)) return false;
   }
   return true;
 }
@@ -162,9 +161,9 @@ std::uint64_t RowPlanBytes(std::uint64_t outWidth) {
   return 2 * vectors * (16 * (1 + kMaxTapPairs) + 8) + 16 * kMaxVectorBytes * (1 + kMaxTapPairs);
 }
 
-void LayOutRowPlan(const TapBank& bank, std::uint32_t usedPhases, std::int32_t outWidth, std::int32_t up,
-                   std::int32_t down, const RowFormShape& shape, std::uint8_t* memory, RowPlan& plan) {
-  const Layout layout{bank, SpanOf(bank, usedPhases), up, down, shape};
+void LayOutRowPlan(const TapBank& bank, const Ratio& ratio, std::int32_t outWidth, const RowFormShape& shape,
+                   std::uint8_t* memory, RowPlan& plan) {
+  const Layout layout{bank, SpanOf(bank), ratio, shape};
   plan.tapPairs = PairsOf(layout.span);
   LayOutGrid(layout, plan.tapPairs, 1, outWidth, memory, plan.luma);
   LayOutGrid(layout, plan.tapPairs, 2, (outWidth + 1) / 2, memory, plan.chroma);

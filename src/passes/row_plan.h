@@ -5,6 +5,7 @@
 
 #include <cstdint>
 
+#include "passes/phase_position.h"
 #include "passes/scale_job.h"
 #include "simd/kernel_table.h"
 
@@ -16,7 +17,7 @@ struct RowGrid {
   const std::uint8_t* patterns;
   const std::int32_t* windows;  ///< per vector: byte offset into the row of each of its windows
   std::int32_t vectors;         ///< of one period
-  std::int32_t advance;         ///< bytes of the row from one period to the next
+  std::int32_t advance;         ///< bytes of the row from one period to the next; 0 where a row has no second one
 };
 
 struct RowPlan {
@@ -25,20 +26,18 @@ struct RowPlan {
   RowGrid chroma;
 };
 
-/// Whether the row form gives the same bytes as the general one for these banks, in the phases that are used, and for
-/// this ratio.
-bool RowFormIsExact(const TapBank& vertical, std::uint32_t verticalPhases, const TapBank& horizontal,
-                    std::uint32_t horizontalPhases, std::int32_t precisionBits, std::int32_t up, std::int32_t down);
+/// Whether the row form gives the same bytes as the general one for the used phases of these banks and for this
+/// horizontal ratio.
+bool RowFormIsExact(const TapBank& vertical, const TapBank& horizontal, std::int32_t precisionBits, const Ratio& ratio);
 
-/// Whether the adaptive scalers' byte form is exact for these banks of 7 bits.
-bool AdaptiveBytesAreExact(const TapBank& vertical, std::uint32_t verticalPhases, const TapBank& horizontal,
-                           std::uint32_t horizontalPhases);
+/// Whether the adaptive scalers' byte form is exact for the used phases of these banks of 7 bits.
+bool AdaptiveBytesAreExact(const TapBank& vertical, const TapBank& horizontal);
 
 /// Bytes that LayOutRowPlan writes to for rows of outWidth pixels.
 std::uint64_t RowPlanBytes(std::uint64_t outWidth);
 
-/// Lays out the patterns in `memory`, of RowPlanBytes. up and down are the reduced horizontal ratio.
-void LayOutRowPlan(const TapBank& bank, std::uint32_t usedPhases, std::int32_t outWidth, std::int32_t up,
-                   std::int32_t down, const RowFormShape& shape, std::uint8_t* memory, RowPlan& plan);
+/// Lays out the patterns of the horizontal bank in `memory`, of RowPlanBytes.
+void LayOutRowPlan(const TapBank& bank, const Ratio& ratio, std::int32_t outWidth, const RowFormShape& shape,
+                   std::uint8_t* memory, RowPlan& plan);
 
 }  // namespace vidproc

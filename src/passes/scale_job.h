@@ -30,6 +30,7 @@ constexpr int kMaxStripRows = 64;
 /// The coefficients of an axis as the kernels read them, and where each phase's non-zero ones lie.
 struct TapBank {
   std::int32_t taps;
+  std::uint32_t usedPhases;  ///< bit p: some output has phase p
   std::int16_t coefficient[kPhases][kMaxTaps];
   std::int32_t firstTap[kPhases];
   std::int32_t tapCount[kPhases];  ///< from the first to the last non-zero tap; at least 1
