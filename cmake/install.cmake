@@ -8,10 +8,6 @@ set_target_properties(vidproc_shared PROPERTIES EXPORT_NAME vidproc VERSION ${PR
 add_library(vidproc::vidproc ALIAS vidproc_shared)
 add_library(vidproc::vidproc_static ALIAS vidproc_static)
 
-# Templates of the standard library stay visible whatever -fvisibility says; the list of exports is exact.
-target_link_options(vidproc_shared PRIVATE -Wl,--version-script=${PROJECT_SOURCE_DIR}/cmake/exports.map)
-set_target_properties(vidproc_shared PROPERTIES LINK_DEPENDS ${PROJECT_SOURCE_DIR}/cmake/exports.map)
-
 install(TARGETS vidproc_shared vidproc_static EXPORT vidproc_targets
         INCLUDES DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/include/vidproc DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
