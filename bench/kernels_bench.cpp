@@ -10,9 +10,6 @@
 namespace bench {
 namespace {
 
-constexpr vidproc::Level kLevels[] = {vidproc::Level::kScalar, vidproc::Level::kSse2,   vidproc::Level::kSse41,
-                                      vidproc::Level::kAvx2,   vidproc::Level::kAvx512, vidproc::Level::kAvx512Vbmi,
-                                      vidproc::Level::kNeon};
 constexpr int kSoftenLevel = 10;
 constexpr unsigned char kTemporalStrength = 80, kTemporalShift = 3, kAdaptive = 2;
 
@@ -30,7 +27,7 @@ std::shared_ptr<VideoProcessor> SetUp(InitFunction init, const Contest& contest,
 }
 
 void EnterLevels(const Contest& contest, const std::function<Run()>& make) {
-  for (const vidproc::Level level : kLevels) {
+  for (const vidproc::Level level : vidproc::kAllLevels) {
     if (!vidproc::IsLevelAvailable(level)) continue;
     Enter(contest, std::string("vidproc-") + vidproc::LevelName(level), [=] {
       vidproc::CapLevel(level);

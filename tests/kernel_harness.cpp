@@ -9,13 +9,10 @@
 
 #include "reference/deblock.h"
 #include "reference/temporal.h"
+#include "simd/general_forms.h"
 
 namespace testing_support {
 namespace {
-
-constexpr vidproc::Level kAllLevels[] = {vidproc::Level::kScalar, vidproc::Level::kSse2,   vidproc::Level::kSse41,
-                                         vidproc::Level::kAvx2,   vidproc::Level::kAvx512, vidproc::Level::kAvx512Vbmi,
-                                         vidproc::Level::kNeon};
 
 std::int16_t DrawCoefficient(BankKind kind, int precisionBits, Random& random) {
   switch (kind) {
@@ -43,7 +40,7 @@ void DrawBank(std::int16_t (&lanes)[16][kTaps][8], BankKind kind, int precisionB
 
 std::vector<vidproc::Level> AvailableLevels() {
   std::vector<vidproc::Level> levels;
-  std::copy_if(std::begin(kAllLevels), std::end(kAllLevels), std::back_inserter(levels), vidproc::IsLevelAvailable);
+  std::ranges::copy_if(vidproc::kAllLevels, std::back_inserter(levels), vidproc::IsLevelAvailable);
   return levels;
 }
 

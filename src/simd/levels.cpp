@@ -1,6 +1,8 @@
 // What the machine has, and the one choice among the levels that this build carries.
 #include <atomic>
+#include <iterator>
 
+#include "simd/general_forms.h"
 #include "simd/kernel_table.h"
 #include "vidproc/cpu_level.h"
 
@@ -75,6 +77,9 @@ constexpr LevelEntry kEntries[] = {
 #endif
 };
 
+static_assert(std::size(kEntries) == std::size(kAllLevels));
+constexpr Level kHighestLevel = std::end(kAllLevels)[-1];
+
 const LevelEntry& EntryOf(Level level) { return kEntries[static_cast<int>(level)]; }
 
 const LevelEntry& BestEntryUpTo(Level highest) {
@@ -92,7 +97,7 @@ const LevelEntry& EntryInUse() {
   const LevelEntry* entry = entryInUse.load(std::memory_order_relaxed);
   if (entry == nullptr) {
     // Two threads may both choose; they choose the same.
-    entry = &BestEntryUpTo(Level::kNeon);
+    entry = &BestEntryUpTo(kHighestLevel);
     entryInUse.store(entry, std::memory_order_relaxed);
   }
   return *entry;
@@ -106,7 +111,7 @@ bool IsLevelAvailable(Level level) {
 #endif
   return EntryOf(level).kernels != nullptr && EntryOf(level).machineHasIt();
 }
-Level BestLevel() { return BestEntryUpTo(Level::kNeon).level; }
+Level BestLevel() { return BestEntryUpTo(kHighestLevel).level; }
 Level LevelInUse() { return EntryInUse().level; }
 Level CapLevel(Level highest) {
   const LevelEntry& entry = BestEntryUpTo(highest);

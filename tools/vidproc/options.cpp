@@ -127,8 +127,7 @@ void AddCpu(CLI::App& command, std::optional<Level>& cpu) {
           "--cpu",
           [&cpu](const std::string& text) {
             std::string available;
-            for (int i = 0; i <= static_cast<int>(Level::kNeon); ++i) {
-              const auto level = static_cast<Level>(i);
+            for (const Level level : kAllLevels) {
               if (!IsLevelAvailable(level)) continue;
               if (text == LevelName(level)) cpu = level;
               available += std::string(available.empty() ? "" : ", ") + LevelName(level);

@@ -22,8 +22,7 @@ std::string ProcessorName() {
 
 void RunInfo() {
   std::string available, missing;
-  for (int i = 0; i <= static_cast<int>(Level::kNeon); ++i) {
-    const auto level = static_cast<Level>(i);
+  for (const Level level : kAllLevels) {
     (IsLevelAvailable(level) ? available : missing) += std::string(" ") + LevelName(level);
   }
   std::printf("vidproc       %s\n", VIDPROC_VERSION);

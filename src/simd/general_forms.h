@@ -1,0 +1,11 @@
+// A switch for tests: kernels choose a faster form where it is provably exact, and tests hold both to the reference.
+#pragma once
+
+namespace vidproc {
+
+/// Makes kernels use only the forms that are exact for every bank. Results are the same either way. Not to be called
+/// while another thread is inside the library.
+void UseGeneralFormsOnly(bool only);
+bool GeneralFormsOnly();
+
+}  // namespace vidproc
