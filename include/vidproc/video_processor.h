@@ -35,7 +35,8 @@ class VIDPROC_API VideoProcessor {
   std::int8_t cpuLevel;
   /// Flag: the motion-smoothing kernel serves the adaptive path. Written by SetUseSpatialMotionSmoothing.
   std::uint8_t spatialMotionSmoothing;
-  /// 0..8: how fast the temporal filter lets go of the previous frame as samples differ.
+  /// 0..8: how fast the temporal filter lets go of the previous frame as samples differ. kept: at 8 the curve wraps,
+  /// and differences of 16 and more get their full weight back.
   std::uint8_t temporalShift;
   /// 0..127: weight of the previous frame at rest, in 128ths.
   std::uint8_t temporalStrength;
@@ -67,7 +68,8 @@ class VIDPROC_API VideoProcessor {
   std::uint32_t ditherLevel;
   /// Twelve 64 x 64 noise tiles from malloc. kept: never freed, not even by the destructor.
   signed char* ditherTable;
-  /// Resampling banks, [phase][tap]; every phase sums to 1 << precisionBits.
+  /// Resampling banks, [phase][tap]. A phase sums to 1 << precisionBits; kept: to one less or more where an odd residue
+  /// was halved between two taps, and to 0 where its enhanced taps cancel out.
   std::int16_t horizontalFilter[16][16];
   std::int16_t verticalFilter[16][16];
   std::int16_t horizontalEnhancedFilter[16][16];
@@ -187,12 +189,15 @@ class VIDPROC_API VideoProcessor {
 
   // --- Frames. All return 0. ---
 
-  /// Runs the one kernel that role, geometry, switches and processor level select on srcFrame and dstFrame.
+  /// Runs the one kernel that role, geometry, switches and processor level select on srcFrame and dstFrame; with a
+  /// non-zero plainScaler the plain scaler, whatever the role and the switches.
   int Go(unsigned char plainScaler);
   /// Stores both frames, then runs the form above.
   int Go(unsigned char* source, unsigned char* destination, unsigned char plainScaler);
-  /// 4:2:0 frames as a luma plane and a plane of interleaved Cb, Cr pairs (one row for two luma rows). Widths and
-  /// heights in pixels, strides in bytes; the sizes must be those of the set-up.
+  /// 4:2:0 frames as a luma plane of width x height bytes and a plane of interleaved Cb, Cr pairs: (height + 1) / 2
+  /// rows, also of width bytes. An odd width's last Cb has no Cr in a source; in a destination it gets one if the
+  /// chroma stride has room for it. Widths and heights in pixels, strides in bytes; the sizes must be those of the
+  /// set-up.
   int Go(unsigned char* sourceLuma, unsigned char* sourceChroma, unsigned char* destinationLuma,
          unsigned char* destinationChroma, unsigned int sourceWidth, unsigned int sourceHeight,
          unsigned int sourceLumaStride, unsigned int sourceChromaStride, unsigned int destinationWidth,
@@ -221,9 +226,10 @@ class VIDPROC_API VideoProcessor {
 
   /// Frees *table if set and stores a new table of twelve 64 x 64 tiles; -1 and a message when memory is out.
   int PostProcDitherNoiseLUTCreation(signed char** table);
-  /// Adds noise of strength 1..12 to the luma of a frame. pitch in bytes, width in pixels, height in rows; the frames
-  /// need room for the width rounded up to 16 pixels. Returns 0, or -1 with a message for another strength or when
-  /// memory is out.
+  /// Copies a frame and adds noise of strength 1..12 to its luma; source and destination may be the same. table holds
+  /// the twelve tiles; of seed the low 8 bits count. pitch in bytes (kept: the source's rows lie its low 16 bits
+  /// apart), width in pixels, height in rows; the frames need room for the width rounded up to 16 pixels. Returns 0, or
+  /// -1: with a message for another strength or when memory is out, without one for a null pointer.
   int PostProcDitherNoiseUpon2VUY(unsigned char* source, unsigned char* destination, unsigned int pitch,
                                   unsigned short width, unsigned short height, unsigned int seed, unsigned short unused,
                                   unsigned char strength, signed char* table);
@@ -243,7 +249,7 @@ class VIDPROC_API VideoProcessor {
 /// Sets up pre-processing of camera frames; *handle is null (a new processor is made) or from an earlier set-up (the
 /// processor is re-configured; its buffers keep their size). enhanceStrength 0 is none; ditherLevel 0..12; softenLevel
 /// 0 is the sharpest.
-/// @return 1, or 0 with no effect when any size or stride is 0.
+/// @return 1, or 0 with no effect when `handle` is null or any size or stride is 0.
 /// @throws std::bad_alloc
 VIDPROC_API int PreProcInit(void** handle, unsigned int inWidth, unsigned int inHeight, unsigned int inStride,
                             unsigned int outWidth, unsigned int outHeight, unsigned int outStride,
@@ -262,13 +268,15 @@ VIDPROC_API int PostProcInit(void** handle, unsigned int inWidth, unsigned int i
                              unsigned int outWidth, unsigned int outHeight, unsigned int outStride,
                              unsigned int enhanceStrength, unsigned int ditherLevel, unsigned int softenLevel);
 /// Processes one frame. deblock above 20 turns deblocking on at that level; kept: nothing turns it off again.
+/// Deblocking is for frames that keep their size, with packed source rows, and overwrites `source`: with the filtered
+/// picture, or by default a filtered test pattern (see deblockTestPattern).
 VIDPROC_API void PostProcExecute(void* handle, unsigned char* source, unsigned char* destination, unsigned char deblock,
                                  short lumaGain, short lumaOffset);
 /// As PreProcCleanup.
 VIDPROC_API void PostProcCleanup(void** handle);
 
 /// Sets up pre-processing of 4:2:0 frames (luma plane, plane of interleaved Cb Cr pairs).
-/// @return true, or false with no effect when a size is 0.
+/// @return true, or false with no effect when `handle` is null or a size is 0.
 /// @throws std::bad_alloc
 VIDPROC_API bool VidProc420InterleavedInit(void** handle, unsigned int inWidth, unsigned int inHeight,
                                            unsigned int outWidth, unsigned int outHeight);
@@ -287,14 +295,15 @@ extern "C" {
 /// Makes an exposure watcher for packed 2vuy frames (rows of 2 x width bytes). *handle must be null; a size below 1, a
 /// frame beyond 2^31 - 1 bytes or a lack of memory leaves it null. param is stored and never read.
 VIDPROC_API void VidProcAdjustAutoExposureInit(void** handle, int width, int height, int param);
-/// Watches one frame. @return 1 a drift of exposure was just confirmed, 0 the brightness just settled, -1 otherwise.
+/// Watches one frame. @return 1 a drift of exposure was just confirmed, 0 the brightness just settled, -1 otherwise and
+/// for null arguments.
 VIDPROC_API int VidProcAdjustAutoExposure(void* state, unsigned char* frame);
 /// Releases the watcher and nulls the handle.
 VIDPROC_API void VidProcAdjustAutoExposureCleanup(void** handle);
 }
 
-/// Trial of a separable 7-tap smoothing filter on a plane of rowBytes x rows bytes: prints three 20 x 20 dumps of its
-/// intermediate data on standard output and returns 0; the plane is only read.
+/// Trial of a separable 7-tap smoothing filter on a plane of rowBytes x rows bytes, rows `pitch` bytes apart: prints
+/// three 20 x 20 dumps of its intermediate data on standard output and returns 0; the plane is only read.
 /// @throws std::bad_alloc
 VIDPROC_API int BilatFilter(unsigned char* plane, int rowBytes, int rows, int pitch);
 
