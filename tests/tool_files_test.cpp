@@ -65,6 +65,23 @@ TEST_F(ToolTest, CarriesFramesWithoutLoss) {
   EXPECT_EQ(Md5("nv12 b.mkv --size 24x16"), again);
 }
 
+TEST_F(ToolTest, WritesMp4ThatItReadsAgain) {
+  ASSERT_EQ(Tool("pre " + kScene + " --size 64x48 -o x.mp4").status, 0);
+  const Outcome again = Tool("post x.mp4 --md5");
+  EXPECT_EQ(again.out.substr(34), "4 frames of 64x48 uyvy422\n") << again.err;
+}
+
+TEST_F(ToolTest, CarriesRateAndPixelShape) {
+  const std::string frame = "FRAME\n" + std::string(std::size_t{16} * 12 * 2, '\x60');
+  const std::string header = "YUV4MPEG2 W16 H12 F30000:1001 Ip A4:3 C422 XCOLORRANGE=LIMITED";
+  WriteFile(directory / "in.y4m", header + "\n" + frame + frame + frame);
+  ASSERT_EQ(Tool("post in.y4m -o x.mkv").status, 0);
+  ASSERT_EQ(Tool("post x.mkv -o same.y4m").status, 0);
+  EXPECT_EQ(File("same.y4m"), File("in.y4m"));
+  ASSERT_EQ(Tool("post x.mkv --size 8x12 -o narrow.y4m").status, 0);
+  EXPECT_EQ(Lines(File("narrow.y4m")).at(0), "YUV4MPEG2 W8 H12 F30000:1001 Ip A8:3 C422 XCOLORRANGE=LIMITED");
+}
+
 TEST_F(ToolTest, KeepsTheDigestApartFromAResultOnStandardOutput) {
   const std::string digest = Md5("post " + kScene);
   for (const std::string result : {"-o -", "--stats -", "--compare -"}) {
@@ -84,6 +101,10 @@ TEST_F(ToolTest, ConvertsFullRangeAndSaysSo) {
     EXPECT_NE(outcome.err.find("full.y4m is full range"), std::string::npos) << outcome.err;
   }
   EXPECT_EQ(File("x.uyvy").substr(0, 4), "\x80\xeb\x80\xeb");
+  // A picture is full range as well, so white has to survive both ways.
+  ASSERT_EQ(Tool("post full.y4m -o white.png").status, 0);
+  ASSERT_EQ(Tool("post white.png -o white.uyvy").status, 0);
+  EXPECT_EQ(File("white.uyvy"), File("x.uyvy"));
   EXPECT_EQ(File("x.nv12"), std::string(256, '\xeb') + std::string(128, '\x80'));
 }
 
@@ -91,6 +112,7 @@ TEST_F(ToolTest, CutsAtTheNumberOfFramesAndDrawsPictures) {
   ASSERT_EQ(Tool("pre --synthetic-size 96x64 --frames 3 --size 48x32 -o x.uyvy --compare c.png").status, 0);
   EXPECT_EQ(File("x.uyvy").size(), 3U * 48 * 32 * 2);
   ASSERT_EQ(Tool("pre x.uyvy --raw uyvy422 --raw-size 48x32 -o x.png").status, 0);
+  EXPECT_EQ(Tool("post x.png --md5").out.substr(34), "1 frames of 48x32 uyvy422\n");
   ASSERT_EQ(Tool("filters --from 64x48 --to 48x36 --role pre --plot f.png").status, 0);
   for (const char* name : {"c.png", "x.png", "f.png"}) {
     EXPECT_EQ(File(name).substr(0, 8), "\x89PNG\r\n\x1a\n") << name;

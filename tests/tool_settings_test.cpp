@@ -3,11 +3,13 @@
 
 #include <iterator>
 #include <nlohmann/json.hpp>
+#include <set>
 #include <sstream>
 #include <string>
 #include <vector>
 
 #include "tool_fixture.h"
+#include "vidproc/video_processor.h"
 
 namespace {
 
@@ -19,6 +21,9 @@ TEST_F(ToolTest, GivesTheSameFramesAtEveryLevel) {
   std::vector<std::string> levels{std::istream_iterator<std::string>(fields), {}};
   ASSERT_EQ(levels.at(0), "levels");
   ASSERT_EQ(levels.at(1), "scalar");
+  for (std::size_t i = 1; i < levels.size(); ++i) {
+    EXPECT_NE(Tool("info --cpu " + levels[i]).out.find("\nlevel in use  " + levels[i] + "\n"), std::string::npos);
+  }
   for (const std::string arguments : {"pre --size 72x40 --dither 6", "pre --size 72x40 --adaptive 3 --soften 4",
                                       "nv12 --size 50x30", "pre", "post --size 130x70 --deblock 30 --dither 3"}) {
     SCOPED_TRACE(arguments);
@@ -41,7 +46,6 @@ TEST_F(ToolTest, LetsEverySettingActOnTheFrames) {
   } cases[] = {{"--luma 64:9", plain},
                {"--enhance 2", plain},
                {"--dither 4", plain},
-               {"--dither 4 --seed 2 --temporal 0", Md5("pre --size 72x40 --soften 4 --dither 4 " + kScene)},
                {"--adaptive 3", plain},
                {"--adaptive 3 --temporal 0", adaptive},
                {"--adaptive 3 --motion-smoothing", adaptive},
@@ -50,6 +54,48 @@ TEST_F(ToolTest, LetsEverySettingActOnTheFrames) {
   for (const auto& one : cases) {
     EXPECT_NE(Md5("pre --size 72x40 --soften 4 " + one.options + " " + kScene), one.without) << one.options;
   }
+}
+
+TEST_F(ToolTest, SeedsTheDitherNoise) {
+  ASSERT_EQ(Tool("post " + kScene + " -o a.uyvy").status, 0);
+  for (const std::string command : {"pre", "post"}) {
+    const std::string seed = command + " a.uyvy --raw uyvy422 --raw-size 96x64 --size 72x40 --dither 4 --seed ";
+    EXPECT_EQ(Md5(seed + "2"), Md5(seed + "2")) << command;
+    EXPECT_NE(Md5(seed + "1"), Md5(seed + "2")) << command;
+  }
+}
+
+/// A processor of the library, set up as the tool does it for a change of size from 96x64 to 72x40.
+class Processor {
+ public:
+  Processor(decltype(&PreProcInit) init, unsigned enhance, unsigned dither, unsigned soften) {
+    init(&handle, 96, 64, 192, 72, 40, 144, enhance, dither, soften);
+  }
+  ~Processor() { PreProcCleanup(&handle); }
+  Processor(const Processor&) = delete;
+  Processor& operator=(const Processor&) = delete;
+  VideoProcessor* operator->() const { return static_cast<VideoProcessor*>(handle); }
+
+  void* handle = nullptr;
+};
+
+TEST_F(ToolTest, PostProcessesAsTheLibraryDoes) {
+  ASSERT_EQ(Tool("post --synthetic-size 96x64 --frames 1 -o in.uyvy").status, 0);
+  const struct { unsigned enhance, dither, soften; } cases[] = {{0, 0, 0}, {3, 0, 0}, {0, 4, 0}, {0, 0, 5}, {2, 3, 6}};
+  std::set<std::string> results;
+  for (const auto& [enhance, dither, soften] : cases) {
+    const std::string options = " --enhance " + std::to_string(enhance) + " --dither " + std::to_string(dither) +
+                                " --soften " + std::to_string(soften);
+    ASSERT_EQ(Tool("post in.uyvy --raw uyvy422 --raw-size 96x64 --size 72x40 -o out.uyvy" + options).status, 0);
+    const Processor processor(PostProcInit, enhance, dither, soften);
+    processor->ditherSeed = 1;
+    std::string in = File("in.uyvy"), out(std::size_t{144} * 40, '\0');
+    const auto bytes = [](std::string& frame) { return reinterpret_cast<unsigned char*>(frame.data()); };
+    PostProcExecute(processor.handle, bytes(in), bytes(out), 0, 64, 0);
+    EXPECT_TRUE(File("out.uyvy") == out) << options;
+    results.insert(out);
+  }
+  EXPECT_EQ(results.size(), std::size(cases)) << "a setting has no effect";
 }
 
 TEST_F(ToolTest, PadsAndCropsEqualSizesOfAnyHeight) {
@@ -121,6 +167,40 @@ TEST_F(ToolTest, PrintsAllPhasesOfBothBanks) {
   int used = 0;
   for (const std::string& line : lines) used += line[0] == '*' ? 1 : 0;
   EXPECT_EQ(used, 2) << "both axes only use phase 0";
+}
+
+std::vector<int> PrintedTaps(const std::string& line) {
+  std::istringstream numbers(line.substr(line.find(':') + 1));
+  return {std::istream_iterator<int>(numbers), {}};
+}
+
+std::vector<int> Taps(const short* phase, int count) { return {phase, phase + count}; }
+
+TEST_F(ToolTest, PrintsTheBanksOfTheLibrary) {
+  const struct {
+    unsigned enhance, soften;
+    bool longTaps;
+  } cases[] = {{0, 0, false}, {3, 0, false}, {0, 5, false}, {0, 5, true}, {3, 5, true}};
+  std::set<std::string> listings;
+  for (const auto& [enhance, soften, longTaps] : cases) {
+    const std::string options =
+        " --enhance " + std::to_string(enhance) + " --soften " + std::to_string(soften) + (longTaps ? " --taps16" : "");
+    SCOPED_TRACE(options);
+    const Outcome outcome = Tool("filters --from 96x64 --to 72x40 --role pre" + options);
+    listings.insert(outcome.out);
+    const std::vector<std::string> lines = Lines(outcome.out);
+    ASSERT_EQ(lines.size(), 1U + 17 + 17);
+    const Processor processor(PreProcInit, enhance, 0, soften);
+    if (longTaps) {
+      processor->SetTaps(1);
+      processor->SetEnhanceFilter(EnhanceLaplacian4, enhance, 7, 128, 0);
+    }
+    for (std::size_t phase = 0; phase < 16; ++phase) {
+      EXPECT_EQ(PrintedTaps(lines[2 + phase]), Taps(processor->horizontalFilter[phase], longTaps ? 16 : 8)) << phase;
+      EXPECT_EQ(PrintedTaps(lines[19 + phase]), Taps(processor->verticalFilter[phase], longTaps ? 8 : 4)) << phase;
+    }
+  }
+  EXPECT_EQ(listings.size(), std::size(cases)) << "a setting has no effect";
 }
 
 }  // namespace

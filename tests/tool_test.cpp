@@ -118,6 +118,25 @@ TEST_F(ToolTest, RefusesTruncatedInputAndKeepsTheOldOutput) {
   }
 }
 
+TEST_F(ToolTest, LeavesNothingWhenAFileGrowsTooLarge) {
+  const Outcome outcome = Shell("ulimit -f 8; vidproc pre --synthetic-size 640x480 --frames 3 -o x.mkv");
+  ExpectComplaint(outcome, 1, {"x.mkv", "File too large"});
+  EXPECT_TRUE(Listing().empty());
+}
+
+TEST_F(ToolTest, LeavesNothingWhenInterrupted) {
+  for (const std::string signal : {"INT", "TERM"}) {
+    SCOPED_TRACE(signal);
+    const Outcome outcome = Shell(
+        "vidproc pre --synthetic-size 96x64 --frames 1000000000 -o x.y4m &\n"
+        "while kill -0 $! && ! [ -s x.y4m.* ]; do sleep 0.02; done\n"
+        "kill -" +
+        signal + " $!; wait $!");
+    ExpectComplaint(outcome, 1, {"interrupted"});
+    EXPECT_TRUE(Listing().empty());
+  }
+}
+
 TEST_F(ToolTest, EndsWhenNobodyReadsItsOutput) {
   for (const std::string arguments : {"pre --synthetic-size 320x240 -o -", "exposure --synthetic-size 64x48 --json"}) {
     SCOPED_TRACE(arguments);
