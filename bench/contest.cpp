@@ -1,11 +1,17 @@
 #include "contest.h"
 
+#include <cstring>
+
 namespace bench {
 namespace {
 
 std::string Name(Size size) { return std::to_string(size.width) + "x" + std::to_string(size.height); }
 
-Contest Scaling(const std::string& work, Size in, Size out) { return {.work = work, .in = in, .out = out}; }
+std::vector<Contest> ThreeScalings(const std::string& work) {
+  return {{.work = work, .in = k720p, .out = k360p},
+          {.work = work, .in = k1080p, .out = k720p},
+          {.work = work, .in = k360p, .out = k720p}};
+}
 
 }  // namespace
 
@@ -15,18 +21,20 @@ std::string Name(const Contest& contest, const std::string& contestant) {
   return name.append("/").append(contestant);
 }
 
-std::vector<Contest> ScaleContests(int soften) {
-  const std::string work = "scale" + std::to_string(soften);
-  return {Scaling(work, k720p, k360p), Scaling(work, k1080p, k720p), Scaling(work, k360p, k720p)};
+void EnterCopy(const Contest& contest) {
+  Enter(contest, "memcpy", [bytes = FrameBytes(contest.format, contest.out)] {
+    return [=](const std::uint8_t* source, std::uint8_t* destination) { std::memcpy(destination, source, bytes); };
+  });
 }
 
-std::vector<Contest> PostScaleContests() {
-  return {Scaling("postscale", k720p, k360p), Scaling("postscale", k1080p, k720p), Scaling("postscale", k360p, k720p)};
-}
+std::vector<Contest> ScaleContests(int soften) { return ThreeScalings("scale" + std::to_string(soften)); }
+
+std::vector<Contest> PostScaleContests() { return ThreeScalings("postscale"); }
+
+Contest PostSharpenContest() { return {.work = "postscale", .in = k720p, .out = k720p}; }
 
 std::vector<Contest> AdaptiveContests(const std::string& work) {
-  std::vector<Contest> contests = {Scaling(work, k720p, k360p), Scaling(work, k1080p, k720p),
-                                   Scaling(work, k360p, k720p)};
+  std::vector<Contest> contests = ThreeScalings(work);
   for (Contest& contest : contests) contest.frames = kHistoryFrames;
   return contests;
 }

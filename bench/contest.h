@@ -33,6 +33,9 @@ using Run = std::function<void(const std::uint8_t* source, std::uint8_t* destina
 /// do with an entry: time it, or count its instructions.
 void Enter(const Contest& contest, const std::string& contestant, std::function<Run()> make);
 
+/// A copy of the frame, as the floor.
+void EnterCopy(const Contest& contest);
+
 std::string Name(const Contest& contest, const std::string& contestant);
 
 /// --- The contests. ---
@@ -44,6 +47,8 @@ inline constexpr Size k360p{640, 360}, k720p{1280, 720}, k1080p{1920, 1080};
 std::vector<Contest> ScaleContests(int soften);
 /// Post-processor scaler with enhancement strength 1.
 std::vector<Contest> PostScaleContests();
+/// The same at equal sizes, where it only sharpens; other libraries' scalers would copy.
+Contest PostSharpenContest();
 /// Edge-preserving scalers with temporal blend: "adaptive", "adaptive16", "smoothing".
 std::vector<Contest> AdaptiveContests(const std::string& work);
 std::vector<Contest> TemporalContests();

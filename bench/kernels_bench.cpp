@@ -1,7 +1,7 @@
 // The kernels of this library, each at every level that the machine has, and a copy of the frame as the floor.
-#include <cstring>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "contest.h"
 #include "vidproc/cpu_level.h"
@@ -36,12 +36,6 @@ void EnterLevels(const Contest& contest, const std::function<Run()>& make) {
   }
 }
 
-void EnterCopy(const Contest& contest) {
-  Enter(contest, "memcpy", [bytes = FrameBytes(contest.format, contest.out)] {
-    return [=](const std::uint8_t* source, std::uint8_t* destination) { std::memcpy(destination, source, bytes); };
-  });
-}
-
 /// One member function of the processor on the two frames.
 Run RunMember(const std::shared_ptr<VideoProcessor>& processor, int (VideoProcessor::*member)()) {
   return [=](const std::uint8_t* source, std::uint8_t* destination) {
@@ -66,7 +60,9 @@ void EnterScalers() {
       return RunMember(processor, &VideoProcessor::PreProcExecute_SSE2);
     });
   }
-  for (const Contest& contest : PostScaleContests()) {
+  std::vector<Contest> postScaleContests = PostScaleContests();
+  postScaleContests.push_back(PostSharpenContest());
+  for (const Contest& contest : postScaleContests) {
     EnterLevels(contest,
                 [=] { return RunMember(SetUp(PostProcInit, contest, 1, 0), &VideoProcessor::PostProcExecute); });
   }

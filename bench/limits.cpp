@@ -1,6 +1,4 @@
 // What the machine can do at most: 16-bit multiplications in registers, copies of a frame from a cache and from memory.
-#include <cstring>
-
 #include "contest.h"
 
 namespace bench {
@@ -39,21 +37,14 @@ void EnterMultiply(const char* contestant, void (*multiply)(std::size_t)) {
         [=] { return [=](const std::uint8_t*, std::uint8_t*) { multiply(FrameBytes(contest.format, contest.in)); }; });
 }
 
-void EnterCopy(const char* work, int frames) {
-  const Contest contest = {.work = work, .in = k720p, .out = k720p, .frames = frames};
-  Enter(contest, "memcpy", [bytes = FrameBytes(contest.format, contest.in)] {
-    return [=](const std::uint8_t* source, std::uint8_t* destination) { std::memcpy(destination, source, bytes); };
-  });
-}
-
 const bool kEntered = [] {
   EnterMultiply("16-bytes", Multiply16);
 #if defined(__x86_64__)
   if (__builtin_cpu_supports("avx2")) EnterMultiply("32-bytes", Multiply32);
   if (__builtin_cpu_supports("avx512bw")) EnterMultiply("64-bytes", Multiply64);
 #endif
-  EnterCopy("limit-copy-cache", 1);
-  EnterCopy("limit-copy-memory", Contest::kFromMemory);
+  EnterCopy({.work = "limit-copy-cache", .in = k720p, .out = k720p});
+  EnterCopy({.work = "limit-copy-memory", .in = k720p, .out = k720p, .frames = Contest::kFromMemory});
   return true;
 }();
 
