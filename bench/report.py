@@ -21,9 +21,9 @@ WORKS = {
     "lumashift": "Plain scaler with luma gain and offset, softening level 10",
     "postscale": "Post-processor scaler, two sincs, enhancement strength 1",
     "adaptive": "Edge-preserving scaler with temporal blend, softening level 10",
-    "adaptive16": "The same with 16 + 8 taps",
-    "adaptive16noblend": "The same with 16 + 8 taps, without the blend",
-    "smoothing": "The same with motion smoothing (8 + 4 taps)",
+    "adaptive16": "Edge-preserving scaler with 16 + 8 taps and temporal blend, softening level 10",
+    "adaptive16noblend": "Edge-preserving scaler with 16 + 8 taps, without temporal blend, softening level 10",
+    "smoothing": "Edge-preserving scaler with motion smoothing and temporal blend, softening level 10",
     "temporal": "Temporal noise filter, same size",
     "deblock": "Deblocking of the 8 x 8 grid, level 30, in place",
     "nv12": "Plain scaler between NV12 frames",
@@ -52,6 +52,12 @@ def pixels(size):
     return width * height
 
 
+def ends(sizes):
+    """Source and destination of "IN-OUT", or of "SIZE" for both."""
+    source, _, destination = sizes.partition("-")
+    return source, destination or source
+
+
 class Limits:
     """What the machine did at most in the same run."""
 
@@ -69,7 +75,7 @@ class Limits:
                 self.copy_bytes_per_ms[place] = 4 * pixels(sizes) / copies["memcpy"]
 
     def multiply_ms(self, sizes):
-        source, destination = sizes.split("-")
+        source, destination = ends(sizes)
         width = int(source.split("x")[0])
         height = int(destination.split("x")[1])
         vertical = 2 * width * height * SCALE_TAPS // 2
@@ -77,7 +83,7 @@ class Limits:
         return (vertical + horizontal) / max(self.multiplies_per_ms.values())
 
     def copy_ms(self, sizes, place, bytes_per_pixel=2.0):
-        return bytes_per_pixel * sum(map(pixels, sizes.split("-"))) / self.copy_bytes_per_ms[place]
+        return bytes_per_pixel * sum(map(pixels, ends(sizes))) / self.copy_bytes_per_ms[place]
 
     def rows(self, work, all_sizes):
         """Rows to put under a work's table."""
@@ -85,7 +91,7 @@ class Limits:
         if work in ("scale10", "scale0", "memory") and self.multiplies_per_ms:
             rows.append(("*multiplications*", [self.multiply_ms(s) for s in all_sizes]))
         place = "memory" if work == "memory" else "cache"
-        if all("-" in s for s in all_sizes) and work != "setup" and place in self.copy_bytes_per_ms:
+        if any("-" in s for s in all_sizes) and work != "setup" and place in self.copy_bytes_per_ms:
             bytes_per_pixel = 1.5 if work == "nv12" else 2.0
             rows.append(("*source in, destination out*", [self.copy_ms(s, place, bytes_per_pixel) for s in all_sizes]))
         return rows
@@ -119,7 +125,7 @@ def cell(ms, column):
 
 
 def table(work, by_sizes, limits):
-    all_sizes = sorted(by_sizes, key=lambda s: list(map(pixels, reversed(s.split("-")))))
+    all_sizes = sorted(by_sizes, key=lambda s: list(map(pixels, reversed(ends(s)))))
     contestants = {c for column in by_sizes.values() for c in column}
     lines = ["| ms | " + " | ".join(s.replace("-", " to ") for s in all_sizes) + " |",
              "|---|" + "---:|" * len(all_sizes)]
