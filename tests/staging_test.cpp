@@ -1,7 +1,9 @@
 // 4:2:0 planes on their way through the processor at every level: what staging and splitting must keep.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdint>
+#include <utility>
 #include <vector>
 
 #include "kernel_harness.h"
@@ -100,6 +102,60 @@ TEST_P(Staging, PlanesOfOneColumnStayAsTheyWere) {
                                1, 4, 4, 64, 0);
   EXPECT_EQ(outLuma, Bytes(4, 77));
   EXPECT_EQ(outChroma, Bytes(4, 77));
+}
+
+TEST_P(Staging, PlanesStayAsTheyWereWhereNoKernelRuns) {
+  Configure(32, 16, 16);
+  Bytes luma(32 * 16, 90), chroma(32 * 8, 90), outLuma(luma.size()), outChroma(chroma.size());
+  for (const int cpuLevel : {0, -1}) {  // a frame made before is not to be taken for this one's
+    static_cast<VideoProcessor*>(handle)->cpuLevel = static_cast<std::int8_t>(cpuLevel);
+    std::ranges::fill(outLuma, 77);
+    std::ranges::fill(outChroma, 77);
+    VidProc420InterleavedExecute(handle, luma.data(), chroma.data(), outLuma.data(), outChroma.data(), 32, 16, 32, 32,
+                                 32, 16, 32, 32, 64, 0);
+    const std::uint8_t expected = cpuLevel == 0 ? 90 : 77;
+    EXPECT_EQ(outLuma, Bytes(outLuma.size(), expected));
+    EXPECT_EQ(outChroma, Bytes(outChroma.size(), expected));
+  }
+}
+
+TEST_P(Staging, PlanesWhoseRowsOverlapAreRefused) {
+  Configure(32, 16, 16);
+  for (int tooShort = 0; tooShort < 4; ++tooShort) {
+    unsigned strides[4] = {32, 32, 32, 32};
+    strides[tooShort] = 31;
+    Bytes luma(32 * 16, 90), chroma(32 * 8, 90), outLuma(luma.size(), 77), outChroma(chroma.size(), 77);
+    VidProc420InterleavedExecute(handle, luma.data(), chroma.data(), outLuma.data(), outChroma.data(), 32, 16,
+                                 strides[0], strides[1], 32, 16, strides[2], strides[3], 64, 0);
+    EXPECT_EQ(outLuma, Bytes(outLuma.size(), 77)) << tooShort;
+    EXPECT_EQ(outChroma, Bytes(outChroma.size(), 77)) << tooShort;
+  }
+}
+
+// Sizes that are not the set-up's: the scaler may not take the planes for frames of its own size.
+TEST_P(Staging, SmallerPlanesAreNotReadPastTheirEnd) {
+  Random random(5);
+  Configure(256, 16, 16);
+  for (const auto& [width, height] : {std::pair{128u, 16u}, std::pair{256u, 8u}}) {
+    testing_support::GuardedMemory luma(width * height, testing_support::Flush::kEnd, random);
+    testing_support::GuardedMemory chroma(width * height / 2, testing_support::Flush::kEnd, random);
+    luma.Load();
+    chroma.Load();
+    Bytes outLuma(256 * 16), outChroma(256 * 8);
+    VidProc420InterleavedExecute(handle, luma.Live(), chroma.Live(), outLuma.data(), outChroma.data(), width, height,
+                                 width, width, 256, 16, 256, 256, 64, 0);
+    EXPECT_EQ(luma.FirstDifference(0, width) + chroma.FirstDifference(0, width), "");
+  }
+}
+
+TEST_P(Staging, OddRowsOfPackedChromaHaveNoRoomForTheLastCr) {
+  Random random(6);
+  Configure(33, 4, 4);
+  Bytes luma(33 * 4, 90), chroma(34 * 2, 90), outLuma(33 * 4);
+  testing_support::GuardedMemory outChroma(33 * 2, testing_support::Flush::kEnd, random);
+  VidProc420InterleavedExecute(handle, luma.data(), chroma.data(), outLuma.data(), outChroma.Live(), 33, 4, 33, 34, 33,
+                               4, 33, 33, 64, 0);
+  EXPECT_EQ(Bytes(outChroma.Live(), outChroma.Live() + 33 * 2), Bytes(33 * 2, 90));
 }
 
 INSTANTIATE_TEST_SUITE_P(Levels, Staging, testing::ValuesIn(testing_support::AvailableLevels()),
