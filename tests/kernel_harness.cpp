@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <numeric>
 #include <sstream>
 
 #include "reference/deblock.h"
@@ -34,6 +35,13 @@ void DrawBank(std::int16_t (&lanes)[16][kTaps][8], BankKind kind, int precisionB
   for (auto& phase : lanes) {
     for (auto& tap : phase) std::fill_n(tap, 8, DrawCoefficient(kind, precisionBits, random));
   }
+}
+
+void SetRatio(std::uint32_t inSize, std::uint32_t outSize, bool crops, std::int32_t& up, std::int32_t& down) {
+  const bool keepsScale = crops && outSize <= inSize;
+  const auto divisor = static_cast<std::int32_t>(std::gcd(inSize, outSize));
+  up = keepsScale ? 1 : static_cast<std::int32_t>(outSize) / divisor;
+  down = keepsScale ? 1 : static_cast<std::int32_t>(inSize) / divisor;
 }
 
 }  // namespace
@@ -139,6 +147,8 @@ void Stream::Apply(const FrameSettings& settings) {
   SwitchMotionSmoothing(settings.motionSmoothing);
   for (Processor& processor : processors) {
     VideoProcessor& p = *processor;
+    SetRatio(p.inWidth, p.outWidth, settings.crops, p.horizontalUp, p.horizontalDown);
+    SetRatio(p.inHeight, p.outHeight, settings.crops, p.verticalUp, p.verticalDown);
     p.SetAdaptive(settings.adaptive);
     p.temporalStrength = settings.temporalStrength;
     p.temporalShift = settings.temporalShift;
@@ -265,7 +275,7 @@ bool Stream::Run(const Kernel& kernel, const FrameSettings& settings, Random& ra
        << settings.lumaOffset << " dither " << settings.ditherLevel << "/" << settings.ditherSeed << " deblock "
        << int{settings.deblockLevel} << "/" << int{settings.deblockTestPattern} << " content "
        << static_cast<int>(settings.content) << " overlap " << static_cast<int>(settings.overlap) << " flush "
-       << static_cast<int>(settings.flush);
+       << static_cast<int>(settings.flush) << " crops " << settings.crops;
   for (std::size_t i = 0; i < forms.size(); ++i) {
     VideoProcessor& p = *processors[i];
     const std::string where = "at " + forms[i].Name() + ": " + text.str();
@@ -291,7 +301,7 @@ FrameSettings DrawFrameSettings(const Kernel& kernel, Random& random) {
   s.lumaGain = static_cast<std::int16_t>(random.Between(-127, 127));
   s.lumaOffset = static_cast<std::int16_t>(random.Between(-255, 255));
   s.ditherLevel = static_cast<std::uint32_t>(random.OneIn(3) ? random.Between(-1, 20) : 0);
-  s.ditherSeed = random.Between(0, 1000);
+  s.ditherSeed = random.OneIn(4) ? random.Between(-1000, -2) : random.Between(0, 1000);
   if (kernel.family == Family::kPost && random.OneIn(2)) {
     s.deblockLevel = random.OneIn(4) ? random.Byte() : static_cast<std::uint8_t>(random.Between(15, 70));
     s.deblockTestPattern = random.OneIn(2);
@@ -300,6 +310,7 @@ FrameSettings DrawFrameSettings(const Kernel& kernel, Random& random) {
                            Content::kDrift, Content::kStill});
   if (random.OneIn(4)) s.overlap = random.Pick({Overlap::kSame, Overlap::kAhead, Overlap::kBehind});
   s.flush = random.OneIn(3) ? Flush::kBegin : Flush::kEnd;
+  s.crops = random.OneIn(6);
   return s;
 }
 

@@ -99,6 +99,7 @@ struct FrameSettings {
   Content content = Content::kNoise;
   Overlap overlap = Overlap::kApart;
   Flush flush = Flush::kEnd;
+  bool crops = false;  ///< ratios written by hand: axes that shrink take the source's corner as it is
 };
 
 /// The reference's settings as a processor's fields stand.
