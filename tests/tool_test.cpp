@@ -54,6 +54,7 @@ TEST_F(ToolTest, NamesTheOptionAndItsRangeOnBadUsage) {
       {"pre --frames 0 -o x.y4m", {"--frames", "from 1"}},
       {"pre --cpu 486 -o x.y4m", {"--cpu", "scalar"}},
       {"pre in.bin --raw uyvy422 -o x.y4m", {"--raw-size"}},
+      {"pre in.uyvy -o x.y4m", {"in.uyvy", "--raw-size"}},
       {"post --deblock 20 -o x.y4m", {"--deblock", "21 to 51"}},
       {"filters --from 64x48 --to 32x24 --role post --taps16", {"--taps16", "--role"}},
   };

@@ -46,7 +46,7 @@ int main(int argc, char** argv) {
     FlushStandardOutput();
     return kSuccess;
   } catch (const ToolError& error) {
-    std::fprintf(stderr, "vidproc: %s%s\n", error.what(), error.status == kUsage ? " (see vidproc --help)" : "");
+    std::fprintf(stderr, "vidproc: %s%s\n", error.what(), error.status == kUsage ? " (see --help)" : "");
     return error.status;
   } catch (const std::bad_alloc&) {
     std::fputs("vidproc: not enough memory for frames of this size\n", stderr);

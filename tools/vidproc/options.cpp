@@ -279,7 +279,11 @@ void Check(Options& options) {
   }
   CheckResults(options);
   if (options.filters.post && options.pre.taps16) throw BadUsage("--taps16", "only --role pre has long taps");
-  if (options.input.path.empty()) options.input.synthetic = true;
+  const std::string& path = options.input.path;
+  if (path.empty()) options.input.synthetic = true;
+  if (options.input.rawFormat.empty() && (path.ends_with(".uyvy") || path.ends_with(".nv12"))) {
+    throw BadUsage("IN", path + ": raw frames need --raw and --raw-size");
+  }
 }
 
 }  // namespace
@@ -290,13 +294,13 @@ std::optional<Options> ParseOptions(int argc, char** argv) {
                "vidproc");
   app.set_version_flag("--version", "vidproc " VIDPROC_VERSION);
   app.require_subcommand(1);
-  app.footer(
-      "Without IN a synthetic camera scene is processed. Try:\n"
-      "  vidproc pre --size 640x360 --adaptive 4 -o scene.mp4 --compare before-after.png\n"
-      "Exit status: 0 done, 1 cannot read or write, 2 bad usage.");
   AddPre(app, options);
   AddPost(app, options);
   AddOthers(app, options);
+  app.footer(  // after the commands, which would inherit it
+      "Without IN a synthetic camera scene is processed. Try:\n"
+      "  vidproc pre --size 640x360 --adaptive 4 -o scene.mp4 --compare before-after.png\n"
+      "Exit status: 0 done, 1 cannot read or write, 2 bad usage.");
   try {
     app.parse(argc, argv);
   } catch (const CLI::Success& asked) {
