@@ -7,17 +7,13 @@
 // The weight of a difference comes from a table of 16 by a byte shuffle, which gives 0 by itself for larger ones.
 #pragma once
 
+#include "passes/byte_arithmetic.h"
 #include "passes/strip_driver.h"
 
 namespace vidproc::VIDPROC_TARGET {
 namespace {
 
 #if VIDPROC_HAS_BYTE_OPS
-
-inline U8 AbsoluteDifference(U8 a, U8 b) { return Or(SubtractSaturate(a, b), SubtractSaturate(b, a)); }
-
-/// table[difference], 0 for differences of 16 and more.
-inline U8 WeightOf(U8 difference, U8 table) { return ShuffleTiles(table, AddSaturate(difference, SplatU8(0x70))); }
 
 /// Fills table with the weight (w(d) * coefficient + 128) >> 8 of each difference d below 16.
 inline void FillWeightTable(int coefficient, int shift, std::uint8_t (&table)[16]) {
@@ -49,19 +45,8 @@ inline OuterTaps FindOuterTaps(const std::int16_t* coefficients, int taps, int s
   return outer;
 }
 
-/// Sum of products of unsigned and signed bytes taken from pairs of vectors, in the two halves that Join puts together.
-inline void AddProducts(U8 a0, U8 a1, U8 b0, U8 b1, I16& low, I16& high) {
-  low = Add(low, MultiplyPairs(U8{ZipLow8(a0.raw, a1.raw)}, U8{ZipLow8(b0.raw, b1.raw)}));
-  high = Add(high, MultiplyPairs(U8{ZipHigh8(a0.raw, a1.raw)}, U8{ZipHigh8(b0.raw, b1.raw)}));
-}
-
-/// The same with one pair of coefficients for all.
-inline void AddScaled(U8 a0, U8 a1, U8 pair, I16& low, I16& high) {
-  low = Add(low, MultiplyPairs(U8{ZipLow8(a0.raw, a1.raw)}, pair));
-  high = Add(high, MultiplyPairs(U8{ZipHigh8(a0.raw, a1.raw)}, pair));
-}
-
-inline I16 RoundShift7(I16 sum) { return MultiplyRound(sum, SplatI16(256)); }
+/// The weight that a table gives to the difference of sample and centre.
+inline U8 WeightOf(U8 sample, U8 centre, U8 table) { return LookUpBelow16(table, AbsoluteDifference(sample, centre)); }
 
 /// A phase's taps in registers.
 template <int kOuter>
@@ -71,34 +56,28 @@ struct ByteTaps {
 
   explicit ByteTaps(const OuterTaps& outer) {
     for (int k = 0; k < kOuter; ++k) table[k] = LoadRepeated(outer.table[k]);
-    for (int k = 0; k < kOuter; k += 2) pair[k / 2] = SplatCoefficients(outer.coefficient[k], outer.coefficient[k + 1]);
-    pair[kOuter / 2] = SplatCoefficients(outer.centreCoefficient, 0);
+    for (int k = 0; k < kOuter; k += 2) pair[k / 2] = SplatPair(outer.coefficient[k], outer.coefficient[k + 1]);
+    pair[kOuter / 2] = SplatPair(outer.centreCoefficient, 0);
   }
 
   /// Edges preserved.
   U8 Adapt(U8 centre, const U8 (&sample)[kOuter + 1]) const {
-    I16 low = SplatI16(0);
-    I16 high = SplatI16(0);
+    Halves sum{SplatI16(0), SplatI16(0)};
     for (int k = 0; k < kOuter; k += 2) {
-      const U8 weight0 = WeightOf(AbsoluteDifference(sample[k], centre), table[k]);
-      const U8 weight1 = WeightOf(AbsoluteDifference(sample[k + 1], centre), table[k + 1]);
-      AddProducts(weight0, weight1, Subtract(sample[k], centre), Subtract(sample[k + 1], centre), low, high);
+      const U8 weight0 = WeightOf(sample[k], centre, table[k]);
+      const U8 weight1 = WeightOf(sample[k + 1], centre, table[k + 1]);
+      sum = Add(sum, MultiplyZipped(weight0, weight1, Subtract(sample[k], centre), Subtract(sample[k + 1], centre)));
     }
-    return Add(centre, JoinSigned(RoundShift7(low), RoundShift7(high)));
+    return Add(centre, RoundToSignedBytes<7>(sum));
   }
 
   /// The full low-pass, for samples that have moved.
   U8 Smooth(U8 centre, const U8 (&sample)[kOuter + 1]) const {
     if constexpr (kOuter == 0) return centre;
-    I16 low = SplatI16(0);
-    I16 high = SplatI16(0);
-    for (int k = 0; k < kOuter; k += 2) AddScaled(sample[k], sample[k + 1], pair[k / 2], low, high);
-    AddScaled(centre, SplatU8(0), pair[kOuter / 2], low, high);
-    return Join(RoundShift7(low), RoundShift7(high));
+    Halves sum = MultiplyZipped(centre, SplatU8(0), pair[kOuter / 2]);
+    for (int k = 0; k < kOuter; k += 2) sum = Add(sum, MultiplyZipped(sample[k], sample[k + 1], pair[k / 2]));
+    return RoundToBytes<7>(sum);
   }
-
- private:
-  static U8 SplatCoefficients(int first, int second) { return AsU8(SplatI16((first & 0xFF) | second << 8)); }
 };
 
 /// Gates: what a tap sum does where the picture moves.
@@ -152,12 +131,9 @@ struct BlendBytes {
   }
   void Put(std::uint8_t* history, U8 value) const {
     const U8 reference = LoadU8(history);
-    const U8 alpha = WeightOf(AbsoluteDifference(reference, value), table);
+    const U8 alpha = WeightOf(reference, value, table);
     const U8 difference = Subtract(reference, value);
-    I16 low = SplatI16(0);
-    I16 high = SplatI16(0);
-    AddProducts(alpha, SplatU8(0), difference, difference, low, high);
-    Store(history, Add(value, JoinSigned(RoundShift7(low), RoundShift7(high))));
+    Store(history, Add(value, RoundToSignedBytes<7>(MultiplyZipped(alpha, SplatU8(0), difference, difference))));
   }
 };
 

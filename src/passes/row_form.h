@@ -4,6 +4,7 @@
 // byte.
 #pragma once
 
+#include "passes/byte_arithmetic.h"
 #include "passes/row_plan.h"
 #include "passes/vertical_pass.h"
 #include "simd/kernel_table.h"
@@ -25,32 +26,20 @@ struct SplitRow2vuy {
   std::uint8_t* chroma;
 };
 
-/// Two signed byte coefficients in every 16-bit lane.
-inline U8 SplatPair(int first, int second) { return AsU8(SplatI16((first & 0xFF) | second << 8)); }
-
-/// (sum + half) >> kShift.
-template <int kShift>
-inline I16 RoundShift(I16 sum) {
-  return MultiplyRound(sum, SplatI16(1 << (15 - kShift)));
-}
-
 /// One vector of the vertical result from kTaps rows; kTaps 0 copies the one row.
 template <int kTaps, int kShift>
 [[gnu::always_inline]] inline U8 FilterBytes(const std::uint8_t* const* rows, const U8* pairs, std::ptrdiff_t b) {
   if constexpr (kTaps == 0) {
     return LoadU8(rows[0] + b);
   } else {
-    I16 low;
-    I16 high;
+    Halves sum;
     for (int t = 0; t < kTaps; t += 2) {
       const U8 first = LoadU8(rows[t] + b);
       const U8 second = t + 1 < kTaps ? LoadU8(rows[t + 1] + b) : SplatU8(0);
-      const I16 productLow = MultiplyPairs(U8{ZipLow8(first.raw, second.raw)}, pairs[t / 2]);
-      const I16 productHigh = MultiplyPairs(U8{ZipHigh8(first.raw, second.raw)}, pairs[t / 2]);
-      low = t == 0 ? productLow : Add(low, productLow);
-      high = t == 0 ? productHigh : Add(high, productHigh);
+      const Halves products = MultiplyZipped(first, second, pairs[t / 2]);
+      sum = t == 0 ? products : Add(sum, products);
     }
-    return Join(RoundShift<kShift>(low), RoundShift<kShift>(high));
+    return RoundToBytes<kShift>(sum);
   }
 }
 

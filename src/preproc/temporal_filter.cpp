@@ -9,6 +9,7 @@
 // decides which bytes are neighbours. The first and the last segment are their own outer neighbours.
 // kept: the last segmentBytes mod 16 bytes of a segment are not filtered; the destination keeps what it held.
 // kept: in place, the segment before has already been filtered when it is the neighbour.
+#include "passes/byte_arithmetic.h"
 #include "passes/result_policy.h"
 #include "passes/temporal_job.h"
 #include "simd/kernel_table.h"
@@ -54,16 +55,11 @@ struct TableBlend {
   }
 
   U8 operator()(U8 source, U8 reference, U8 measure) const {
-    // Indices from 128 on give 0: measures from 16 on.
-    const U8 near = ShuffleTiles(negatedWeights, AddSaturate(measure, SplatU8(0x70)));
-    const U8 referenceWeight = Xor(near, farWeight);
+    const U8 referenceWeight = Xor(LookUpBelow16(negatedWeights, measure), farWeight);
     const U8 sourceWeight = Subtract(SplatU8(0x80), referenceWeight);
-    const I16 low =
-        MultiplyPairs(U8{ZipLow8(source.raw, reference.raw)}, U8{ZipLow8(sourceWeight.raw, referenceWeight.raw)});
-    const I16 high =
-        MultiplyPairs(U8{ZipHigh8(source.raw, reference.raw)}, U8{ZipHigh8(sourceWeight.raw, referenceWeight.raw)});
+    const Halves sum = MultiplyZipped(source, reference, sourceWeight, referenceWeight);
     // (-256 x + 16384) >> 15 is (64 - x) >> 7.
-    return Join(MultiplyRound(low, SplatI16(-256)), MultiplyRound(high, SplatI16(-256)));
+    return Join(MultiplyRound(sum.low, SplatI16(-256)), MultiplyRound(sum.high, SplatI16(-256)));
   }
 };
 #endif
@@ -79,8 +75,6 @@ struct OneGroup {
   static U8 Load(const std::uint8_t* p) { return LoadRepeated(p); }
   static void Put(std::uint8_t* p, U8 a) { StoreTiles(p, 0, a); }
 };
-
-inline U8 AbsoluteDifference(U8 a, U8 b) { return Subtract(Max(a, b), Min(a, b)); }
 
 template <class Access>
 inline U8 ChangeAt(const std::uint8_t* source, const std::uint8_t* reference) {
