@@ -210,7 +210,7 @@ struct ByteVerticalScale {
   void FilterRow(const ByteTaps<kOuter>& taps, const std::uint8_t* const* rows, const std::uint8_t* centre,
                  const std::uint8_t* remembered, const std::uint8_t* ahead, int bytes, std::uint8_t* out) const {
     for (int start = 0; start < bytes; start += kVectorBytes) {
-      const int b = start + kVectorBytes <= bytes || bytes < kVectorBytes ? start : bytes - kVectorBytes;
+      const int b = VectorStart(start, bytes, kVectorBytes);
       __builtin_prefetch(ahead + b);
       U8 sample[kOuter + 1];
       for (int k = 0; k < kOuter; ++k) sample[k] = LoadU8(rows[k] + b);

@@ -6,7 +6,7 @@
 
 #include "passes/byte_arithmetic.h"
 #include "passes/row_plan.h"
-#include "passes/vertical_pass.h"
+#include "passes/vector_walk.h"
 #include "simd/kernel_table.h"
 
 namespace vidproc::VIDPROC_TARGET {
@@ -77,7 +77,7 @@ inline void FilterRowBytes(const std::uint8_t* const* rows, const std::int16_t* 
   }
   constexpr int kStep = 2 * kVectorBytes;
   for (int start = 0; start < bytes; start += kStep) {
-    const int b = start + kStep <= bytes || bytes < kStep ? start : bytes - kStep;
+    const int b = VectorStart(start, bytes, kStep);
     for (int line = 0; line < kStep; line += 64) {
       __builtin_prefetch(ahead.first + b + line);
       __builtin_prefetch(ahead.second + b + line);

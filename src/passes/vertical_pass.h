@@ -4,11 +4,10 @@
 
 #include "passes/scale_job.h"
 #include "passes/tap_weighting.h"
+#include "passes/vector_walk.h"
 
 namespace vidproc::VIDPROC_TARGET {
 namespace {
-
-inline int Clamp(int value, int low, int high) { return value < low ? low : value > high ? high : value; }
 
 /// Weighted sum of kTaps samples in tap order, rounded and shifted; every addition saturates.
 template <int kTaps, int kShift>
@@ -18,15 +17,14 @@ inline I16 SumInOrder(const I16 (&sample)[kTaps], const I16 (&weight)[kTaps]) {
   return ShiftRight<kShift>(AddSaturate(sum, SplatI16(1 << (kShift - 1))));
 }
 
-/// One output row: out[b] from byte b of kTaps source rows, b below `bytes`. The last vector overlaps the one before.
+/// One output row: out[b] from byte b of kTaps source rows, b below `bytes`.
 template <int kTaps, int kShift, class Taps>
 inline void FilterRow(const std::uint8_t* const* rows, const std::int16_t* coefficients, int bytes, const Taps& taps,
                       std::int16_t* out) {
   I16 coefficient[kTaps];
   for (int t = 0; t < kTaps; ++t) coefficient[t] = SplatI16(coefficients[t]);
-  const int last = bytes - kLanes;
   for (int start = 0; start < bytes; start += kLanes) {
-    const int b = start <= last || last < 0 ? start : last;
+    const int b = VectorStart(start, bytes, kLanes);
     I16 sample[kTaps];
     I16 weight[kTaps];
     for (int t = 0; t < kTaps; ++t) sample[t] = LoadWiden(rows[t] + b);

@@ -12,7 +12,7 @@
 #include "passes/deblock_job.h"
 #include "passes/horizontal_pass.h"
 #include "passes/transposes.h"
-#include "passes/vertical_pass.h"
+#include "passes/vector_walk.h"
 #include "simd/kernel_table.h"
 
 namespace vidproc::VIDPROC_TARGET {
@@ -186,9 +186,8 @@ template <int kCount, class Taps>
 inline void FilterEdgeRows(const Taps& taps, const SourceRows& source, int edge, int first, int rowBytes,
                            std::int16_t* out, std::ptrdiff_t pitch) {
   const EdgeRows<kCount> rows(source, edge, first, rowBytes);
-  const int last = rowBytes - kLanes;
   for (int start = 0; start < rowBytes; start += kLanes) {
-    const int b = start <= last || last < 0 ? start : last;
+    const int b = VectorStart(start, rowBytes, kLanes);
     FilterAcrossEdge<kCount>(
         taps, first, [&](int i) { return LoadWiden(rows[i] + b); },
         [&](int i, I16 value) { Store(out + i * pitch + b, value); });
