@@ -19,7 +19,7 @@ constexpr ScalerTraits kPlainWithLumaShift = {.kernel = &KernelTable::plainScale
 constexpr ScalerTraits kAdaptive = {.kernel = &KernelTable::adaptiveScale, .hasHistory = true};
 constexpr ScalerTraits kMotionSmoothing = {
     .kernel = &KernelTable::motionSmoothingScale, .hasHistory = true, .smoothsMotion = true};
-constexpr ScalerTraits kAdaptive16TapTemporal = {.kernel = &KernelTable::adaptive16TapTemporalScale,
+constexpr ScalerTraits kAdaptive16TapTemporal = {.kernel = &KernelTable::adaptive16TapScale,
                                                  .verticalTaps = 8,
                                                  .horizontalTaps = 16,
                                                  .hasHistory = true,

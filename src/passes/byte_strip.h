@@ -50,16 +50,21 @@ inline U8 WeightOf(U8 sample, U8 centre, U8 table) { return LookUpBelow16(table,
 
 /// A phase's taps in registers.
 template <int kOuter>
-struct ByteTaps {
-  U8 table[kOuter + 1];
-  U8 pair[kOuter / 2 + 1];
-
+class ByteTaps {
+ public:
   explicit ByteTaps(const OuterTaps& outer) {
     for (int k = 0; k < kOuter; ++k) table[k] = LoadRepeated(outer.table[k]);
     for (int k = 0; k < kOuter; k += 2) pair[k / 2] = SplatPair(outer.coefficient[k], outer.coefficient[k + 1]);
     pair[kOuter / 2] = SplatPair(outer.centreCoefficient, 0);
   }
 
+  /// Edges preserved where the gate is open.
+  template <class Gate>
+  U8 Filter(U8 centre, const U8 (&sample)[kOuter + 1], const Gate& gate, int offset) const {
+    return gate.Open(centre, offset).Choose(Adapt(centre, sample), Smooth(centre, sample));
+  }
+
+ private:
   /// Edges preserved.
   U8 Adapt(U8 centre, const U8 (&sample)[kOuter + 1]) const {
     Halves sum{SplatI16(0), SplatI16(0)};
@@ -78,42 +83,9 @@ struct ByteTaps {
     for (int k = 0; k < kOuter; k += 2) sum = Add(sum, MultiplyZipped(sample[k], sample[k + 1], pair[k / 2]));
     return RoundToBytes<7>(sum);
   }
-};
 
-/// Gates: what a tap sum does where the picture moves.
-struct NoByteGate {
-  template <int kOuter>
-  U8 Filter(const ByteTaps<kOuter>& taps, U8 centre, const U8 (&sample)[kOuter + 1], const void* /*remembered*/) const {
-    return taps.Adapt(centre, sample);
-  }
-};
-
-/// Against the previous source's bytes. kept: differences of 182 and more test still.
-struct RowMotionGate {
-  template <int kOuter>
-  U8 Filter(const ByteTaps<kOuter>& taps, U8 centre, const U8 (&sample)[kOuter + 1], const void* remembered) const {
-    const U8 change = AbsoluteDifference(LoadU8(remembered), centre);
-    const U8 beyond = Subtract(change, SplatU8(16));
-    const U8 moving = Equal(Min(beyond, SplatU8(181 - 16)), beyond);
-    return Or(And(moving, taps.Smooth(centre, sample)), AndNot(moving, taps.Adapt(centre, sample)));
-  }
-};
-
-/// Against the previous vertical result, 16-bit values of any size.
-struct ColumnMotionGate {
-  template <int kOuter>
-  U8 Filter(const ByteTaps<kOuter>& taps, U8 centre, const U8 (&sample)[kOuter + 1], const void* remembered) const {
-    std::uint8_t bytes[kVectorBytes];
-    Store(bytes, centre);
-    const auto* const values = static_cast<const std::int16_t*>(remembered);
-    I16 still[2];
-    for (int half = 0; half < 2; ++half) {
-      const I16 change = Subtract(LoadI16(values + half * kLanes), LoadWiden(bytes + half * kLanes));
-      still[half] = Less(MultiplyLow(change, change), SplatI16(256));
-    }
-    const U8 mask = JoinSignedInOrder(still[0], still[1]);
-    return Or(And(mask, taps.Adapt(centre, sample)), AndNot(mask, taps.Smooth(centre, sample)));
-  }
+  U8 table[kOuter + 1];
+  U8 pair[kOuter / 2 + 1];
 };
 
 /// Stores the filtered bytes as they are.
@@ -193,28 +165,26 @@ struct ByteVerticalScale {
     for (int r = 0; r < rowCount; ++r) {
       const RowPosition position = job.rowPositions[firstRow + r];
       const OuterTaps outer = FindOuterTaps(job.verticalBank->coefficient[position.phase], kTaps, shift);
-      const auto rowAt = [&job](int row) { return job.source + Clamp(row, 0, job.inHeight - 1) * job.sourceStride; };
       const std::uint8_t* rows[kMaxTaps];
-      for (int k = 0; k < kMaxTaps; ++k) rows[k] = rowAt(position.source + outer.tap[k]);
-      const std::uint8_t* const centre = rowAt(position.source);
-      const std::uint8_t* const ahead = rowAt(position.source + kTaps);
-      const std::uint8_t* const remembered =
-          job.motionRows == nullptr ? centre : job.motionRows + (firstRow + r) * job.motionRowPitch;
+      for (int k = 0; k < kMaxTaps; ++k) rows[k] = SourceRow(job, position.source + outer.tap[k]);
+      const std::uint8_t* const centre = SourceRow(job, position.source);
+      const std::uint8_t* const ahead = SourceRow(job, position.source + kTaps);
+      const Gate rowGate = gate.Against(RememberedRow(job, firstRow + r));
       std::uint8_t* const out = ByteStrip::Rows(job.strip) + r * job.strip.rowPitch;
-      WithByteTaps(outer, [&](const auto& taps) { FilterRow(taps, rows, centre, remembered, ahead, bytes, out); });
+      WithByteTaps(outer, [&](const auto& taps) { FilterRow(taps, rowGate, rows, centre, ahead, bytes, out); });
     }
   }
 
  private:
   template <int kOuter>
-  void FilterRow(const ByteTaps<kOuter>& taps, const std::uint8_t* const* rows, const std::uint8_t* centre,
-                 const std::uint8_t* remembered, const std::uint8_t* ahead, int bytes, std::uint8_t* out) const {
+  static void FilterRow(const ByteTaps<kOuter>& taps, const Gate& rowGate, const std::uint8_t* const* rows,
+                        const std::uint8_t* centre, const std::uint8_t* ahead, int bytes, std::uint8_t* out) {
     for (int start = 0; start < bytes; start += kVectorBytes) {
       const int b = VectorStart(start, bytes, kVectorBytes);
       __builtin_prefetch(ahead + b);
       U8 sample[kOuter + 1];
       for (int k = 0; k < kOuter; ++k) sample[k] = LoadU8(rows[k] + b);
-      Store(out + b, gate.Filter(taps, LoadU8(centre + b), sample, remembered + b));
+      Store(out + b, taps.Filter(LoadU8(centre + b), sample, rowGate, b));
     }
   }
 };
@@ -251,33 +221,19 @@ struct ByteHorizontalScale {
       // History lies a frame's height apart from column to column, which hardware does not foresee.
       const std::ptrdiff_t later =
           run.positions[k + kAhead < run.count ? k + kAhead : k].output * step + run.component.firstByte;
-      const std::int16_t* remembered = nullptr;
       __builtin_prefetch(out.columns + later * out.stride);
-      if (out.remembered != nullptr) {
-        remembered = out.remembered + column * out.rememberedStride;
-        __builtin_prefetch(out.remembered + later * out.rememberedStride);
-      }
+      if (out.remembered != nullptr) __builtin_prefetch(out.Remembered(later));
       U8 sample[kOuter + 1];
       for (int t = 0; t < kOuter; ++t) sample[t] = LoadU8(centre + outer.tap[t] * step * ByteStrip::kRows);
-      result.Put(out.columns + column * out.stride, gate.Filter(taps, LoadU8(centre), sample, remembered));
+      const Gate columnGate = gate.Against(out.Remembered(column));
+      result.Put(out.columns + column * out.stride, taps.Filter(LoadU8(centre), sample, columnGate, 0));
     }
   }
 };
 
-/// Runs an adaptive scaler in byte strips.
-template <int kVerticalTaps, int kHorizontalTaps, class RowGate, class ColumnGate, class Result>
-inline void RunByteStrips(const ScaleJob& job, const Result& result) {
-  const int shift = job.adaptiveShift;
-  RunStrips<ByteStrip>(job, ByteVerticalScale<kVerticalTaps, RowGate>{shift, {}},
-                       ByteHorizontalScale<kHorizontalTaps, ColumnGate, Result>{shift, {}, result});
-}
-
-/// The same with the blend that this frame's history asks for.
-template <int kVerticalTaps, int kHorizontalTaps, class RowGate, class ColumnGate>
-inline void RunByteStripsWithHistory(const ScaleJob& job) {
-  if (job.firstFrame) return RunByteStrips<kVerticalTaps, kHorizontalTaps, RowGate, ColumnGate>(job, StoreBytes{});
-  RunByteStrips<kVerticalTaps, kHorizontalTaps, RowGate, ColumnGate>(
-      job, BlendBytes(job.temporalStrength, job.temporalShift));
+template <int kTaps, class Gate, class Result>
+inline ByteHorizontalScale<kTaps, Gate, Result> ScaleByteRows(int shift, const Result& result) {
+  return {shift, {}, result};
 }
 
 #endif

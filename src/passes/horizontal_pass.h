@@ -28,6 +28,10 @@ struct StripResult {
   std::ptrdiff_t stride;
   const std::int16_t* remembered;
   std::ptrdiff_t rememberedStride;
+
+  const std::int16_t* Remembered(std::ptrdiff_t column) const {
+    return remembered == nullptr ? nullptr : remembered + column * rememberedStride;
+  }
 };
 
 /// Which of the two running sums takes tap t: alternate groups of four, counted so that a run of taps cut down evenly
@@ -79,8 +83,7 @@ inline void FilterRun(const StripMemory& strip, const OutputRun& run, const std:
     const std::int16_t* first = samples + run.positions[k].source * tapStep;
     const std::ptrdiff_t column =
         std::ptrdiff_t{run.positions[k].output} * run.component.step + run.component.firstByte;
-    const Taps columnTaps =
-        taps.ForColumn(out.remembered == nullptr ? nullptr : out.remembered + column * out.rememberedStride);
+    const Taps columnTaps = taps.Against(out.Remembered(column));
     for (int v = 0; v < kColumnVectors; ++v) {
       I16 sample[kTaps];
       I16 weight[kTaps];

@@ -88,13 +88,6 @@ inline HorizontalScale<kTaps, kShift, Taps, Result> ScaleRows(const Taps& taps, 
   return {taps, result, result};
 }
 
-/// Calls scale with the policy that this frame's history asks for: none is there to blend with on a first frame.
-template <class Scale>
-inline void WithHistory(const ScaleJob& job, const Scale& scale) {
-  if (job.firstFrame) return scale(ClampResult{});
-  scale(BlendResult{job.temporalStrength, job.temporalShift});
-}
-
 template <class Strip = WordStrip, class VerticalStage, class HorizontalStage>
 inline void RunStrips(const ScaleJob& job, const VerticalStage& vertical, const HorizontalStage& horizontal) {
   for (int firstRow = 0; firstRow < job.outHeight; firstRow += Strip::kRows) {

@@ -1,11 +1,12 @@
-// What a tap counts: policies of the vertical and the horizontal pass. A policy's At(...) gives the weights for one
-// vector of samples; the passes multiply and add.
+// What a tap counts: policies of the vertical and the horizontal pass. A policy's Weigh gives the taps' weights for one
+// vector of samples each; the passes multiply and add.
 //
 // Difference weight curve: for a difference d, q = min(d * d, 256), q = min(q << shift, 256), w = 256 - q, in 16-bit
 // lanes. kept: the square and the shift wrap, so that some large differences regain weight, and from a shift of 8 on all
 // of 16 and more.
 #pragma once
 
+#include "passes/byte_arithmetic.h"
 #include "simd/simd.h"
 
 namespace vidproc::VIDPROC_TARGET {
@@ -21,8 +22,10 @@ inline I16 LostWeight(I16 difference, int shift) {
 /// Every tap counts with its coefficient.
 struct PlainTaps {
   static constexpr bool kSkipsZeroTaps = true;
-  PlainTaps ForRow(const std::uint8_t* /*remembered*/) const { return *this; }
-  PlainTaps ForColumn(const std::int16_t* /*remembered*/) const { return *this; }
+  template <class Value>
+  PlainTaps Against(const Value* /*remembered*/) const {
+    return {};
+  }
 
   template <int kTaps>
   void Weigh(const I16 (&)[kTaps], const I16 (&coefficient)[kTaps], int /*offset*/, I16 (&weight)[kTaps]) const {
@@ -36,8 +39,10 @@ struct AdaptiveTaps {
   static constexpr bool kSkipsZeroTaps = false;
   int shift;
   Gate gate;
-  AdaptiveTaps ForRow(const std::uint8_t* remembered) const { return {shift, gate.ForRow(remembered)}; }
-  AdaptiveTaps ForColumn(const std::int16_t* remembered) const { return {shift, gate.ForColumn(remembered)}; }
+  template <class Value>
+  AdaptiveTaps Against(const Value* remembered) const {
+    return {shift, gate.Against(remembered)};
+  }
 
   template <int kTaps>
   void Weigh(const I16 (&sample)[kTaps], const I16 (&coefficient)[kTaps], int offset, I16 (&weight)[kTaps]) const {
@@ -55,30 +60,68 @@ struct AdaptiveTaps {
   }
 };
 
+/// Gates: where edges are preserved. One is held Against what the previous frame has left of a row or column; Open then
+/// tells of a vector of centre samples, `offset` values into it, which of them count as still.
+
 /// Edges are preserved everywhere.
 struct AlwaysOpen {
-  AlwaysOpen ForRow(const std::uint8_t*) const { return {}; }
-  AlwaysOpen ForColumn(const std::int16_t*) const { return {}; }
-  AlwaysOpen Open(I16 /*centre*/, int /*offset*/) const { return {}; }
+  template <class Value>
+  AlwaysOpen Against(const Value* /*remembered*/) const {
+    return {};
+  }
+  template <class Vector>
+  AlwaysOpen Open(Vector /*centre*/, int /*offset*/) const {
+    return {};
+  }
   I16 Pass(I16 lost) const { return lost; }
+  U8 Choose(U8 adapted, U8 /*smoothed*/) const { return adapted; }
 };
 
-/// Edges are preserved only where the centre sample is near the remembered one: moving samples get the full low-pass.
-/// kept: the square wraps, so that differences of 182 and more test still again.
-struct OpenWhereStill {
-  struct Mask {
-    I16 still;
-    I16 Pass(I16 lost) const { return And(lost, still); }
-  };
-  const std::uint8_t* row;
-  const std::int16_t* column;
-  OpenWhereStill ForRow(const std::uint8_t* remembered) const { return {remembered, nullptr}; }
-  OpenWhereStill ForColumn(const std::int16_t* remembered) const { return {nullptr, remembered}; }
-  Mask Open(I16 centre, int offset) const {
-    const I16 remembered = row != nullptr ? LoadWiden(row + offset) : LoadI16(column + offset);
-    const I16 change = Subtract(remembered, centre);
-    return {Less(MultiplyLow(change, change), SplatI16(256))};
+/// What moves gets the full low-pass: no tap loses weight.
+struct OpenWords {
+  I16 still;
+  I16 Pass(I16 lost) const { return And(lost, still); }
+};
+#if VIDPROC_HAS_BYTE_OPS
+/// The same as a choice between the two filtered values, of bytes.
+struct OpenBytes {
+  U8 still;
+  U8 Choose(U8 adapted, U8 smoothed) const { return Or(And(still, adapted), AndNot(still, smoothed)); }
+};
+#endif
+
+/// Difference below 16. kept: the square wraps, so that differences of 182 and more test still again.
+inline I16 IsStill(I16 remembered, I16 centre) {
+  const I16 change = Subtract(remembered, centre);
+  return Less(MultiplyLow(change, change), SplatI16(256));
+}
+
+/// Against the previous source's bytes.
+struct OpenWhereRowIsStill {
+  const std::uint8_t* row = nullptr;
+  OpenWhereRowIsStill Against(const std::uint8_t* remembered) const { return {remembered}; }
+  OpenWords Open(I16 centre, int offset) const { return {IsStill(LoadWiden(row + offset), centre)}; }
+#if VIDPROC_HAS_BYTE_OPS
+  OpenBytes Open(U8 centre, int offset) const {
+    const U8 beyond = Subtract(AbsoluteDifference(LoadU8(row + offset), centre), SplatU8(16));
+    return {Equal(Max(beyond, SplatU8(182 - 16)), beyond)};
   }
+#endif
+};
+
+/// Against the previous vertical result, 16-bit values of any size.
+struct OpenWhereColumnIsStill {
+  const std::int16_t* column = nullptr;
+  OpenWhereColumnIsStill Against(const std::int16_t* remembered) const { return {remembered}; }
+  OpenWords Open(I16 centre, int offset) const { return {IsStill(LoadI16(column + offset), centre)}; }
+#if VIDPROC_HAS_BYTE_OPS
+  OpenBytes Open(U8 centre, int offset) const {
+    std::uint8_t bytes[kVectorBytes];
+    Store(bytes, centre);
+    const auto isStill = [&](int first) { return IsStill(LoadI16(column + offset + first), LoadWiden(bytes + first)); };
+    return {JoinSignedInOrder(isStill(0), isStill(kLanes))};
+  }
+#endif
 };
 
 }  // namespace

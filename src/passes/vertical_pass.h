@@ -33,6 +33,16 @@ inline void FilterRow(const std::uint8_t* const* rows, const std::int16_t* coeff
   }
 }
 
+/// The source row under an output row, repeated beyond the frame.
+inline const std::uint8_t* SourceRow(const ScaleJob& job, int row) {
+  return job.source + Clamp(row, 0, job.inHeight - 1) * job.sourceStride;
+}
+
+/// What the motion test of an output row looks at; null where no kernel asks.
+inline const std::uint8_t* RememberedRow(const ScaleJob& job, int row) {
+  return job.motionRows == nullptr ? nullptr : job.motionRows + row * job.motionRowPitch;
+}
+
 /// Stage of the strip driver: scales columns with kTaps vertical taps.
 template <int kTaps, int kShift, class Taps>
 struct VerticalScale {
@@ -45,15 +55,10 @@ struct VerticalScale {
       const int skipped = Taps::kSkipsZeroTaps ? bank.firstTap[position.phase] : 0;
       const int count = Taps::kSkipsZeroTaps ? bank.tapCount[position.phase] : kTaps;
       const std::uint8_t* rows[kTaps];
-      for (int t = 0; t < kTaps; ++t) {
-        const int row = Clamp(position.source - (kTaps / 2 - 1) + skipped + t, 0, job.inHeight - 1);
-        rows[t] = job.source + row * job.sourceStride;
-      }
+      for (int t = 0; t < kTaps; ++t) rows[t] = SourceRow(job, position.source - (kTaps / 2 - 1) + skipped + t);
       const std::int16_t* coefficients = bank.coefficient[position.phase] + skipped;
       const std::ptrdiff_t rowBytes = std::ptrdiff_t{2} * job.inWidth;
-      const Taps rowTaps =
-          taps.ForRow(job.motionRows == nullptr ? nullptr : job.motionRows + (firstRow + r) * job.motionRowPitch);
-      FilterRowOf(count, rows, coefficients, static_cast<int>(rowBytes), rowTaps,
+      FilterRowOf(count, rows, coefficients, static_cast<int>(rowBytes), taps.Against(RememberedRow(job, firstRow + r)),
                   job.strip.rows + r * job.strip.rowPitch);
     }
   }

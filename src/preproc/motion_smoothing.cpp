@@ -3,19 +3,13 @@
 //
 // kept: the tests look up the previous source at the output row's own index, and the previous vertical result at the
 // output column's own index, not at those of the centre tap.
-#include "passes/byte_strip.h"
-#include "passes/strip_driver.h"
+#include "passes/adaptive_scale.h"
 #include "simd/kernel_table.h"
 
 namespace vidproc::VIDPROC_TARGET {
 
 void MotionSmoothingScale(const ScaleJob& job) {
-#if VIDPROC_HAS_BYTE_OPS
-  if (job.adaptsInBytes) return RunByteStripsWithHistory<4, 8, RowMotionGate, ColumnMotionGate>(job);
-#endif
-  const AdaptiveTaps<OpenWhereStill> taps{job.adaptiveShift, {}};
-  const VerticalScale<4, 7, AdaptiveTaps<OpenWhereStill>> vertical{taps};
-  WithHistory(job, [&](const auto& result) { RunStrips(job, vertical, ScaleRows<8, 7>(taps, result)); });
+  ScaleAdaptively<4, 8, OpenWhereRowIsStill, OpenWhereColumnIsStill>(job);
 }
 
 }  // namespace vidproc::VIDPROC_TARGET

@@ -15,7 +15,6 @@ constinit const KernelTable kKernels = {
     .plainScaleWithLumaShift = PlainScaleWithLumaShift,
     .adaptiveScale = AdaptiveScale,
     .motionSmoothingScale = MotionSmoothingScale,
-    .adaptive16TapTemporalScale = Adaptive16TapTemporalScale,
     .adaptive16TapScale = Adaptive16TapScale,
     .postScale = PostScale,
     .deblock = Deblock,

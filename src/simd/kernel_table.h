@@ -28,7 +28,6 @@ struct KernelTable {
   void (*plainScaleWithLumaShift)(const ScaleJob&);
   void (*adaptiveScale)(const ScaleJob&);
   void (*motionSmoothingScale)(const ScaleJob&);
-  void (*adaptive16TapTemporalScale)(const ScaleJob&);
   void (*adaptive16TapScale)(const ScaleJob&);
   void (*postScale)(const ScaleJob&);
   void (*deblock)(const DeblockJob&);
@@ -56,7 +55,6 @@ void PlainScale(const ScaleJob& job);
 void PlainScaleWithLumaShift(const ScaleJob& job);
 void AdaptiveScale(const ScaleJob& job);
 void MotionSmoothingScale(const ScaleJob& job);
-void Adaptive16TapTemporalScale(const ScaleJob& job);
 void Adaptive16TapScale(const ScaleJob& job);
 void PostScale(const ScaleJob& job);
 void Deblock(const DeblockJob& job);
