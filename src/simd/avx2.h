@@ -74,18 +74,13 @@ inline I16 ShiftLeft(I16 a, int count) { return {_mm256_sll_epi16(a.raw, _mm_cvt
 
 inline I16 And(I16 a, I16 b) { return {_mm256_and_si256(a.raw, b.raw)}; }
 inline U8 And(U8 a, U8 b) { return {_mm256_and_si256(a.raw, b.raw)}; }
-inline U8 AndNot(U8 mask, U8 a) { return {_mm256_andnot_si256(mask.raw, a.raw)}; }
 inline U8 Or(U8 a, U8 b) { return {_mm256_or_si256(a.raw, b.raw)}; }
 inline U8 Xor(U8 a, U8 b) { return {_mm256_xor_si256(a.raw, b.raw)}; }
-inline U8 Add(U8 a, U8 b) { return {_mm256_add_epi8(a.raw, b.raw)}; }
 inline U8 Subtract(U8 a, U8 b) { return {_mm256_sub_epi8(a.raw, b.raw)}; }
-inline U8 AddSaturate(U8 a, U8 b) { return {_mm256_adds_epu8(a.raw, b.raw)}; }
-inline U8 SubtractSaturate(U8 a, U8 b) { return {_mm256_subs_epu8(a.raw, b.raw)}; }
 inline U8 AddSaturateSigned(U8 a, U8 b) { return {_mm256_adds_epi8(a.raw, b.raw)}; }
 inline U8 Average(U8 a, U8 b) { return {_mm256_avg_epu8(a.raw, b.raw)}; }
 inline U8 Max(U8 a, U8 b) { return {_mm256_max_epu8(a.raw, b.raw)}; }
 inline U8 Min(U8 a, U8 b) { return {_mm256_min_epu8(a.raw, b.raw)}; }
-inline U8 Equal(U8 a, U8 b) { return {_mm256_cmpeq_epi8(a.raw, b.raw)}; }
 
 inline Raw ZipLow8(Raw a, Raw b) { return _mm256_unpacklo_epi8(a, b); }
 inline Raw ZipHigh8(Raw a, Raw b) { return _mm256_unpackhi_epi8(a, b); }
@@ -100,16 +95,20 @@ inline Halves Split(U8 a) {
   return {{ZipLow8(a.raw, zero)}, {ZipHigh8(a.raw, zero)}};
 }
 inline U8 Join(I16 low, I16 high) { return {_mm256_packus_epi16(low.raw, high.raw)}; }
+
+inline U8 AndNot(U8 mask, U8 a) { return {_mm256_andnot_si256(mask.raw, a.raw)}; }
+inline U8 Add(U8 a, U8 b) { return {_mm256_add_epi8(a.raw, b.raw)}; }
+inline U8 AddSaturate(U8 a, U8 b) { return {_mm256_adds_epu8(a.raw, b.raw)}; }
+inline U8 Equal(U8 a, U8 b) { return {_mm256_cmpeq_epi8(a.raw, b.raw)}; }
+/// The bytes of `first`, then those of `second`, with unsigned saturation.
+inline U8 JoinInOrder(I16 first, I16 second) {
+  return {_mm256_permute4x64_epi64(_mm256_packus_epi16(first.raw, second.raw), 0xD8)};
+}
 /// As Join and JoinInOrder, with signed saturation.
 inline U8 JoinSigned(I16 low, I16 high) { return {_mm256_packs_epi16(low.raw, high.raw)}; }
 inline U8 JoinSignedInOrder(I16 first, I16 second) {
   return {_mm256_permute4x64_epi64(_mm256_packs_epi16(first.raw, second.raw), 0xD8)};
 }
-/// The bytes of `first`, then those of `second`, with unsigned saturation.
-inline U8 JoinInOrder(I16 first, I16 second) {
-  return {_mm256_permute4x64_epi64(_mm256_packus_epi16(first.raw, second.raw), 0xD8)};
-}
-
 /// In each tile, byte i of the result is table[index[i] & 15], or 0 where index[i] is 128 or more.
 inline U8 ShuffleTiles(U8 table, U8 index) { return {_mm256_shuffle_epi8(table.raw, index.raw)}; }
 /// A vector of windows, each kWindowBytes long and loaded from its own offset, and a shuffle inside each.

@@ -88,18 +88,13 @@ inline I16 ShiftLeft(I16 a, int count) { return {_mm512_sll_epi16(a.raw, _mm_cvt
 
 inline I16 And(I16 a, I16 b) { return {_mm512_and_si512(a.raw, b.raw)}; }
 inline U8 And(U8 a, U8 b) { return {_mm512_and_si512(a.raw, b.raw)}; }
-inline U8 AndNot(U8 mask, U8 a) { return {_mm512_andnot_si512(mask.raw, a.raw)}; }
 inline U8 Or(U8 a, U8 b) { return {_mm512_or_si512(a.raw, b.raw)}; }
 inline U8 Xor(U8 a, U8 b) { return {_mm512_xor_si512(a.raw, b.raw)}; }
-inline U8 Add(U8 a, U8 b) { return {_mm512_add_epi8(a.raw, b.raw)}; }
 inline U8 Subtract(U8 a, U8 b) { return {_mm512_sub_epi8(a.raw, b.raw)}; }
-inline U8 AddSaturate(U8 a, U8 b) { return {_mm512_adds_epu8(a.raw, b.raw)}; }
-inline U8 SubtractSaturate(U8 a, U8 b) { return {_mm512_subs_epu8(a.raw, b.raw)}; }
 inline U8 AddSaturateSigned(U8 a, U8 b) { return {_mm512_adds_epi8(a.raw, b.raw)}; }
 inline U8 Average(U8 a, U8 b) { return {_mm512_avg_epu8(a.raw, b.raw)}; }
 inline U8 Max(U8 a, U8 b) { return {_mm512_max_epu8(a.raw, b.raw)}; }
 inline U8 Min(U8 a, U8 b) { return {_mm512_min_epu8(a.raw, b.raw)}; }
-inline U8 Equal(U8 a, U8 b) { return {_mm512_movm_epi8(_mm512_cmpeq_epi8_mask(a.raw, b.raw))}; }
 
 inline Raw ZipLow8(Raw a, Raw b) { return _mm512_unpacklo_epi8(a, b); }
 inline Raw ZipHigh8(Raw a, Raw b) { return _mm512_unpackhi_epi8(a, b); }
@@ -114,18 +109,22 @@ inline Halves Split(U8 a) {
   return {{ZipLow8(a.raw, zero)}, {ZipHigh8(a.raw, zero)}};
 }
 inline U8 Join(I16 low, I16 high) { return {_mm512_packus_epi16(low.raw, high.raw)}; }
+
+inline U8 AndNot(U8 mask, U8 a) { return {_mm512_andnot_si512(mask.raw, a.raw)}; }
+inline U8 Add(U8 a, U8 b) { return {_mm512_add_epi8(a.raw, b.raw)}; }
+inline U8 AddSaturate(U8 a, U8 b) { return {_mm512_adds_epu8(a.raw, b.raw)}; }
+inline U8 Equal(U8 a, U8 b) { return {_mm512_movm_epi8(_mm512_cmpeq_epi8_mask(a.raw, b.raw))}; }
+/// The bytes of `first`, then those of `second`, with unsigned saturation.
+inline U8 JoinInOrder(I16 first, I16 second) {
+  const Raw order = _mm512_set_epi64(7, 5, 3, 1, 6, 4, 2, 0);
+  return {_mm512_permutexvar_epi64(order, _mm512_packus_epi16(first.raw, second.raw))};
+}
 /// As Join and JoinInOrder, with signed saturation.
 inline U8 JoinSigned(I16 low, I16 high) { return {_mm512_packs_epi16(low.raw, high.raw)}; }
 inline U8 JoinSignedInOrder(I16 first, I16 second) {
   const Raw order = _mm512_set_epi64(7, 5, 3, 1, 6, 4, 2, 0);
   return {_mm512_permutexvar_epi64(order, _mm512_packs_epi16(first.raw, second.raw))};
 }
-/// The bytes of `first`, then those of `second`, with unsigned saturation.
-inline U8 JoinInOrder(I16 first, I16 second) {
-  const Raw order = _mm512_set_epi64(7, 5, 3, 1, 6, 4, 2, 0);
-  return {_mm512_permutexvar_epi64(order, _mm512_packus_epi16(first.raw, second.raw))};
-}
-
 /// In each tile, byte i of the result is table[index[i] & 15], or 0 where index[i] is 128 or more.
 inline U8 ShuffleTiles(U8 table, U8 index) { return {_mm512_shuffle_epi8(table.raw, index.raw)}; }
 /// A vector of windows, each kWindowBytes long and loaded from its own offset, and a shuffle inside each.

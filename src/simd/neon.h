@@ -73,20 +73,15 @@ inline I16 ShiftLeft(I16 a, int count) {
 
 inline I16 And(I16 a, I16 b) { return {vandq_u8(a.raw, b.raw)}; }
 inline U8 And(U8 a, U8 b) { return {vandq_u8(a.raw, b.raw)}; }
-inline U8 AndNot(U8 mask, U8 a) { return {vbicq_u8(a.raw, mask.raw)}; }
 inline U8 Or(U8 a, U8 b) { return {vorrq_u8(a.raw, b.raw)}; }
 inline U8 Xor(U8 a, U8 b) { return {veorq_u8(a.raw, b.raw)}; }
-inline U8 Add(U8 a, U8 b) { return {vaddq_u8(a.raw, b.raw)}; }
 inline U8 Subtract(U8 a, U8 b) { return {vsubq_u8(a.raw, b.raw)}; }
-inline U8 AddSaturate(U8 a, U8 b) { return {vqaddq_u8(a.raw, b.raw)}; }
-inline U8 SubtractSaturate(U8 a, U8 b) { return {vqsubq_u8(a.raw, b.raw)}; }
 inline U8 AddSaturateSigned(U8 a, U8 b) {
   return {vreinterpretq_u8_s8(vqaddq_s8(vreinterpretq_s8_u8(a.raw), vreinterpretq_s8_u8(b.raw)))};
 }
 inline U8 Average(U8 a, U8 b) { return {vrhaddq_u8(a.raw, b.raw)}; }
 inline U8 Max(U8 a, U8 b) { return {vmaxq_u8(a.raw, b.raw)}; }
 inline U8 Min(U8 a, U8 b) { return {vminq_u8(a.raw, b.raw)}; }
-inline U8 Equal(U8 a, U8 b) { return {vceqq_u8(a.raw, b.raw)}; }
 
 inline uint16x8_t In16(Raw a) { return vreinterpretq_u16_u8(a); }
 inline uint32x4_t In32(Raw a) { return vreinterpretq_u32_u8(a); }
@@ -104,14 +99,18 @@ inline Halves Split(U8 a) {
   return {{ZipLow8(a.raw, zero)}, {ZipHigh8(a.raw, zero)}};
 }
 inline U8 Join(I16 low, I16 high) { return {vqmovun_high_s16(vqmovun_s16(Words(low)), Words(high))}; }
+
+inline U8 AndNot(U8 mask, U8 a) { return {vbicq_u8(a.raw, mask.raw)}; }
+inline U8 Add(U8 a, U8 b) { return {vaddq_u8(a.raw, b.raw)}; }
+inline U8 AddSaturate(U8 a, U8 b) { return {vqaddq_u8(a.raw, b.raw)}; }
+inline U8 Equal(U8 a, U8 b) { return {vceqq_u8(a.raw, b.raw)}; }
+/// The bytes of `first`, then those of `second`, with unsigned saturation.
+inline U8 JoinInOrder(I16 first, I16 second) { return Join(first, second); }
 /// As Join and JoinInOrder, with signed saturation.
 inline U8 JoinSigned(I16 low, I16 high) {
   return {vreinterpretq_u8_s8(vqmovn_high_s16(vqmovn_s16(Words(low)), Words(high)))};
 }
 inline U8 JoinSignedInOrder(I16 first, I16 second) { return JoinSigned(first, second); }
-/// The bytes of `first`, then those of `second`, with unsigned saturation.
-inline U8 JoinInOrder(I16 first, I16 second) { return Join(first, second); }
-
 /// In each tile, byte i of the result is table[index[i] & 15], or 0 where index[i] is 128 or more.
 inline U8 ShuffleTiles(U8 table, U8 index) { return {vqtbl1q_u8(table.raw, vandq_u8(index.raw, vdupq_n_u8(0x8F)))}; }
 /// A vector of windows, each kWindowBytes long and loaded from its own offset, and a shuffle inside each.

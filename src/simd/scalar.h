@@ -185,26 +185,14 @@ inline U8 And(U8 a, U8 b) {
   return EachByte(a, b, [](int x, int y) { return x & y; });
 }
 inline I16 And(I16 a, I16 b) { return AsI16(And(AsU8(a), AsU8(b))); }
-inline U8 AndNot(U8 mask, U8 a) {
-  return EachByte(mask, a, [](int x, int y) { return ~x & y; });
-}
 inline U8 Or(U8 a, U8 b) {
   return EachByte(a, b, [](int x, int y) { return x | y; });
 }
 inline U8 Xor(U8 a, U8 b) {
   return EachByte(a, b, [](int x, int y) { return x ^ y; });
 }
-inline U8 Add(U8 a, U8 b) {
-  return EachByte(a, b, [](int x, int y) { return x + y; });
-}
 inline U8 Subtract(U8 a, U8 b) {
   return EachByte(a, b, [](int x, int y) { return x - y; });
-}
-inline U8 AddSaturate(U8 a, U8 b) {
-  return EachByte(a, b, [](int x, int y) { return SaturatedByte(x + y); });
-}
-inline U8 SubtractSaturate(U8 a, U8 b) {
-  return EachByte(a, b, [](int x, int y) { return SaturatedByte(x - y); });
 }
 inline U8 AddSaturateSigned(U8 a, U8 b) {
   return EachByte(a, b, [](int x, int y) { return ClampTo(SignedByte(x) + SignedByte(y), -128, 127); });
@@ -217,9 +205,6 @@ inline U8 Max(U8 a, U8 b) {
 }
 inline U8 Min(U8 a, U8 b) {
   return EachByte(a, b, [](int x, int y) { return x < y ? x : y; });
-}
-inline U8 Equal(U8 a, U8 b) {
-  return EachByte(a, b, [](int x, int y) { return x == y ? 255 : 0; });
 }
 
 inline Raw ZipLow8(Raw a, Raw b) { return Zip<1, 0>(a, b); }

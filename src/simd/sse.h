@@ -82,18 +82,13 @@ inline I16 ShiftLeft(I16 a, int count) { return {_mm_sll_epi16(a.raw, _mm_cvtsi3
 
 inline I16 And(I16 a, I16 b) { return {_mm_and_si128(a.raw, b.raw)}; }
 inline U8 And(U8 a, U8 b) { return {_mm_and_si128(a.raw, b.raw)}; }
-inline U8 AndNot(U8 mask, U8 a) { return {_mm_andnot_si128(mask.raw, a.raw)}; }
 inline U8 Or(U8 a, U8 b) { return {_mm_or_si128(a.raw, b.raw)}; }
 inline U8 Xor(U8 a, U8 b) { return {_mm_xor_si128(a.raw, b.raw)}; }
-inline U8 Add(U8 a, U8 b) { return {_mm_add_epi8(a.raw, b.raw)}; }
 inline U8 Subtract(U8 a, U8 b) { return {_mm_sub_epi8(a.raw, b.raw)}; }
-inline U8 AddSaturate(U8 a, U8 b) { return {_mm_adds_epu8(a.raw, b.raw)}; }
-inline U8 SubtractSaturate(U8 a, U8 b) { return {_mm_subs_epu8(a.raw, b.raw)}; }
 inline U8 AddSaturateSigned(U8 a, U8 b) { return {_mm_adds_epi8(a.raw, b.raw)}; }
 inline U8 Average(U8 a, U8 b) { return {_mm_avg_epu8(a.raw, b.raw)}; }
 inline U8 Max(U8 a, U8 b) { return {_mm_max_epu8(a.raw, b.raw)}; }
 inline U8 Min(U8 a, U8 b) { return {_mm_min_epu8(a.raw, b.raw)}; }
-inline U8 Equal(U8 a, U8 b) { return {_mm_cmpeq_epi8(a.raw, b.raw)}; }
 
 inline Raw ZipLow8(Raw a, Raw b) { return _mm_unpacklo_epi8(a, b); }
 inline Raw ZipHigh8(Raw a, Raw b) { return _mm_unpackhi_epi8(a, b); }
@@ -108,13 +103,17 @@ inline Halves Split(U8 a) {
   return {{ZipLow8(a.raw, zero)}, {ZipHigh8(a.raw, zero)}};
 }
 inline U8 Join(I16 low, I16 high) { return {_mm_packus_epi16(low.raw, high.raw)}; }
+
+#if VIDPROC_HAS_BYTE_OPS
+inline U8 AndNot(U8 mask, U8 a) { return {_mm_andnot_si128(mask.raw, a.raw)}; }
+inline U8 Add(U8 a, U8 b) { return {_mm_add_epi8(a.raw, b.raw)}; }
+inline U8 AddSaturate(U8 a, U8 b) { return {_mm_adds_epu8(a.raw, b.raw)}; }
+inline U8 Equal(U8 a, U8 b) { return {_mm_cmpeq_epi8(a.raw, b.raw)}; }
+/// The bytes of `first`, then those of `second`, with unsigned saturation.
+inline U8 JoinInOrder(I16 first, I16 second) { return Join(first, second); }
 /// As Join and JoinInOrder, with signed saturation.
 inline U8 JoinSigned(I16 low, I16 high) { return {_mm_packs_epi16(low.raw, high.raw)}; }
 inline U8 JoinSignedInOrder(I16 first, I16 second) { return JoinSigned(first, second); }
-/// The bytes of `first`, then those of `second`, with unsigned saturation.
-inline U8 JoinInOrder(I16 first, I16 second) { return Join(first, second); }
-
-#if VIDPROC_HAS_BYTE_OPS
 /// In each tile, byte i of the result is table[index[i] & 15], or 0 where index[i] is 128 or more.
 inline U8 ShuffleTiles(U8 table, U8 index) { return {_mm_shuffle_epi8(table.raw, index.raw)}; }
 /// A vector of windows, each kWindowBytes long and loaded from its own offset, and a shuffle inside each.

@@ -20,7 +20,6 @@ struct Halves {
 
 constexpr int kVectorBytes = sizeof(Raw);
 constexpr int kLanes = kVectorBytes / 2;
-constexpr int kTiles = kVectorBytes / 16;
 
 inline I16 AsI16(U8 a) { return {a.raw}; }
 inline U8 AsU8(I16 a) { return {a.raw}; }
