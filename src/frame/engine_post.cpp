@@ -5,6 +5,7 @@
 #include "frame/frame_memory.h"
 #include "passes/deblock_job.h"
 #include "passes/temporal_job.h"
+#include "simd/general_forms.h"
 #include "simd/kernel_table.h"
 
 namespace vidproc {
@@ -50,6 +51,7 @@ void Engine::RunDeblocking(VideoProcessor& p) {
   job.frame = p.srcFrame;
   job.width = static_cast<std::int32_t>(p.inWidth);
   job.height = static_cast<std::int32_t>(p.inHeight);
+  job.generalForm = GeneralFormsOnly();
   job.testPattern = p.deblockTestPattern != 0;
   job.edgeSensitivity = static_cast<std::int16_t>((51 - p.deblockLevel) >> 2);
   for (int t = 0; t < 8; ++t) {
@@ -95,6 +97,7 @@ void Engine::RunTemporalFilter(VideoProcessor& p) {
     job.destination = working;
     job.segments = static_cast<std::int32_t>(rowBytes);
     job.segmentBytes = static_cast<std::int32_t>(p.outHeight);
+    job.generalForm = GeneralFormsOnly();
     job.strength = p.temporalStrength;
     job.shift = p.temporalShift;
     Kernels().temporalFilter(job);

@@ -311,7 +311,7 @@ void Filter(const DeblockJob& job) {
 }  // namespace
 
 void Deblock(const DeblockJob& job) {
-  if (SymmetricTaps::Suit(job.verticalTaps) && SymmetricTaps::Suit(job.horizontalTaps)) {
+  if (!job.generalForm && SymmetricTaps::Suit(job.verticalTaps) && SymmetricTaps::Suit(job.horizontalTaps)) {
     Filter<SymmetricTaps, SymmetricTaps>(job);
   } else {
     Filter<AnyTaps<false>, AnyTaps<true>>(job);

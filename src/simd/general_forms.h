@@ -3,8 +3,8 @@
 
 namespace vidproc {
 
-/// Makes kernels use only the forms that are exact for every bank. Results are the same either way. Not to be called
-/// while another thread is inside the library.
+/// Makes kernels use only the forms that are exact for every bank and setting. Results are the same either way. Not to
+/// be called while another thread is inside the library.
 void UseGeneralFormsOnly(bool only);
 bool GeneralFormsOnly();
 
