@@ -16,7 +16,7 @@ namespace {
 constexpr std::size_t kRecordedNameLength = 250;
 
 std::int8_t ProbeProcessor() {
-#ifdef __x86_64__
+#ifdef VIDPROC_HAS_sse2
   if (!vidproc::IsLevelAvailable(vidproc::Level::kSse2)) return -1;
   if (!vidproc::IsLevelAvailable(vidproc::Level::kSse41)) return 0;
 #endif
