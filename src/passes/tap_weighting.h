@@ -116,10 +116,10 @@ struct OpenWhereColumnIsStill {
   OpenWords Open(I16 centre, int offset) const { return {IsStill(LoadI16(column + offset), centre)}; }
 #if VIDPROC_HAS_BYTE_OPS
   OpenBytes Open(U8 centre, int offset) const {
-    std::uint8_t bytes[kVectorBytes];
-    Store(bytes, centre);
-    const auto isStill = [&](int first) { return IsStill(LoadI16(column + offset + first), LoadWiden(bytes + first)); };
-    return {JoinSignedInOrder(isStill(0), isStill(kLanes))};
+    // As Split deals a tile's 16 bytes: 8 values to the one vector, 8 to the other.
+    const auto remembered = [&](int first) { return AsI16(LoadTiles(column + offset + first, 2 * 16)); };
+    const Halves now = Split(centre);
+    return {JoinSigned(IsStill(remembered(0), now.low), IsStill(remembered(8), now.high))};
   }
 #endif
 };

@@ -104,11 +104,8 @@ inline U8 Equal(U8 a, U8 b) { return {_mm256_cmpeq_epi8(a.raw, b.raw)}; }
 inline U8 JoinInOrder(I16 first, I16 second) {
   return {_mm256_permute4x64_epi64(_mm256_packus_epi16(first.raw, second.raw), 0xD8)};
 }
-/// As Join and JoinInOrder, with signed saturation.
+/// As Join, with signed saturation.
 inline U8 JoinSigned(I16 low, I16 high) { return {_mm256_packs_epi16(low.raw, high.raw)}; }
-inline U8 JoinSignedInOrder(I16 first, I16 second) {
-  return {_mm256_permute4x64_epi64(_mm256_packs_epi16(first.raw, second.raw), 0xD8)};
-}
 /// In each tile, byte i of the result is table[index[i] & 15], or 0 where index[i] is 128 or more.
 inline U8 ShuffleTiles(U8 table, U8 index) { return {_mm256_shuffle_epi8(table.raw, index.raw)}; }
 /// A vector of windows, each kWindowBytes long and loaded from its own offset, and a shuffle inside each.

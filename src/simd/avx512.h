@@ -119,12 +119,8 @@ inline U8 JoinInOrder(I16 first, I16 second) {
   const Raw order = _mm512_set_epi64(7, 5, 3, 1, 6, 4, 2, 0);
   return {_mm512_permutexvar_epi64(order, _mm512_packus_epi16(first.raw, second.raw))};
 }
-/// As Join and JoinInOrder, with signed saturation.
+/// As Join, with signed saturation.
 inline U8 JoinSigned(I16 low, I16 high) { return {_mm512_packs_epi16(low.raw, high.raw)}; }
-inline U8 JoinSignedInOrder(I16 first, I16 second) {
-  const Raw order = _mm512_set_epi64(7, 5, 3, 1, 6, 4, 2, 0);
-  return {_mm512_permutexvar_epi64(order, _mm512_packs_epi16(first.raw, second.raw))};
-}
 /// In each tile, byte i of the result is table[index[i] & 15], or 0 where index[i] is 128 or more.
 inline U8 ShuffleTiles(U8 table, U8 index) { return {_mm512_shuffle_epi8(table.raw, index.raw)}; }
 /// A vector of windows, each kWindowBytes long and loaded from its own offset, and a shuffle inside each.

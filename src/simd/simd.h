@@ -14,7 +14,7 @@
 //
 //   ShuffleTiles, LoadWindows, ShuffleWindows, MultiplyPairs, MultiplyRound
 //   Add, AddSaturate, AndNot, Equal   of bytes
-//   JoinInOrder, JoinSigned, JoinSignedInOrder
+//   JoinInOrder, JoinSigned
 //
 // Everything lies in an anonymous namespace inside the set's own: code compiled for a wide set gets no symbol that
 // another unit could share.

@@ -111,9 +111,8 @@ inline U8 AddSaturate(U8 a, U8 b) { return {_mm_adds_epu8(a.raw, b.raw)}; }
 inline U8 Equal(U8 a, U8 b) { return {_mm_cmpeq_epi8(a.raw, b.raw)}; }
 /// The bytes of `first`, then those of `second`, with unsigned saturation.
 inline U8 JoinInOrder(I16 first, I16 second) { return Join(first, second); }
-/// As Join and JoinInOrder, with signed saturation.
+/// As Join, with signed saturation.
 inline U8 JoinSigned(I16 low, I16 high) { return {_mm_packs_epi16(low.raw, high.raw)}; }
-inline U8 JoinSignedInOrder(I16 first, I16 second) { return JoinSigned(first, second); }
 /// In each tile, byte i of the result is table[index[i] & 15], or 0 where index[i] is 128 or more.
 inline U8 ShuffleTiles(U8 table, U8 index) { return {_mm_shuffle_epi8(table.raw, index.raw)}; }
 /// A vector of windows, each kWindowBytes long and loaded from its own offset, and a shuffle inside each.
