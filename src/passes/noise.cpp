@@ -1,6 +1,6 @@
 // Dither noise: luma + noise, clamped to a byte, on pieces of a frame. Adding 128 modulo 256 turns the bytes of a frame
 // into signed ones, whose saturating addition clamps as wanted; chroma gets zeros added.
-#include "passes/noise.h"
+#include "passes/noise_field.h"
 #include "passes/noise_register.h"
 #include "simd/kernel_table.h"
 #include "simd/simd.h"

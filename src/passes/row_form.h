@@ -5,9 +5,9 @@
 #pragma once
 
 #include "passes/byte_arithmetic.h"
+#include "passes/put_rows.h"
 #include "passes/row_plan.h"
 #include "passes/vector_walk.h"
-#include "simd/kernel_table.h"
 
 namespace vidproc::VIDPROC_TARGET {
 namespace {
@@ -290,23 +290,15 @@ class RowScale {
   const LumaResult lumaResult;
 };
 
-/// Scales a frame row by row; noise is added while the row is in the cache.
+/// Scales a frame row by row.
 template <int kShift, class LumaResult>
 inline void RunRows(const ScaleJob& job, const LumaResult& lumaResult) {
   auto* const memory = reinterpret_cast<std::uint8_t*>(job.strip.rows);
   const SplitRow2vuy split{memory + kEdgeSamples, memory + 4 * kEdgeSamples + kRowSlack + job.inWidth};
-  const auto rowBytes = std::ptrdiff_t{2} * job.outWidth;
-  const bool viaStrip = job.noise != nullptr && job.destinationStride != rowBytes;
   const RowScale<kShift, LumaResult> horizontal(*job.rowPlan, job.outWidth, lumaResult);
   for (int r = 0; r < job.outHeight; ++r) {
-    std::uint8_t* const destination = job.destination + r * job.destinationStride;
-    std::uint8_t* const row = viaStrip ? job.strip.outRows : destination;
     FilterSourceRows<kShift>(job, r, split);
-    horizontal.Run(split, row);
-    if (job.noise == nullptr) continue;
-    const auto bytes = static_cast<std::uint64_t>(rowBytes);
-    AddNoise(*job.noise, row, static_cast<std::uint64_t>(r) * bytes, bytes);
-    if (viaStrip) __builtin_memcpy(destination, row, bytes);
+    PutRows(job, r, 1, [&](std::uint8_t* row, std::ptrdiff_t /*stride*/) { horizontal.Run(split, row); });
   }
 }
 

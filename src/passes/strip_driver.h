@@ -4,10 +4,10 @@
 #pragma once
 
 #include "passes/horizontal_pass.h"
+#include "passes/put_rows.h"
 #include "passes/scale_job.h"
 #include "passes/transposes.h"
 #include "passes/vertical_pass.h"
-#include "simd/kernel_table.h"
 
 namespace vidproc::VIDPROC_TARGET {
 namespace {
@@ -19,25 +19,6 @@ inline void CopyColumnPieces(const Value* from, std::ptrdiff_t fromStride, Value
                              int columns, int rows) {
   for (int c = 0; c < columns; ++c, from += fromStride, to += toStride) {
     __builtin_memcpy(to, from, static_cast<std::size_t>(rows) * sizeof(Value));
-  }
-}
-
-/// Brings a strip's rows to the destination, noise added.
-inline void FinishRows(const ScaleJob& job, const StripResult& result, int firstRow, int rowCount) {
-  const int rowBytes = 2 * job.outWidth;
-  const bool packed = job.destinationStride == rowBytes;
-  std::uint8_t* destination = job.destination + firstRow * job.destinationStride;
-  const bool viaStrip = job.noise != nullptr && !packed;
-  std::uint8_t* rows = viaStrip ? job.strip.outRows : destination;
-  const std::ptrdiff_t stride = viaStrip ? rowBytes : job.destinationStride;
-  ColumnsToRows(result.columns, result.stride, rowBytes, rowCount, rows, stride);
-  if (job.noise == nullptr) return;
-  const auto bytes = static_cast<std::uint64_t>(rowBytes);
-  AddNoise(*job.noise, rows, static_cast<std::uint64_t>(firstRow) * bytes,
-           static_cast<std::uint64_t>(rowCount) * bytes);
-  if (!viaStrip) return;
-  for (int r = 0; r < rowCount; ++r) {
-    __builtin_memcpy(destination + r * job.destinationStride, rows + r * stride, static_cast<std::size_t>(rowBytes));
   }
 }
 
@@ -103,7 +84,9 @@ inline void RunStrips(const ScaleJob& job, const VerticalStage& vertical, const 
       CopyColumnPieces<std::uint8_t>(result.columns, result.stride, job.history + firstRow, job.outHeight,
                                      2 * job.outWidth, rowCount);
     }
-    FinishRows(job, result, firstRow, rowCount);
+    PutRows(job, firstRow, rowCount, [&](std::uint8_t* rows, std::ptrdiff_t stride) {
+      ColumnsToRows(result.columns, result.stride, 2 * job.outWidth, rowCount, rows, stride);
+    });
   }
 }
 

@@ -21,7 +21,7 @@ struct RowFormShape {
   bool operator==(const RowFormShape&) const = default;
 };
 
-/// A level's entry points; each is declared beside its job.
+/// A level's entry points. The structures that they read and write are defined beside the kernels.
 struct KernelTable {
   RowFormShape rowForm;
   void (*plainScale)(const ScaleJob&);
@@ -32,8 +32,12 @@ struct KernelTable {
   void (*postScale)(const ScaleJob&);
   void (*deblock)(const DeblockJob&);
   void (*temporalFilter)(const TemporalJob&);
+  /// Adds noise to bytes first..end - 1 of one noise row; the first of them lies at `bytes`. `noise` is the row's line
+  /// in the first patch row of NoiseField::noise, to which the positions of its blocks are added.
   void (*addNoiseToRow)(const signed char* noise, const std::uint16_t* blockPosition, std::uint8_t* bytes,
                         std::uint32_t first, std::uint32_t end);
+  /// Adds the noise to bytes offset.. of the linear frame, which lie at `bytes`; those outside the noise's rows stay as
+  /// they are. Pieces come in ascending, adjoining order, because the positions of a band are drawn when it is reached.
   void (*addNoise)(NoiseField& field, std::uint8_t* bytes, std::uint64_t offset, std::uint64_t count);
   /// Interleaves a row of luma and a row of Cb Cr pairs into a row of `bytes` 2vuy bytes (a multiple of 4), and back.
   void (*interleaveRow)(const std::uint8_t* luma, const std::uint8_t* chroma, std::uint8_t* row, std::ptrdiff_t bytes);
