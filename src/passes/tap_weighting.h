@@ -2,8 +2,8 @@
 // vector of samples each; the passes multiply and add.
 //
 // Difference weight curve: for a difference d, q = min(d * d, 256), q = min(q << shift, 256), w = 256 - q, in 16-bit
-// lanes. kept: the square and the shift wrap, so that some large differences regain weight, and from a shift of 8 on all
-// of 16 and more.
+// lanes. kept: the square and the shift wrap, so that some large differences regain weight, and from a shift of 8 on
+// all of 16 and more.
 #pragma once
 
 #include "passes/byte_arithmetic.h"

@@ -2,17 +2,11 @@
 //
 //   vertical    v = (c0 s0 + c1 s1 + c2 s2 + c3 s3 + 32) >> 6, source rows i - 1 .. i + 2
 //   horizontal  h = ((taps 0..3) + (taps 4..7) + 32) >> 6, component samples i - 3 .. i + 4
-#include "passes/row_form.h"
-#include "passes/strip_driver.h"
+#include "passes/plain_scale.h"
 #include "simd/kernel_table.h"
 
 namespace vidproc::VIDPROC_TARGET {
 
-void PostScale(const ScaleJob& job) {
-#if VIDPROC_HAS_BYTE_OPS
-  if (job.rowPlan != nullptr) return RunRows<6>(job, ClampResult{});
-#endif
-  RunStrips(job, VerticalScale<4, 6, PlainTaps>{}, HorizontalScale<8, 6, PlainTaps, ClampResult>{});
-}
+void PostScale(const ScaleJob& job) { ScalePlainly<6>(job, ClampResult{}); }
 
 }  // namespace vidproc::VIDPROC_TARGET

@@ -5,28 +5,15 @@
 //   luma shift  y = ((h - offset) * gain) >> 6, luma only
 //
 // 16-bit lanes: products keep their low half, additions saturate, v is not clamped, results clamp to 0..255.
-#include "passes/row_form.h"
-#include "passes/strip_driver.h"
+#include "passes/plain_scale.h"
 #include "simd/kernel_table.h"
 
 namespace vidproc::VIDPROC_TARGET {
-namespace {
 
-template <class LumaResult>
-inline void Scale(const ScaleJob& job, const LumaResult& lumaResult) {
-#if VIDPROC_HAS_BYTE_OPS
-  if (job.rowPlan != nullptr) return RunRows<7>(job, lumaResult);
-#endif
-  RunStrips(job, VerticalScale<4, 7, PlainTaps>{},
-            HorizontalScale<8, 7, PlainTaps, LumaResult, ClampResult>{{}, lumaResult, {}});
-}
-
-}  // namespace
-
-void PlainScale(const ScaleJob& job) { Scale(job, ClampResult{}); }
+void PlainScale(const ScaleJob& job) { ScalePlainly<7>(job, ClampResult{}); }
 
 void PlainScaleWithLumaShift(const ScaleJob& job) {
-  Scale(job, LumaShiftResult{SplatI16(job.lumaGain), SplatI16(job.lumaOffset)});
+  ScalePlainly<7>(job, LumaShiftResult{SplatI16(job.lumaGain), SplatI16(job.lumaOffset)});
 }
 
 }  // namespace vidproc::VIDPROC_TARGET
