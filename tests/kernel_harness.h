@@ -108,7 +108,7 @@ reference::Noise ReadNoise(const VideoProcessor& processor, const Kernel& kernel
 
 /// Runs one frame with the settings as the fields stand; deblocking replaces the source.
 /// @return the dither level that the frame leaves behind.
-std::uint32_t RunReference(const VideoProcessor& fields, const Kernel& kernel, reference::StreamState& state,
+std::uint32_t RunReference(const VideoProcessor& processor, const Kernel& kernel, reference::StreamState& state,
                            std::uint8_t* source, std::uint8_t* destination);
 
 /// What kernels may run on: a level, with its choice between forms or with the general ones only.

@@ -13,27 +13,16 @@ bool RunsPlainScaler(const VideoProcessor& processor, unsigned char plainScaler)
 
 int VideoProcessor::Go(unsigned char plainScaler) {
   if (cpuLevel < 0) return 0;
+  if (vidproc::RunsPlainScaler(*this, plainScaler)) return PreProcExecute();
+  if (isPreProcessor == 0) return PostProcExecute();
   const bool hasSse41 = cpuLevel >= 1;
   const bool sameGeometry = outWidth == inWidth && outHeight == inHeight && softenLevel == 0;
-  if (vidproc::RunsPlainScaler(*this, plainScaler)) {
-    PreProcExecute();
-  } else if (isPreProcessor == 0) {
-    PostProcExecute();
-  } else if (sameGeometry) {
-    // kept: nothing stands in for the temporal filter below SSE4.1; the destination stays as it was.
-    if (hasSse41) PreProcTemporalExecute();
-  } else if (adaptive != 0 && hasSse41) {
-    if (use16Taps != 0) {
-      PreProcAdaptive16TapTemporalExecute();
-    } else if (spatialMotionSmoothing != 0) {
-      PreProcAdaptiveMotionSmoothingExecute();
-    } else {
-      PreProcAdaptiveExecute();
-    }
-  } else {
-    PreProcExecute();
-  }
-  return 0;
+  // kept: nothing stands in for the temporal filter below SSE4.1; the destination stays as it was.
+  if (sameGeometry) return hasSse41 ? PreProcTemporalExecute() : 0;
+  if (adaptive == 0 || !hasSse41) return PreProcExecute();
+  if (use16Taps != 0) return PreProcAdaptive16TapTemporalExecute();
+  if (spatialMotionSmoothing != 0) return PreProcAdaptiveMotionSmoothingExecute();
+  return PreProcAdaptiveExecute();
 }
 
 int VideoProcessor::Go(unsigned char* source, unsigned char* destination, unsigned char plainScaler) {
