@@ -13,8 +13,8 @@
 #include <cstring>
 #include <limits>
 
-#include "exposure/block_statistics.h"
-#include "simd/kernel_table.h"
+#include "kernels/block_statistics.h"
+#include "kernels/kernel_table.h"
 #include "vidproc/video_processor.h"
 
 namespace vidproc {

@@ -4,7 +4,7 @@
 
 #include <cstdint>
 
-#include "exposure/block_statistics.h"
+#include "kernels/block_statistics.h"
 
 namespace vidproc {
 

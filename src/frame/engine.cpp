@@ -5,8 +5,8 @@
 #include <new>
 
 #include "frame/frame_memory.h"
-#include "simd/general_forms.h"
-#include "simd/kernel_table.h"
+#include "kernels/kernel_table.h"
+#include "levels/general_forms.h"
 
 namespace vidproc {
 namespace {

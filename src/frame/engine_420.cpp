@@ -1,7 +1,7 @@
 // 4:2:0 frames: staged as 2vuy in scratchB, processed into scratchA, split back into planes.
 #include "frame/engine.h"
 #include "frame/frame_memory.h"
-#include "simd/kernel_table.h"
+#include "kernels/kernel_table.h"
 
 namespace vidproc {
 namespace {

@@ -3,10 +3,10 @@
 
 #include "frame/engine.h"
 #include "frame/frame_memory.h"
-#include "passes/deblock_job.h"
-#include "passes/temporal_job.h"
-#include "simd/general_forms.h"
-#include "simd/kernel_table.h"
+#include "kernels/deblock_job.h"
+#include "kernels/kernel_table.h"
+#include "kernels/temporal_job.h"
+#include "levels/general_forms.h"
 
 namespace vidproc {
 namespace {

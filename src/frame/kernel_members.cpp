@@ -1,6 +1,6 @@
 // The object's kernels: which traits each one has.
 #include "frame/engine.h"
-#include "simd/kernel_table.h"
+#include "kernels/kernel_table.h"
 
 namespace vidproc {
 

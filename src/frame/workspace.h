@@ -6,9 +6,9 @@
 #include <cstdint>
 #include <memory>
 
-#include "frame/scale_plan.h"
-#include "passes/noise_field.h"
-#include "passes/scale_job.h"
+#include "kernels/noise_field.h"
+#include "kernels/scale_job.h"
+#include "plan/scale_plan.h"
 
 namespace vidproc {
 

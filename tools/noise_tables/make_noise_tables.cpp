@@ -1,4 +1,4 @@
-// Prints src/postproc/noise_tables.cpp: the 64 x 64 noise tile and the generator's seeds. Run only to make them anew.
+// Prints src/noise/noise_tables.cpp: the 64 x 64 noise tile and the generator's seeds. Run only to make them anew.
 //
 // The tile is white noise on a torus, smoothed by a 3x3 kernel. Only the order of the smoothed samples is kept: the
 // k-th smallest becomes the k-th smallest of a list of Gaussian quantiles x, scaled by 2/3 and truncated, which makes

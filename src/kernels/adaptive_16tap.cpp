@@ -1,0 +1,11 @@
+// Adaptive scaler with 8 vertical and 16 horizontal taps, with the blend with the previous output where the job has a
+// history. Weights and blend are those of the adaptive pre-filter; taps reach from 3 rows before to 4 after, and from 7
+// samples to 8.
+#include "kernels/kernel_table.h"
+#include "kernels/passes/adaptive_scale.h"
+
+namespace vidproc::VIDPROC_TARGET {
+
+void Adaptive16TapScale(const ScaleJob& job) { ScaleAdaptively<8, 16, AlwaysOpen, AlwaysOpen>(job); }
+
+}  // namespace vidproc::VIDPROC_TARGET

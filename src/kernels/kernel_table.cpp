@@ -1,0 +1,30 @@
+// The table of this instruction set's kernels: the only thing that the common code sees of them.
+#include "kernels/kernel_table.h"
+
+#include "simd/simd.h"
+
+namespace vidproc::VIDPROC_TARGET {
+
+constinit const KernelTable kKernels = {
+#if VIDPROC_HAS_BYTE_OPS
+    .rowForm = {kVectorBytes, kWindowBytes},
+#else
+    .rowForm = {0, 0},
+#endif
+    .plainScale = PlainScale,
+    .plainScaleWithLumaShift = PlainScaleWithLumaShift,
+    .adaptiveScale = AdaptiveScale,
+    .motionSmoothingScale = MotionSmoothingScale,
+    .adaptive16TapScale = Adaptive16TapScale,
+    .postScale = PostScale,
+    .deblock = Deblock,
+    .temporalFilter = TemporalFilter,
+    .addNoiseToRow = AddNoiseToRow,
+    .addNoise = AddNoise,
+    .interleaveRow = InterleaveRow,
+    .splitRow = SplitRow,
+    .rememberBlocks = RememberBlocks,
+    .measureBlocks = MeasureBlocks,
+};
+
+}  // namespace vidproc::VIDPROC_TARGET

@@ -1,0 +1,36 @@
+// The edge-preserving scalers: taps lose weight as their sample differs from the centre's, where the gates are open;
+// the result is blended with the previous output, where there is one.
+#pragma once
+
+#include "kernels/passes/byte_strip.h"
+#include "kernels/passes/strip_driver.h"
+
+namespace vidproc::VIDPROC_TARGET {
+namespace {
+
+/// Calls scale with what becomes of the filtered values: there is nothing to blend a first frame with.
+template <class Plain, class Blend, class Scale>
+inline void WithHistory(const ScaleJob& job, const Scale& scale) {
+  if (job.history == nullptr || job.firstFrame) return scale(Plain{});
+  scale(Blend{job.temporalStrength, job.temporalShift});
+}
+
+template <int kVerticalTaps, int kHorizontalTaps, class RowGate, class ColumnGate>
+inline void ScaleAdaptively(const ScaleJob& job) {
+  const int shift = job.adaptiveShift;
+#if VIDPROC_HAS_BYTE_OPS
+  if (job.adaptsInBytes) {
+    const ByteVerticalScale<kVerticalTaps, RowGate> vertical{shift, {}};
+    return WithHistory<StoreBytes, BlendBytes>(job, [&](const auto& result) {
+      RunStrips<ByteStrip>(job, vertical, ScaleByteRows<kHorizontalTaps, ColumnGate>(shift, result));
+    });
+  }
+#endif
+  const VerticalScale<kVerticalTaps, 7, AdaptiveTaps<RowGate>> vertical{{shift, {}}};
+  WithHistory<ClampResult, BlendResult>(job, [&](const auto& result) {
+    RunStrips(job, vertical, ScaleRows<kHorizontalTaps, 7>(AdaptiveTaps<ColumnGate>{shift, {}}, result));
+  });
+}
+
+}  // namespace
+}  // namespace vidproc::VIDPROC_TARGET

@@ -1,0 +1,54 @@
+// Common code of the dither noise: setting up a frame's noise, and its form for rows of 64 KB and more.
+#include "kernels/noise_field.h"
+
+#include <algorithm>
+#include <cstring>
+
+#include "kernels/kernel_table.h"
+#include "kernels/noise_register.h"
+
+namespace vidproc {
+
+void SpreadNoiseTile(const signed char* table, unsigned strength, signed char* noise) {
+  const signed char* tile = table + (strength - 1) * kNoiseTileCells;
+  for (int cell = 0; cell < kNoiseTileCells; ++cell) {
+    noise[2 * cell] = 0;
+    noise[2 * cell + 1] = static_cast<signed char>(tile[cell] >> 4);
+  }
+}
+
+void StartNoise(NoiseField& field, const signed char* table, unsigned strength, unsigned seed, std::uint32_t pitch,
+                std::uint32_t width, std::uint32_t height) {
+  field.lfsr = FirstNoiseState(seed);
+  field.pitch = pitch;
+  field.blocksPerRow = ((width + 15) & 0xFFFF) / kNoiseBlockSize;
+  field.rows = height & 0xFFFF;
+  field.nextBand = 0;
+  SpreadNoiseTile(table, strength, field.noise);
+}
+
+void AddNoiseWhole(NoiseField& field, std::uint8_t* base, std::uint64_t rowBytes, std::uint64_t stride,
+                   std::uint64_t frameBytes) {
+  // A row's source lies a multiple of this before it: no piece is longer, so that each is read before it is changed.
+  constexpr std::uint64_t kSourceDistance = 65536;
+  const auto at = [=](std::uint64_t offset) { return base + offset / rowBytes * stride + offset % rowBytes; };
+  const std::uint64_t coveredBytes = std::uint64_t{field.blocksPerRow} * kNoiseBlockBytes;
+  for (std::uint32_t y = 0; y < field.rows; ++y) {
+    const std::uint64_t to = std::uint64_t{y} * field.pitch;
+    const std::uint64_t from = std::uint64_t{y} * (field.pitch % kSourceDistance);  // kept: 16 bits of the pitch
+    if (to >= frameBytes) return;
+    if (y % kNoiseBlockSize == 0) DrawNoiseBand(field.lfsr, field.blockPosition, field.blocksPerRow);
+    const signed char* noise = field.noise + y % kNoiseBlockSize * kNoiseTileRowBytes;
+    const std::uint64_t end = std::min(coveredBytes, frameBytes - to);
+    for (std::uint64_t b = 0; b < end;) {
+      const std::uint64_t rest = rowBytes - std::max((from + b) % rowBytes, (to + b) % rowBytes);
+      const std::uint64_t count = std::min({end - b, rest, kSourceDistance});
+      if (from != to) std::memcpy(at(to + b), at(from + b), count);
+      Kernels().addNoiseToRow(noise, field.blockPosition, at(to + b), static_cast<std::uint32_t>(b),
+                              static_cast<std::uint32_t>(b + count));
+      b += count;
+    }
+  }
+}
+
+}  // namespace vidproc

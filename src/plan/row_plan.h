@@ -1,0 +1,27 @@
+// Whether the byte forms are exact for a set of banks, and the layout of the byte form of the plain scaler.
+#pragma once
+
+#include <cstdint>
+
+#include "kernels/kernel_table.h"
+#include "kernels/row_plan.h"
+#include "kernels/scale_job.h"
+#include "plan/phase_position.h"
+
+namespace vidproc {
+
+/// Whether the row form gives the same bytes as the general one for the used phases of these banks and for this
+/// horizontal ratio.
+bool RowFormIsExact(const TapBank& vertical, const TapBank& horizontal, std::int32_t precisionBits, const Ratio& ratio);
+
+/// Whether the adaptive scalers' byte form is exact for the used phases of these banks of 7 bits.
+bool AdaptiveBytesAreExact(const TapBank& vertical, const TapBank& horizontal);
+
+/// Bytes that LayOutRowPlan writes to for rows of outWidth pixels.
+std::uint64_t RowPlanBytes(std::uint64_t outWidth);
+
+/// Lays out the patterns of the horizontal bank in `memory`, of RowPlanBytes.
+void LayOutRowPlan(const TapBank& bank, const Ratio& ratio, std::int32_t outWidth, const RowFormShape& shape,
+                   std::uint8_t* memory, RowPlan& plan);
+
+}  // namespace vidproc

@@ -1,0 +1,367 @@
+// The auto-exposure service: when it settles, when it reports a drift, what it keeps from counting as one, the figures
+// of single blocks at every level, and the life of its handle.
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <limits>
+#include <string>
+#include <vector>
+
+#include "exposure/auto_exposure.h"
+#include "support/failing_malloc.h"
+#include "support/kernel_harness.h"
+#include "vidproc/video_processor.h"
+
+namespace {
+
+using vidproc::AutoExposureState;
+
+constexpr int kNever = -1;
+
+/// A watcher and the stream it is shown.
+class Watcher {
+ public:
+  Watcher(int width, int height) : width(width), frame(2 * static_cast<std::size_t>(width * height), 77) {
+    VidProcAdjustAutoExposureInit(&handle, width, height, 0);
+  }
+  ~Watcher() { VidProcAdjustAutoExposureCleanup(&handle); }
+  Watcher(const Watcher&) = delete;
+  Watcher& operator=(const Watcher&) = delete;
+
+  void Fill(int level) {
+    for (std::size_t i = 1; i < frame.size(); i += 2) frame[i] = static_cast<std::uint8_t>(level);
+  }
+  void FillBlock(int block, int level) {
+    const int blocksPerRow = width / 16;
+    const int start = block / blocksPerRow * 16 * width + block % blocksPerRow * 16;
+    for (int i = 0; i < 256; ++i) SetSample(start + i / 16 * width + i % 16, level);
+  }
+  void SetSample(int index, int value) {
+    frame[2 * static_cast<std::size_t>(index) + 1] = static_cast<std::uint8_t>(value);
+  }
+  int Show() { return VidProcAdjustAutoExposure(handle, frame.data()); }
+
+  /// Number of the first call, of `count` calls on grey frames, that returns `result`; from 1.
+  int FirstOf(int result, int level, int count) {
+    Fill(level);
+    int first = kNever;
+    for (int call = 1; call <= count; ++call) {
+      if (Show() == result && first == kNever) first = call;
+    }
+    return first;
+  }
+  void SettleAt(int level) { ASSERT_NE(FirstOf(0, level, 30), kNever); }
+  const AutoExposureState& State() const { return *static_cast<const AutoExposureState*>(handle); }
+
+ private:
+  int width;
+  void* handle = nullptr;
+  std::vector<std::uint8_t> frame;
+};
+
+TEST(ExposureTest, SettlesOnGreyStreams) {
+  struct Case {
+    int level, call;
+  };
+  // Levels up to 9 from the initial 100 count from the first measured frame, the 22nd, on.
+  for (const Case& grey : {Case{100, 29}, {91, 29}, {109, 29}, {90, 30}, {110, 30}, {128, 30}, {0, 30}, {255, 30}}) {
+    SCOPED_TRACE("level " + std::to_string(grey.level));
+    Watcher watcher(48, 32);
+    watcher.Fill(grey.level);
+    for (int call = 1; call <= 60; ++call) ASSERT_EQ(watcher.Show(), call == grey.call ? 0 : -1) << "call " << call;
+    EXPECT_EQ(watcher.State().settledLevel, grey.level);
+    EXPECT_EQ(watcher.State().currentLevel, grey.level);
+    EXPECT_EQ(watcher.State().frameCount, 60);
+  }
+}
+
+TEST(ExposureTest, SettlesOnTheMeanOfEightStableFrames) {
+  Watcher watcher(48, 32);
+  watcher.FirstOf(0, 100, 21);
+  for (int level : {100, 101, 103, 104, 100, 101, 102}) ASSERT_EQ(watcher.FirstOf(0, level, 1), kNever);
+  ASSERT_EQ(watcher.FirstOf(0, 101, 1), 1);
+  EXPECT_EQ(watcher.State().settledLevel, 102) << "812 / 8 is 101.5";
+  EXPECT_EQ(watcher.State().referenceFrame[1], 101) << "settling keeps the reference fresh";
+}
+
+TEST(ExposureTest, AnUnstableFrameRestartsSettling) {
+  Watcher watcher(48, 32);
+  watcher.FirstOf(0, 100, 21);
+  ASSERT_EQ(watcher.FirstOf(0, 100, 7), kNever);
+  ASSERT_EQ(watcher.FirstOf(0, 110, 8), kNever) << "the candidate itself does not count";
+  EXPECT_EQ(watcher.FirstOf(0, 110, 1), 1);
+  EXPECT_EQ(watcher.State().settledLevel, 110);
+}
+
+TEST(ExposureTest, ReportsASuddenChange) {
+  struct Case {
+    int level, driftCall;
+  };
+  // Beyond 10 % the old brightness stands in for six frames, until the reference is replaced; nine more confirm a drift
+  // of more than 27. Up to 10 % the new brightness counts at once, and lies too near.
+  for (const Case& change : {Case{180, 15}, {156, 15}, {155, kNever}, {137, kNever}, {101, kNever}, {100, 15}}) {
+    SCOPED_TRACE("128 to " + std::to_string(change.level));
+    Watcher watcher(48, 32);
+    watcher.SettleAt(128);
+    EXPECT_EQ(watcher.FirstOf(1, change.level, 15), change.driftCall);
+    const bool settlesAgain = change.driftCall != kNever;
+    EXPECT_EQ(watcher.FirstOf(0, change.level, 8), settlesAgain ? 8 : kNever);
+    EXPECT_EQ(watcher.State().settledLevel, settlesAgain ? change.level : 128);
+    EXPECT_EQ(watcher.State().currentLevel, change.level);
+    EXPECT_EQ(watcher.State().driftFrames, 0);
+  }
+}
+
+TEST(ExposureTest, ReportsASlowDrift) {
+  Watcher watcher(48, 32);
+  watcher.SettleAt(128);
+  int confirmed = kNever;
+  for (int frame = 1; frame <= 100 && confirmed == kNever; ++frame) {
+    if (watcher.FirstOf(1, 128 + frame / 2, 1) == 1) confirmed = 128 + frame / 2;
+  }
+  EXPECT_GT(confirmed, 155);
+  EXPECT_LT(confirmed, 170);
+}
+
+TEST(ExposureTest, DriftHasHysteresis) {
+  struct Case {
+    int farFrames, nearFrames, farAgain;
+  };
+  // Far frames count up and near ones down to 0; the ninth in the balance confirms.
+  for (const Case& stream : {Case{8, 1, 2}, {8, 3, 4}, {5, 5, 9}, {8, 20, 9}}) {
+    SCOPED_TRACE(std::to_string(stream.farFrames) + " far, " + std::to_string(stream.nearFrames) + " near");
+    Watcher watcher(48, 32);
+    watcher.SettleAt(128);
+    constexpr int kNear = 155, kFar = 157;
+    ASSERT_EQ(watcher.FirstOf(1, kFar, 6), kNever);  // now the reference
+    ASSERT_EQ(watcher.FirstOf(1, kFar, stream.farFrames), kNever);
+    ASSERT_EQ(watcher.FirstOf(1, kNear, stream.nearFrames), kNever);
+    EXPECT_EQ(watcher.FirstOf(1, kFar, 20), stream.farAgain);
+  }
+}
+
+TEST(ExposureTest, MovingObjectIsNoDrift) {
+  struct Case {
+    int objectBlocks;
+    bool drifts;
+  };
+  // Of 20 blocks, 4 have to match.
+  for (const Case& object : {Case{3, false}, {16, false}, {17, true}}) {
+    SCOPED_TRACE(std::to_string(object.objectBlocks) + " blocks");
+    Watcher watcher(80, 64);
+    watcher.SettleAt(128);
+    bool drifted = false;
+    for (int frame = 0; frame < 60; ++frame) {
+      watcher.Fill(128);
+      for (int i = 0; i < object.objectBlocks; ++i) watcher.FillBlock((frame + i) % 20, 255);
+      drifted |= watcher.Show() == 1;
+      if (!object.drifts) {
+        EXPECT_EQ(watcher.State().currentLevel, 128);
+      }
+    }
+    EXPECT_EQ(drifted, object.drifts);
+  }
+}
+
+TEST(ExposureTest, SceneChangeHasHysteresis) {
+  Watcher watcher(48, 32);
+  watcher.SettleAt(128);
+  // Two of three frames are strange: each round leaves one more count.
+  for (int round = 1; round <= 4; ++round) {
+    watcher.FirstOf(1, 200, 2);
+    watcher.FirstOf(1, 128, 1);
+    ASSERT_EQ(watcher.State().sceneChangeFrames, round);
+  }
+  watcher.FirstOf(1, 200, 1);
+  EXPECT_EQ(watcher.State().currentLevel, 128);
+  watcher.FirstOf(1, 200, 2);  // the first of them is the sixth count
+  EXPECT_EQ(watcher.State().currentLevel, 200);
+  EXPECT_EQ(watcher.State().sceneChangeFrames, 0);
+}
+
+TEST(ExposureTest, IncompleteBlocksCountInTheMeanOnly) {
+  struct Case {
+    int width, height, level;
+  };
+  for (const Case& size : {Case{24, 16, 66},
+                           {31, 31, 26},
+                           {33, 17, 91},
+                           {47, 48, 68},
+                           {16, 15, 0},
+                           {15, 100, 0},
+                           {1, 1, 0},
+                           {300, 1, 0}}) {
+    SCOPED_TRACE(std::to_string(size.width) + "x" + std::to_string(size.height));
+    Watcher watcher(size.width, size.height);
+    EXPECT_NE(watcher.FirstOf(0, 100, 60), kNever);
+    EXPECT_EQ(watcher.State().settledLevel, size.level);
+  }
+}
+
+/// Luma of a block in the reference and in the frame, by sample number, and what the comparison must give.
+struct BlockCase {
+  const char* name;
+  int (*reference)(int i);
+  int (*frame)(int i);
+  std::int32_t correlation;
+  std::uint32_t meanRatio;
+  std::int32_t flat;
+};
+
+int Black(int) { return 0; }
+int White(int) { return 255; }
+int Checker(int i) { return (i + i / 16) % 2 * 255; }
+int InverseChecker(int i) { return 255 - Checker(i); }
+int OneSet(int i) { return i == 17 ? 1 : 0; }
+int OneClear(int i) { return 1 - OneSet(i); }
+int Ramp(int i) { return i; }
+
+// 16.16 fixed point. Means are rounded down before they are taken off, which shows in checkers (mean 127.5) and in
+// blocks of nearly one value.
+constexpr BlockCase kBlocks[] = {
+    {"no texture", White, White, 65536, 65536, 1},
+    {"black frame", White, Black, 65536, 65280u << 16, 1},
+    {"black reference", Black, White, 65536, 0, 1},
+    {"checkers", Checker, Checker, 65537, 65536, 0},
+    {"inverted", Checker, InverseChecker, -65534, 65536, 0},
+    {"one sample", OneSet, OneSet, 65536, 65536, 1},
+    {"all but one sample", OneClear, OneClear, 255 * 65536, 65536, 1},
+    {"no product", OneClear, OneSet, 0, 255 * 65536, 1},
+    {"flat in one", White, Ramp, 65536, 131072, 0},
+};
+constexpr int kBlockCases = static_cast<int>(std::size(kBlocks));
+
+TEST(ExposureTest, ComparesBlocksExactlyAtEveryLevel) {
+  for (vidproc::Level level : testing_support::AvailableLevels()) {
+    vidproc::CapLevel(level);
+    // One block stands alone; 71 are more than one call of a kernel takes.
+    for (int columns : {1, 2, 3, 71}) {
+      constexpr int kRows = kBlockCases;
+      Watcher watcher(16 * columns, 16 * kRows);
+      const auto caseOf = [columns](int block) -> const BlockCase& {
+        return kBlocks[(block / columns + block) % kBlockCases];
+      };
+      const auto show = [&](int (*BlockCase::*picture)(int), int times) {
+        for (int block = 0; block < columns * kRows; ++block) {
+          const int start = (block / columns * 16 * columns + block % columns) * 16;
+          for (int i = 0; i < 256; ++i) {
+            watcher.SetSample(start + i / 16 * 16 * columns + i % 16, (caseOf(block).*picture)(i));
+          }
+        }
+        for (int i = 0; i < times; ++i) watcher.Show();
+      };
+      show(&BlockCase::reference, 22);
+      show(&BlockCase::frame, 1);
+      for (int block = 0; block < columns * kRows; ++block) {
+        const int by = block / columns, bx = block % columns;
+        SCOPED_TRACE(std::string(vidproc::LevelName(level)) + ", " + std::to_string(columns) + " columns, block " +
+                     std::to_string(block) + ": " + caseOf(block).name);
+        ASSERT_EQ(watcher.State().blockCorrelation[by][bx], caseOf(block).correlation);
+        ASSERT_EQ(watcher.State().blockMeanRatio[by][bx], caseOf(block).meanRatio);
+        ASSERT_EQ(watcher.State().blockFlat[by][bx], caseOf(block).flat);
+      }
+    }
+  }
+  vidproc::CapLevel(vidproc::BestLevel());
+}
+
+TEST(ExposureTest, MatchesBlocksByMeanAndCorrelation) {
+  // Half of the reference's samples lie `spread` above the other half; in the frame `swapped` samples of each half have
+  // changed sides, for a correlation of 1 - swapped / 64. Flat blocks (spread below 7) need 0.6, others 0.8.
+  struct Case {
+    int referenceLevel, frameLevel, spread, swapped;
+    bool matches;
+  };
+  for (const Case& block : {Case{128, 142, 0, 0, true},
+                            {128, 143, 0, 0, false},
+                            {128, 117, 0, 0, true},
+                            {128, 116, 0, 0, false},
+                            {128, 129, 20, 12, true},
+                            {128, 129, 20, 13, false},
+                            {128, 129, 6, 25, true},
+                            {128, 129, 6, 26, false},
+                            {128, 129, 6, 20, true},
+                            {128, 129, 7, 20, false}}) {
+    SCOPED_TRACE(std::to_string(block.referenceLevel) + " to " + std::to_string(block.frameLevel) + ", spread " +
+                 std::to_string(block.spread) + ", swapped " + std::to_string(block.swapped));
+    Watcher watcher(16, 16);
+    for (int i = 0; i < 256; ++i) watcher.SetSample(i, block.referenceLevel + (i < 128 ? 0 : block.spread));
+    for (int call = 1; call <= 22; ++call) watcher.Show();
+    for (int i = 0; i < 256; ++i) {
+      const bool isUpper = (i < 128) == (i < block.swapped || i >= 256 - block.swapped);
+      watcher.SetSample(i, block.frameLevel + (isUpper ? block.spread : 0));
+    }
+    watcher.Show();
+    const int firstSample = block.frameLevel + (block.swapped > 0 ? block.spread : 0);
+    EXPECT_EQ(watcher.State().currentLevel, block.matches ? firstSample : block.referenceLevel);
+  }
+}
+
+TEST(ExposureHandleTest, StartsFromItsInitialValues) {
+  void* handle = nullptr;
+  VidProcAdjustAutoExposureInit(&handle, 20, 18, -5);
+  ASSERT_NE(handle, nullptr);
+  const auto& state = *static_cast<AutoExposureState*>(handle);
+  EXPECT_EQ(state.settling, 1);
+  EXPECT_EQ(state.width, 20);
+  EXPECT_EQ(state.height, 18);
+  EXPECT_EQ(state.initParam, -5);
+  for (std::int32_t zero : {state.frameCount, state.candidateLevel, state.currentLevel, state.stableFrames,
+                            state.driftFrames, state.settledLevel, state.unusedWord, state.sceneChangeFrames}) {
+    EXPECT_EQ(zero, 0);
+  }
+  void* const first = handle;
+  VidProcAdjustAutoExposureInit(&handle, 40, 40, 0);
+  EXPECT_EQ(handle, first);
+  EXPECT_EQ(state.width, 20) << "a filled handle is left alone";
+
+  std::vector<std::uint8_t> frame(20 * 18 * 2, 50);
+  EXPECT_EQ(VidProcAdjustAutoExposure(handle, nullptr), -1);
+  EXPECT_EQ(state.frameCount, 0);
+  EXPECT_EQ(VidProcAdjustAutoExposure(handle, frame.data()), -1);
+  EXPECT_EQ(state.frameCount, 1);
+  EXPECT_EQ(state.candidateLevel, 100);
+  EXPECT_EQ(state.currentLevel, 100);
+
+  VidProcAdjustAutoExposureCleanup(&handle);
+  EXPECT_EQ(handle, nullptr);
+  VidProcAdjustAutoExposureCleanup(&handle);
+  EXPECT_EQ(handle, nullptr);
+}
+
+TEST(ExposureHandleTest, ToleratesNulls) {
+  std::uint8_t frame[2] = {};
+  EXPECT_EQ(VidProcAdjustAutoExposure(nullptr, frame), -1);
+  VidProcAdjustAutoExposureInit(nullptr, 16, 16, 0);
+  VidProcAdjustAutoExposureCleanup(nullptr);
+}
+
+TEST(ExposureHandleTest, RefusesSizes) {
+  constexpr int kMost = std::numeric_limits<int>::max(), kLeast = std::numeric_limits<int>::min();
+  constexpr int kSizes[][2] = {{0, 16},          {16, 0},      {-1, 16},     {16, -16},      {-16, -16},
+                               {kLeast, kLeast}, {1 << 30, 1}, {1, 1 << 30}, {32768, 32768}, {kMost, kMost}};
+  for (const auto& [width, height] : kSizes) {
+    void* handle = nullptr;
+    VidProcAdjustAutoExposureInit(&handle, width, height, 0);
+    EXPECT_EQ(handle, nullptr) << width << "x" << height;
+  }
+}
+
+TEST(ExposureHandleTest, GivesEverythingBackWhenMemoryIsOut) {
+  constexpr int kRows = 3;
+  void* handle = nullptr;
+  int failures = 0;
+  while (handle == nullptr) {
+    ASSERT_LT(failures, 100);
+    {
+      const testing_support::FailingMalloc failing(failures);
+      VidProcAdjustAutoExposureInit(&handle, 40, kRows, 0);
+    }
+    if (handle == nullptr) ++failures;
+  }
+  VidProcAdjustAutoExposureCleanup(&handle);
+  // The record, two frames, and three tables, whose zeroed arrays compilers may take from calloc.
+  EXPECT_GE(failures, 3 + 3 * kRows);
+}
+
+}  // namespace

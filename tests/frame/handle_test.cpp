@@ -1,0 +1,327 @@
+// The life of a handle: set-up, re-set-up in place, switches that stick, clean-up, and set-ups that run out of memory.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <new>
+#include <tuple>
+#include <vector>
+
+#include "support/allocation_log.h"
+#include "vidproc/video_processor.h"
+
+namespace {
+
+using testing_support::AllocationLog;
+
+/// A handle as a host holds it.
+struct Handle {
+  Handle() = default;
+  Handle(const Handle&) = delete;
+  Handle& operator=(const Handle&) = delete;
+  ~Handle() {
+    // The dither table outlives its processor by design; the tests are not to pile it up.
+    signed char* table = value != nullptr ? Get().ditherTable : nullptr;
+    PreProcCleanup(&value);
+    std::free(table);
+  }
+  VideoProcessor& Get() const { return *static_cast<VideoProcessor*>(value); }
+  VideoProcessor* operator->() const { return &Get(); }
+
+  void* value = nullptr;
+};
+
+constexpr unsigned kWidth = 64;
+constexpr unsigned kHeight = 48;
+
+using Initialise = int (*)(void**, unsigned, unsigned, unsigned, unsigned, unsigned, unsigned, unsigned, unsigned,
+                           unsigned);
+
+/// 64 x 48 to half of that, packed rows.
+int SetUpHalf(Initialise initialise, Handle& handle, unsigned strength = 0, unsigned dither = 0, unsigned soften = 0) {
+  return initialise(&handle.value, kWidth, kHeight, 2 * kWidth, kWidth / 2, kHeight / 2, kWidth, strength, dither,
+                    soften);
+}
+
+struct Frames {
+  std::vector<unsigned char> source = std::vector<unsigned char>(std::size_t{2} * kWidth * kHeight, 90);
+  std::vector<unsigned char> destination = std::vector<unsigned char>(std::size_t{2} * kWidth * kHeight, 0);
+};
+
+void ExecutePre(const Handle& handle, unsigned char use16Taps, unsigned char smoothing = 0) {
+  Frames frames;
+  PreProcExecute(handle.value, frames.source.data(), frames.destination.data(), 1, use16Taps, smoothing, 200, 20, 64,
+                 -3);
+}
+
+TEST(SetUp, StoresWhatEachUseStates) {
+  Handle pre;
+  Handle post;
+  Handle interleaved;
+  ASSERT_EQ(PreProcInit(&pre.value, 64, 48, 130, 32, 24, 70, 5, 20, 3), 1);
+  ASSERT_EQ(PostProcInit(&post.value, 64, 48, 130, 32, 24, 70, 5, 20, 3), 1);
+  ASSERT_TRUE(VidProc420InterleavedInit(&interleaved.value, 64, 48, 32, 24));
+  EXPECT_EQ(pre->NeedsInit(64, 48, 130, 32, 24, 70, 5, 3), 0);
+  EXPECT_EQ(post->NeedsInit(64, 48, 130, 32, 24, 70, 5, 3), 0);
+  EXPECT_EQ(interleaved->NeedsInit(64, 48, 128, 32, 24, 64, 0, 10), 0);
+
+  const struct {
+    const Handle& handle;
+    int isPreProcessor;
+    unsigned windowKind, ditherLevel;
+    int coefficientSum;
+  } kUses[] = {{pre, 1, 2, 20, 128}, {post, 0, 0, 20, 64}, {interleaved, 1, 2, 0, 128}};
+  for (const auto& use : kUses) {
+    const VideoProcessor& p = use.handle.Get();
+    EXPECT_EQ(p.isPreProcessor, use.isPreProcessor);
+    EXPECT_EQ(p.windowKind, use.windowKind);
+    EXPECT_EQ(p.lanczosLobes, 3u);
+    EXPECT_EQ(p.ditherLevel, use.ditherLevel);
+    EXPECT_EQ(p.filtersReady, 1);
+    EXPECT_EQ(p.lumaGain[7], 127);
+    EXPECT_EQ(p.lumaGainInverse[7], 32);
+    EXPECT_EQ(p.lumaOffset[15], 0);
+    int sum = 0;
+    for (int tap = 0; tap < 8; ++tap) sum += p.horizontalFilter[0][tap];
+    EXPECT_EQ(sum, use.coefficientSum);
+    EXPECT_EQ(std::tie(p.horizontalUp, p.horizontalDown, p.verticalUp, p.verticalDown), std::tuple(1, 2, 1, 2));
+  }
+}
+
+TEST(SetUp, RefusesZeroSizesWithoutEffect) {
+  Handle filled;
+  ASSERT_EQ(SetUpHalf(PreProcInit, filled, 2, 4, 1), 1);
+  for (int zeroed = 0; zeroed < 6; ++zeroed) {
+    SCOPED_TRACE(zeroed);
+    unsigned v[6] = {16, 16, 32, 16, 16, 32};
+    v[zeroed] = 0;
+    Handle empty;
+    for (Handle* handle : {&empty, &filled}) {
+      EXPECT_EQ(PreProcInit(&handle->value, v[0], v[1], v[2], v[3], v[4], v[5], 0, 9, 0), 0);
+      EXPECT_EQ(PostProcInit(&handle->value, v[0], v[1], v[2], v[3], v[4], v[5], 0, 9, 0), 0);
+      if (zeroed != 2 && zeroed != 5) {
+        EXPECT_FALSE(VidProc420InterleavedInit(&handle->value, v[0], v[1], v[3], v[4]));
+      }
+    }
+    EXPECT_EQ(empty.value, nullptr);
+  }
+  EXPECT_EQ(filled->NeedsInit(kWidth, kHeight, 2 * kWidth, kWidth / 2, kHeight / 2, kWidth, 2, 1), 0);
+  EXPECT_EQ(filled->ditherLevel, 4u);
+  EXPECT_EQ(PreProcInit(nullptr, 16, 16, 32, 16, 16, 32, 0, 0, 0), 0);
+}
+
+TEST(SetUp, RepeatedUnchangedStoresOnlyTheDitherLevel) {
+  Handle handle;
+  ASSERT_EQ(SetUpHalf(PreProcInit, handle, 3, 1), 1);
+  void* const first = handle.value;
+  handle->horizontalFilter[2][3] = 1234;
+  handle->windowKind = 1;
+  const AllocationLog log;
+  ASSERT_EQ(SetUpHalf(PostProcInit, handle, 3, 7), 1);
+  EXPECT_EQ(handle.value, first);
+  EXPECT_EQ(handle->ditherLevel, 7u);
+  EXPECT_EQ(handle->horizontalFilter[2][3], 1234);
+  EXPECT_EQ(handle->windowKind, 1u);
+  EXPECT_EQ(log.Total(), 0u);
+}
+
+TEST(SetUp, ChangedReconfiguresInPlace) {
+  Handle handle;
+  ASSERT_EQ(SetUpHalf(PreProcInit, handle, 0, 1), 1);
+  VideoProcessor& p = handle.Get();
+  const std::tuple buffers(p.scratchA, p.scratchB, p.previousFrame, p.ditherTable);
+  p.scratchA[0] = 77;
+  p.temporalFirstFrame = 0;
+  p.SetAdaptive(5);
+  ASSERT_EQ(PostProcInit(&handle.value, 640, 480, 1280, 320, 240, 640, 2, 6, 4), 1);
+  EXPECT_EQ(&handle.Get(), &p);
+  EXPECT_EQ(std::tie(p.scratchA, p.scratchB, p.previousFrame, p.ditherTable), buffers);
+  EXPECT_EQ(p.scratchA[0], 77);
+  EXPECT_EQ(p.isPreProcessor, 1) << "the role is that of the first set-up";
+  EXPECT_EQ(p.temporalFirstFrame, 0);
+  EXPECT_EQ(p.adaptive, 5);
+  EXPECT_EQ(p.windowKind, 0u);
+  EXPECT_EQ(p.NeedsInit(640, 480, 1280, 320, 240, 640, 2, 4), 0);
+}
+
+TEST(SetUp, TakesZeroedBuffersOfTheStatedSizes) {
+  // (48 + 32) x (2 x 144 + 64): the larger height and the larger stride, rounded up to whole groups of 16.
+  constexpr std::size_t kFrameBytes = std::size_t{80} * 352;
+  Handle handle;
+  const AllocationLog log;
+  ASSERT_EQ(PreProcInit(&handle.value, 64, 40, 128, 32, 33, 129, 0, 0, 0), 1);
+  EXPECT_EQ(log.Count(sizeof(VideoProcessor)), 1);
+  EXPECT_EQ(log.Count(2 * kFrameBytes), 2);
+  EXPECT_EQ(log.Only(kFrameBytes), handle->previousFrame);
+  const auto isZero = [](int sample) { return sample == 0; };
+  EXPECT_TRUE(std::all_of(handle->scratchA, handle->scratchA + kFrameBytes, isZero));
+  EXPECT_TRUE(std::all_of(handle->scratchB, handle->scratchB + kFrameBytes, isZero));
+  EXPECT_TRUE(std::all_of(handle->previousFrame, handle->previousFrame + kFrameBytes, isZero));
+}
+
+TEST(SetUp, RefusesBuffersBeyond31Bits) {
+  const struct {
+    unsigned height, stride;
+  } kTooLarge[] = {{16, 0xFFFFFFFF}, {0xFFFFFFFF, 32}, {0xFFFFFFFF, 0xFFFFFFFF}, {8192, 65536}, {1u << 31, 1u << 31}};
+  for (const auto& size : kTooLarge) {
+    Handle handle;
+    EXPECT_THROW(PreProcInit(&handle.value, 16, size.height, 32, 16, 16, size.stride, 0, 0, 0), std::bad_alloc);
+    ASSERT_NE(handle.value, nullptr);
+    EXPECT_EQ(handle->scratchA, nullptr);
+    EXPECT_EQ(handle->filtersReady, 0);
+    ExecutePre(handle, 0);
+  }
+}
+
+TEST(SetUp, FramesThatOutgrowTheBuffersAreAcceptedAndNotProcessed) {
+  for (const unsigned size : {4 * kWidth, 1u << 30, 0xFFFFFFF0u}) {
+    Handle handle;
+    ASSERT_EQ(SetUpHalf(PreProcInit, handle), 1);
+    ASSERT_EQ(PreProcInit(&handle.value, size, size, 2 * size, size, size / 2, 2 * size, 0, 0, 0), 1) << size;
+    EXPECT_EQ(handle->inWidth, size);
+    Frames frames;
+    PreProcExecute(handle.value, frames.source.data(), frames.destination.data(), 0, 0, 0, 80, 3, 64, 0);
+    EXPECT_EQ(frames.destination, std::vector<unsigned char>(frames.destination.size(), 0)) << size;
+  }
+}
+
+TEST(Execute, PreProcessorTakesItsSwitchesEveryFrame) {
+  Handle handle;
+  ASSERT_EQ(SetUpHalf(PreProcInit, handle), 1);
+  ExecutePre(handle, 0, 1);
+  EXPECT_EQ(handle->temporalStrength, 127);
+  EXPECT_EQ(handle->temporalShift, 8);
+  EXPECT_EQ(handle->adaptive, 1);
+  EXPECT_EQ(handle->lumaGain[0], 64);
+  EXPECT_EQ(handle->lumaOffset[0], -3);
+  EXPECT_NE(handle->smoothingBufferLarge, nullptr);
+  ExecutePre(handle, 0, 0);
+  EXPECT_EQ(handle->smoothingBufferLarge, nullptr);
+}
+
+TEST(Execute, ChangeOfTapsForgetsTheEnhancementStrength) {
+  Handle handle;
+  ASSERT_EQ(SetUpHalf(PreProcInit, handle, 6), 1);
+  handle->horizontalFilter[0][0] = 1234;
+  ExecutePre(handle, 0);
+  EXPECT_EQ(handle->horizontalFilter[0][0], 1234) << "no change, no rebuild";
+  ExecutePre(handle, 1);
+  EXPECT_EQ(handle->use16Taps, 1);
+  EXPECT_EQ(handle->enhanceStrength, 0u);
+  EXPECT_EQ(handle->horizontalFilter[0][7], 128);
+
+  ASSERT_EQ(SetUpHalf(PreProcInit, handle, 6), 1);
+  EXPECT_EQ(handle->enhanceStrength, 6u) << "the next set-up rebuilds";
+  handle->horizontalFilter[0][0] = 1234;
+  ExecutePre(handle, 2);
+  EXPECT_NE(handle->horizontalFilter[0][0], 1234) << "the switch is compared as a byte";
+  EXPECT_EQ(handle->use16Taps, 2);
+}
+
+TEST(Execute, DeblockingStaysOn) {
+  Handle handle;
+  ASSERT_EQ(SetUpHalf(PostProcInit, handle), 1);
+  Frames frames;
+  const struct {
+    unsigned char given;
+    int expected;
+  } kFrames[] = {{20, 0}, {21, 21}, {0, 21}, {20, 21}, {255, 255}, {0, 255}};
+  for (const auto& frame : kFrames) {
+    PostProcExecute(handle.value, frames.source.data(), frames.destination.data(), frame.given, 64, 2);
+    EXPECT_EQ(handle->deblockLevel, frame.expected);
+    EXPECT_EQ(handle->deblockVerticalFilterLanes[0][3][7] != 0, frame.expected != 0);
+    EXPECT_EQ(handle->lumaOffset[0], 2);
+  }
+}
+
+TEST(Execute, NullHandlesAreIgnored) {
+  PreProcExecute(nullptr, nullptr, nullptr, 1, 1, 1, 1, 1, 1, 1);
+  PostProcExecute(nullptr, nullptr, nullptr, 1, 1, 1);
+  VidProc420InterleavedExecute(nullptr, nullptr, nullptr, nullptr, nullptr, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1);
+}
+
+TEST(CleanUp, IsSafeTwiceAndOnNull) {
+  for (const auto cleanUp : {PreProcCleanup, PostProcCleanup, VidProc420InterleavedCleanup}) {
+    Handle handle;
+    cleanUp(&handle.value);
+    ASSERT_EQ(SetUpHalf(PreProcInit, handle), 1);
+    signed char* table = handle->ditherTable;
+    cleanUp(&handle.value);
+    EXPECT_EQ(handle.value, nullptr);
+    cleanUp(&handle.value);
+    EXPECT_EQ(table[7 * 4096], Spherical_Theta2_Guassian_Scaled_2By3[0]) << "the table outlives its processor";
+    std::free(table);
+    cleanUp(nullptr);
+  }
+}
+
+TEST(OutOfMemory, SecondAttemptNeverReachesTheHandle) {
+  Handle handle;
+  Handle unreachable;
+  {
+    const AllocationLog log({0});
+    EXPECT_EQ(SetUpHalf(PreProcInit, handle, 0, 5), 1);
+    unreachable.value = log.Only(sizeof(VideoProcessor));
+  }
+  EXPECT_EQ(handle.value, nullptr);
+  ASSERT_NE(unreachable.value, nullptr);
+  EXPECT_EQ(unreachable->ditherLevel, 5u);
+  EXPECT_EQ(unreachable->filtersReady, 1);
+}
+
+TEST(OutOfMemory, SecondFailureReachesTheCaller) {
+  Handle handle;
+  const AllocationLog log({0, 1});
+  EXPECT_THROW(SetUpHalf(PostProcInit, handle), std::bad_alloc);
+  EXPECT_EQ(handle.value, nullptr);
+}
+
+TEST(OutOfMemory, AnyFailureOfASetUpLeavesAUsableHandle) {
+  std::size_t failing = 1;
+  for (bool failed = true; failed; ++failing) {
+    SCOPED_TRACE(failing);
+    ASSERT_LT(failing, 50u);
+    Handle handle;
+    {
+      const AllocationLog log({failing});
+      try {
+        SetUpHalf(PreProcInit, handle);
+        failed = false;
+      } catch (const std::bad_alloc&) {
+      }
+    }
+    ASSERT_NE(handle.value, nullptr);
+    EXPECT_EQ(handle->filtersReady, failed ? 0 : 1);
+    ExecutePre(handle, 0);
+    // Twice as large, so that a buffer kept from the failed call would not do.
+    ASSERT_EQ(PreProcInit(&handle.value, 128, 96, 256, 128, 96, 256, 0, 0, 1), 1);
+    EXPECT_EQ(handle->filtersReady, 1);
+  }
+  EXPECT_GE(failing, 4u) << "three buffers, each of which may fail";
+}
+
+TEST(OutOfMemory, AnyFailureOfAFrameLeavesAUsableHandle) {
+  std::size_t failing = 0;
+  for (bool failed = true; failed; ++failing) {
+    SCOPED_TRACE(failing);
+    ASSERT_LT(failing, 50u);
+    Handle handle;
+    ASSERT_EQ(SetUpHalf(PreProcInit, handle), 1);
+    Frames frames;
+    const auto execute = [&] {
+      PreProcExecute(handle.value, frames.source.data(), frames.destination.data(), 1, 1, 1, 80, 3, 64, 0);
+    };
+    {
+      const AllocationLog log({failing});
+      try {
+        execute();
+        failed = false;
+      } catch (const std::bad_alloc&) {
+      }
+    }
+    execute();
+    EXPECT_EQ(handle->temporalFirstFrame, 0);
+  }
+}
+
+}  // namespace

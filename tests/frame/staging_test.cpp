@@ -1,0 +1,164 @@
+// 4:2:0 planes on their way through the processor at every level: what staging and splitting must keep.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdint>
+#include <utility>
+#include <vector>
+
+#include "support/kernel_harness.h"
+
+namespace {
+
+using testing_support::Random;
+using Bytes = std::vector<std::uint8_t>;
+
+Bytes Noise(std::size_t count, Random& random) {
+  Bytes bytes(count);
+  for (std::uint8_t& byte : bytes) byte = random.Byte();
+  return bytes;
+}
+
+class Staging : public testing::TestWithParam<vidproc::Level> {
+ protected:
+  void SetUp() override { ASSERT_EQ(vidproc::CapLevel(GetParam()), GetParam()); }
+  void TearDown() override {
+    VidProc420InterleavedCleanup(&handle);
+    vidproc::CapLevel(vidproc::BestLevel());
+  }
+  void Configure(unsigned width, unsigned height, unsigned outHeight) {
+    VidProc420InterleavedCleanup(&handle);
+    ASSERT_TRUE(VidProc420InterleavedInit(&handle, width, height, width, outHeight));
+    // Without softening and noise, equal sizes keep every sample.
+    auto* const p = static_cast<VideoProcessor*>(handle);
+    p->ditherLevel = 0;
+    p->softenLevel = 0;
+    p->SetEnhanceFilter(EnhanceLaplacian4, 0, 7, 64, 0);
+  }
+
+  void* handle = nullptr;
+};
+
+TEST_P(Staging, EqualSizesGiveThePlanesBack) {
+  Random random(3);
+  for (unsigned width : {2u, 6u, 14u, 16u, 30u, 32u, 34u, 64u, 66u, 130u}) {
+    const unsigned height = 1 + width % 5, chromaRows = (height + 1) / 2, stride = width + 3;
+    Configure(width, height, height);
+    Bytes luma = Noise(stride * height, random), chroma = Noise(stride * chromaRows, random);
+    Bytes outLuma(luma.size(), 77), outChroma(chroma.size(), 77);
+    VidProc420InterleavedExecute(handle, luma.data(), chroma.data(), outLuma.data(), outChroma.data(), width, height,
+                                 stride, stride, width, height, stride, stride, 64, 0);
+    const auto expectRows = [&](Bytes plane, const Bytes& outPlane) {
+      for (std::size_t i = 0; i < plane.size(); ++i) {
+        if (i % stride >= width) plane[i] = 77;
+      }
+      EXPECT_EQ(outPlane, plane) << width << " x " << height;
+    };
+    expectRows(luma, outLuma);
+    expectRows(chroma, outChroma);
+  }
+}
+
+TEST_P(Staging, TheSecondRowOfAPairDecidesTheChroma) {
+  constexpr unsigned kWidth = 24, kHeight = 8, kOutHeight = 16;
+  Random random(4);
+  const Bytes luma = Noise(kWidth * kHeight, random), chroma = Noise(kWidth * kHeight / 2, random);
+  Bytes source;
+  for (std::size_t y = 0; y < kHeight; ++y) {
+    for (std::size_t x = 0; x < kWidth; ++x) {
+      source.push_back(chroma[y / 2 * kWidth + x]);
+      source.push_back(luma[y * kWidth + x]);
+    }
+  }
+  Bytes scaled(2 * kWidth * kOutHeight);
+  void* whole = nullptr;
+  ASSERT_EQ(PreProcInit(&whole, kWidth, kHeight, 2 * kWidth, kWidth, kOutHeight, 2 * kWidth, 0, 0, 0), 1);
+  PreProcExecute(whole, source.data(), scaled.data(), 0, 0, 0, 0, 0, 64, 0);
+  PreProcCleanup(&whole);
+
+  Configure(kWidth, kHeight, kOutHeight);
+  Bytes planes = luma, chromaPlane = chroma;
+  Bytes outLuma(kWidth * kOutHeight), outChroma(kWidth * kOutHeight / 2);
+  VidProc420InterleavedExecute(handle, planes.data(), chromaPlane.data(), outLuma.data(), outChroma.data(), kWidth,
+                               kHeight, kWidth, kWidth, kWidth, kOutHeight, kWidth, kWidth, 64, 0);
+  int pairsThatDiffer = 0;
+  for (std::size_t y = 0; y < kOutHeight; ++y) {
+    for (std::size_t x = 0; x < kWidth; ++x) {
+      const std::size_t at = 2 * (y * kWidth + x);
+      EXPECT_EQ(outLuma[y * kWidth + x], scaled[at + 1]);
+      if (y % 2 == 0) continue;
+      EXPECT_EQ(outChroma[y / 2 * kWidth + x], scaled[at]);
+      pairsThatDiffer += scaled[at] != scaled[at - 2 * kWidth];
+    }
+  }
+  EXPECT_GT(pairsThatDiffer, 0);
+}
+
+// Sizes that are not the set-up's: one column has no Cr to repeat, and looking for it would leave the buffer.
+TEST_P(Staging, PlanesOfOneColumnStayAsTheyWere) {
+  Configure(32, 16, 16);
+  Bytes luma(32 * 16, 90), chroma(32 * 8, 90), outLuma(4, 77), outChroma(4, 77);
+  VidProc420InterleavedExecute(handle, luma.data(), chroma.data(), outLuma.data(), outChroma.data(), 32, 16, 32, 32, 1,
+                               1, 4, 4, 64, 0);
+  EXPECT_EQ(outLuma, Bytes(4, 77));
+  EXPECT_EQ(outChroma, Bytes(4, 77));
+}
+
+TEST_P(Staging, PlanesStayAsTheyWereWhereNoKernelRuns) {
+  Configure(32, 16, 16);
+  Bytes luma(32 * 16, 90), chroma(32 * 8, 90), outLuma(luma.size()), outChroma(chroma.size());
+  for (const int cpuLevel : {0, -1}) {  // a frame made before is not to be taken for this one's
+    static_cast<VideoProcessor*>(handle)->cpuLevel = static_cast<std::int8_t>(cpuLevel);
+    std::ranges::fill(outLuma, 77);
+    std::ranges::fill(outChroma, 77);
+    VidProc420InterleavedExecute(handle, luma.data(), chroma.data(), outLuma.data(), outChroma.data(), 32, 16, 32, 32,
+                                 32, 16, 32, 32, 64, 0);
+    const std::uint8_t expected = cpuLevel == 0 ? 90 : 77;
+    EXPECT_EQ(outLuma, Bytes(outLuma.size(), expected));
+    EXPECT_EQ(outChroma, Bytes(outChroma.size(), expected));
+  }
+}
+
+TEST_P(Staging, PlanesWhoseRowsOverlapAreRefused) {
+  Configure(32, 16, 16);
+  for (int tooShort = 0; tooShort < 4; ++tooShort) {
+    unsigned strides[4] = {32, 32, 32, 32};
+    strides[tooShort] = 31;
+    Bytes luma(32 * 16, 90), chroma(32 * 8, 90), outLuma(luma.size(), 77), outChroma(chroma.size(), 77);
+    VidProc420InterleavedExecute(handle, luma.data(), chroma.data(), outLuma.data(), outChroma.data(), 32, 16,
+                                 strides[0], strides[1], 32, 16, strides[2], strides[3], 64, 0);
+    EXPECT_EQ(outLuma, Bytes(outLuma.size(), 77)) << tooShort;
+    EXPECT_EQ(outChroma, Bytes(outChroma.size(), 77)) << tooShort;
+  }
+}
+
+// Sizes that are not the set-up's: the scaler may not take the planes for frames of its own size.
+TEST_P(Staging, SmallerPlanesAreNotReadPastTheirEnd) {
+  Random random(5);
+  Configure(256, 16, 16);
+  for (const auto& [width, height] : {std::pair{128u, 16u}, std::pair{256u, 8u}}) {
+    testing_support::GuardedMemory luma(width * height, testing_support::Flush::kEnd, random);
+    testing_support::GuardedMemory chroma(width * height / 2, testing_support::Flush::kEnd, random);
+    luma.Load();
+    chroma.Load();
+    Bytes outLuma(256 * 16), outChroma(256 * 8);
+    VidProc420InterleavedExecute(handle, luma.Live(), chroma.Live(), outLuma.data(), outChroma.data(), width, height,
+                                 width, width, 256, 16, 256, 256, 64, 0);
+    EXPECT_EQ(luma.FirstDifference(0, width) + chroma.FirstDifference(0, width), "");
+  }
+}
+
+TEST_P(Staging, OddRowsOfPackedChromaHaveNoRoomForTheLastCr) {
+  Random random(6);
+  Configure(33, 4, 4);
+  Bytes luma(33 * 4, 90), chroma(34 * 2, 90), outLuma(33 * 4);
+  testing_support::GuardedMemory outChroma(33 * 2, testing_support::Flush::kEnd, random);
+  VidProc420InterleavedExecute(handle, luma.data(), chroma.data(), outLuma.data(), outChroma.Live(), 33, 4, 33, 34, 33,
+                               4, 33, 33, 64, 0);
+  EXPECT_EQ(Bytes(outChroma.Live(), outChroma.Live() + 33 * 2), Bytes(33 * 2, 90));
+}
+
+INSTANTIATE_TEST_SUITE_P(Levels, Staging, testing::ValuesIn(testing_support::AvailableLevels()),
+                         [](const auto& info) { return vidproc::LevelName(info.param); });
+
+}  // namespace

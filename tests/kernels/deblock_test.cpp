@@ -1,0 +1,147 @@
+// Deblocking of the 8 x 8 grid at every level: step responses, the test pattern, odd sizes.
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "support/kernel_harness.h"
+
+namespace {
+
+using Bytes = std::vector<std::uint8_t>;
+
+/// The direction and the component in which a picture steps; block position is counted in its own samples.
+struct Axis {
+  const char* name;
+  bool vertical;
+  std::size_t firstByte, step;
+};
+constexpr Axis kAxes[] = {{"rows", true, 0, 1}, {"Cb", false, 0, 4}, {"Y", false, 1, 2}, {"Cr", false, 2, 4}};
+
+class Deblocking : public testing::TestWithParam<vidproc::Level> {
+ protected:
+  void SetUp() override { ASSERT_EQ(vidproc::CapLevel(GetParam()), GetParam()); }
+  void TearDown() override { vidproc::CapLevel(vidproc::BestLevel()); }
+
+  void Configure(std::size_t newWidth, std::size_t newHeight, std::uint8_t level, bool testPattern) {
+    width = newWidth;
+    height = newHeight;
+    p.reset(new VideoProcessor(0, 0));
+    p->inWidth = p->outWidth = static_cast<std::uint32_t>(width);
+    p->inHeight = p->outHeight = static_cast<std::uint32_t>(height);
+    p->inStride = p->outStride = 2 * p->inWidth;
+    p->SetEnhanceFilter(EnhanceLaplacian4, 0, 6, 64, 0);
+    p->InitDeblocker(level);
+    p->SetDeblockTestPattern(testPattern);
+    frame.assign(2 * width * height, 128);
+  }
+  /// Paints a step between the samples 7 and 8 of the axis, runs, and returns the samples 4 to 11.
+  std::vector<int> StepResponse(const Axis& axis, int before, int after) {
+    for (std::size_t y = 0; y < height; ++y) {
+      for (std::size_t x = axis.firstByte; x < 2 * width; x += axis.step) {
+        const std::size_t sample = axis.vertical ? y : x / axis.step;
+        frame[y * 2 * width + x] = static_cast<std::uint8_t>(sample < 8 ? before : after);
+      }
+    }
+    Run();
+    std::vector<int> response;
+    for (std::size_t sample = 4; sample < 12; ++sample) {
+      response.push_back(axis.vertical ? frame[sample * 2 * width + 6] : frame[axis.firstByte + sample * axis.step]);
+    }
+    return response;
+  }
+  void Run() {
+    p->srcFrame = p->dstFrame = frame.data();
+    p->Deblock8x8();
+  }
+
+  testing_support::Processor p;
+  std::size_t width = 0, height = 0;
+  Bytes frame;
+};
+
+TEST_P(Deblocking, StepAcrossAnEdge) {
+  struct Case {
+    std::uint8_t level;
+    int before, after;
+    std::vector<int> response;
+  };
+  const Case cases[] = {
+      // A step of 37 is an edge of the picture at level 21, one of 36 just not: the centre weighs 127, the others 0.
+      {21, 100, 137, {100, 100, 100, 100, 137, 137, 137, 137}},
+      {21, 100, 136, {100, 99, 99, 99, 135, 135, 135, 136}},
+      {21, 137, 100, {137, 137, 137, 137, 100, 100, 100, 100}},
+      // Nothing is an edge at levels 48 to 51: taps 10 17 24 26 24 17 10.
+      {48, 0, 200, {0, 16, 42, 80, 120, 158, 184, 200}},
+      {48, 200, 0, {200, 184, 158, 120, 80, 42, 16, 0}},
+      // Above 51 the sensitivity is negative: a step of 255 weighs 1 of 256 at level 52, which rounds to the identity.
+      {52, 0, 255, {0, 0, 0, 0, 255, 255, 255, 255}},
+  };
+  for (const Case& c : cases) {
+    for (const Axis& axis : kAxes) {
+      Configure(40, 24, c.level, false);
+      EXPECT_EQ(StepResponse(axis, c.before, c.after), c.response)
+          << axis.name << ", level " << int{c.level} << ", " << c.before << " to " << c.after;
+    }
+  }
+}
+
+TEST_P(Deblocking, EvenPicturesStayAsTheyAre) {
+  for (std::size_t testWidth : {2u, 3u, 5u, 8u, 17u, 33u}) {
+    for (std::size_t testHeight : {1u, 2u, 7u, 16u, 19u, 35u}) {
+      Configure(testWidth, testHeight, 30, false);
+      for (std::size_t i = 0; i < frame.size(); ++i) frame[i] = i % 2 == 0 ? 255 : 16;
+      const Bytes before = frame;
+      Run();
+      EXPECT_EQ(frame, before) << testWidth << " x " << testHeight;
+    }
+  }
+}
+
+TEST_P(Deblocking, ReplacesThePictureByTheSmoothedTestPattern) {
+  Configure(64, 32, 32, true);
+  Run();
+  const Bytes once = frame;
+  frame.assign(frame.size(), 3);
+  Run();
+  EXPECT_EQ(frame, once) << "the picture itself must not matter";
+
+  const auto nearSquareEdge = [](std::size_t place, std::size_t size) {
+    return place >= 3 && place < size - 3 && (place % 16 < 3 || place % 16 >= 13);
+  };
+  int changed = 0;
+  for (std::size_t y = 0; y < height; ++y) {
+    for (std::size_t x = 0; x < width; ++x) {
+      const std::uint8_t luma = frame[y * 2 * width + 2 * x + 1];
+      const int painted = (x / 16 + y / 16) % 2 == 0 ? 215 : 205;
+      ASSERT_EQ(frame[y * 2 * width + 2 * x], 128);
+      if (nearSquareEdge(x, width) || nearSquareEdge(y, height)) {
+        changed += luma != painted;
+      } else {
+        ASSERT_EQ(luma, painted) << x << ", " << y;
+      }
+    }
+  }
+  EXPECT_GT(changed, 0);
+}
+
+TEST_P(Deblocking, UnequalSizesAndPaddedRowsAreLeftAlone) {
+  for (bool padded : {false, true}) {
+    Configure(32, 16, 30, true);
+    if (padded) {
+      p->inStride += 4;
+      frame.resize(frame.size() + 4 * height);
+    } else {
+      p->outWidth = 16;
+    }
+    const Bytes before = frame;
+    Run();
+    EXPECT_EQ(frame, before);
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(Levels, Deblocking, testing::ValuesIn(testing_support::AvailableLevels()),
+                         [](const auto& info) { return vidproc::LevelName(info.param); });
+
+}  // namespace

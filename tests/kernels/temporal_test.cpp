@@ -1,0 +1,158 @@
+// The same-size temporal filter: its weights, its neighbours, its walk in segments and what it leaves of a frame, at
+// every level.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdint>
+#include <numeric>
+#include <vector>
+
+#include "support/kernel_harness.h"
+
+namespace {
+
+using Bytes = std::vector<std::uint8_t>;
+
+class TemporalFilter : public testing::TestWithParam<vidproc::Level> {
+ protected:
+  void SetUp() override { ASSERT_EQ(vidproc::CapLevel(GetParam()), GetParam()); }
+  void TearDown() override { vidproc::CapLevel(vidproc::BestLevel()); }
+
+  /// Segments are as long as the frame is high; there are twice as many as it is wide.
+  void Configure(std::uint32_t width, std::uint32_t height, std::uint32_t padding = 0) {
+    p.reset(new VideoProcessor(1, 0));
+    p->inWidth = p->outWidth = width;
+    p->inHeight = p->outHeight = height;
+    p->inStride = 2 * width;
+    p->outStride = 2 * width + padding;
+    p->SetEnhanceFilter(EnhanceLaplacian4, 0, 7, 64, 0);
+    frameBytes = std::size_t{2} * width * height;
+  }
+  void Run(Bytes& source, Bytes& destination) {
+    p->srcFrame = source.data();
+    p->dstFrame = destination.data();
+    p->PreProcTemporalExecute();
+  }
+  /// A frame that is filtered against `reference`.
+  Bytes Filtered(Bytes source, Bytes reference) {
+    p->temporalFirstFrame = 1;
+    Bytes result(frameBytes);
+    Run(reference, result);
+    Run(source, result);
+    return result;
+  }
+  Bytes History() const { return Bytes(p->previousFrame, p->previousFrame + frameBytes); }
+
+  testing_support::Processor p;
+  std::size_t frameBytes = 0;
+};
+
+TEST_P(TemporalFilter, WeightFallsWithTheChange) {
+  Configure(16, 32);
+  struct Case {
+    std::uint8_t shift;
+    std::vector<int> weights;  // of the reference, for changes of 0, 1, 2 ...
+  };
+  const Case cases[] = {
+      {3, {80, 78, 70, 58, 40, 18, 0, 0, 0}},
+      {0, {80, 80, 79, 77, 75, 72, 69, 65, 60, 55, 49, 42, 35, 27, 19, 10, 0, 0}},
+      {4, {80, 75, 60, 35, 0, 0, 0}},
+      {8, {80, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 80, 80, 80}},  // the weight returns
+  };
+  for (const Case& c : cases) {
+    p->SetTemporalFilter(80, c.shift);
+    for (int change = 0; change < static_cast<int>(c.weights.size()); ++change) {
+      for (int direction : {-1, 1}) {
+        const int source = 128, reference = source + direction * change;
+        const int weight = c.weights[static_cast<std::size_t>(change)];
+        const auto blended = static_cast<std::uint8_t>(((128 - weight) * source + weight * reference + 64) >> 7);
+        EXPECT_EQ(Filtered(Bytes(frameBytes, 128), Bytes(frameBytes, static_cast<std::uint8_t>(reference))),
+                  Bytes(frameBytes, blended))
+            << "shift " << int{c.shift} << ", change " << direction * change;
+      }
+    }
+  }
+}
+
+TEST_P(TemporalFilter, NeighbourSegmentsRaiseTheMeasureButNeverLowerIt) {
+  constexpr int kLength = 16;
+  Configure(2, kLength);
+  p->SetTemporalFilter(80, 3);
+  struct Case {
+    int change[4];  // of the four segments
+    int left[4];    // of the change in the result
+  };
+  constexpr Case kCases[] = {
+      {{2, 0, 0, 0}, {1, 0, 0, 0}},  // its own measure of 2: a weight of 70
+      {{9, 2, 4, 0}, {9, 2, 3, 0}},  // raised to 5
+      {{4, 0, 4, 0}, {3, 0, 3, 0}},  // still neighbours, but 4 stays 4
+      {{3, 8, 0, 0}, {3, 8, 0, 0}},  // 5, not 4: the first segment is its own upper neighbour
+      {{0, 0, 8, 3}, {0, 0, 8, 3}},  // the last one its own lower neighbour
+  };
+  for (const Case& c : kCases) {
+    Bytes source, expected;
+    for (int segment = 0; segment < 4; ++segment) {
+      source.insert(source.end(), kLength, static_cast<std::uint8_t>(100 + c.change[segment]));
+      expected.insert(expected.end(), kLength, static_cast<std::uint8_t>(100 + c.left[segment]));
+    }
+    EXPECT_EQ(Filtered(source, Bytes(frameBytes, 100)), expected);
+  }
+}
+
+TEST_P(TemporalFilter, InPlaceTheUpperNeighbourIsFilteredAlready) {
+  Configure(2, 16);
+  p->SetTemporalFilter(127, 5);  // weights of 111 for a measure of 1, 64 for 2
+  Bytes frame, history(frameBytes, 50);
+  for (int sample : {50, 52, 51, 51}) frame.insert(frame.end(), 16, static_cast<std::uint8_t>(sample));
+  const Bytes apart = Filtered(frame, history);
+  EXPECT_EQ(apart[16], 51);
+  EXPECT_EQ(apart[32], 51);  // neighbours that changed by 2 and 1 raise its own 1 to 2
+
+  p->temporalFirstFrame = 1;
+  Run(history, history);
+  Run(frame, frame);
+  EXPECT_EQ(frame[16], 51);
+  EXPECT_EQ(frame[32], 50);  // neighbours that changed by 1 do not
+  EXPECT_EQ(History(), frame);
+}
+
+TEST_P(TemporalFilter, StrengthZeroPassesTheFrameAndRefreshesTheHistory) {
+  Configure(20, 48);
+  p->SetTemporalFilter(0, 3);
+  Bytes source(frameBytes);
+  std::iota(source.begin(), source.end(), std::uint8_t{0});
+  EXPECT_EQ(Filtered(source, Bytes(frameBytes, 7)), source);
+  EXPECT_EQ(History(), source);
+}
+
+TEST_P(TemporalFilter, LeavesTheLastBytesOfEverySegment) {
+  for (std::uint32_t height : {5u, 16u, 20u, 31u, 47u, 70u, 2100u}) {
+    Configure(3, height);
+    p->SetTemporalFilter(0, 3);
+    Bytes first(frameBytes, 9), source(frameBytes, 60), destination(frameBytes, 200);
+    Run(first, first);
+    Run(source, destination);
+    for (std::size_t i = 0; i < frameBytes; ++i) {
+      ASSERT_EQ(destination[i], i % height < height / 16 * 16 ? 60 : 200) << "height " << height << ", byte " << i;
+    }
+    EXPECT_EQ(History(), destination);
+  }
+}
+
+TEST_P(TemporalFilter, FirstFrameIntoPaddedRowsShowsTheStagingBuffer) {
+  constexpr std::size_t kPadding = 8;
+  Configure(4, 16, kPadding);
+  Bytes source(frameBytes, 33), destination((8 + kPadding) * 16, 99);
+  std::fill_n(reinterpret_cast<std::uint8_t*>(p->scratchA), frameBytes, std::uint8_t{5});
+  for (int expected : {5, 33}) {
+    Run(source, destination);
+    for (std::size_t i = 0; i < destination.size(); ++i) ASSERT_EQ(destination[i], i % 16 < 8 ? expected : 99);
+    EXPECT_EQ(History(), source);
+    EXPECT_EQ(p->temporalFirstFrame, 0);
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(Levels, TemporalFilter, testing::ValuesIn(testing_support::AvailableLevels()),
+                         [](const auto& info) { return vidproc::LevelName(info.param); });
+
+}  // namespace

@@ -1,0 +1,220 @@
+// The processor object: defaults, probe, settings, and the buffers that follow the smoothing flag.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <climits>
+#include <cstdint>
+#include <cstdlib>
+#include <cstring>
+#include <iterator>
+#include <memory>
+#include <new>
+#include <string>
+
+#include "support/allocation_log.h"
+#include "vidproc/cpu_level.h"
+#include "vidproc/video_processor.h"
+
+namespace {
+
+using testing_support::AllocationLog;
+
+template <typename Array>
+bool AllEqual(const Array& array, int value) {
+  return std::all_of(std::begin(array), std::end(array),
+                     [value](auto element) { return std::int64_t{element} == value; });
+}
+
+template <typename Field>
+bool IsZero(const Field& field) {
+  const auto* bytes = reinterpret_cast<const unsigned char*>(&field);
+  return std::all_of(bytes, bytes + sizeof(field), [](unsigned char byte) { return byte == 0; });
+}
+
+TEST(Processor, StartsFromItsDefaultsWhateverTheMemoryHeld) {
+  alignas(VideoProcessor) static unsigned char memory[sizeof(VideoProcessor)];
+  std::memset(memory, 0xA5, sizeof(memory));
+  auto* p = new (memory) VideoProcessor(0x101, 7);
+
+  EXPECT_EQ(p->isPreProcessor, 1);  // the low byte
+  EXPECT_EQ(p->NeedsInit(640, 480, 1280, 640, 480, 1280, 1, 7), 0);
+  EXPECT_EQ(p->temporalShift, 3);
+  EXPECT_EQ(p->temporalStrength, 80);
+  EXPECT_EQ(p->temporalFirstFrame, 1);
+  EXPECT_EQ(p->ditherLevel, 9u);
+  EXPECT_EQ(p->lanczosLobes, 2u);
+  EXPECT_EQ(p->optionValue, 1u);
+  EXPECT_EQ(p->ditherSeed, -1);
+  EXPECT_EQ(p->deblockTestPattern, 1);
+  const std::uint8_t onFlags[] = {p->optionFlag0, p->optionFlag1, p->enhanceHorizontal, p->enhanceVertical};
+  EXPECT_TRUE(AllEqual(onFlags, 1));
+  const std::uint8_t offFlags[] = {p->spatialMotionSmoothing, p->deblockLevel, p->use16Taps, p->adaptive,
+                                   p->filtersReady,           p->reservedByte};
+  EXPECT_TRUE(AllEqual(offFlags, 0));
+  const std::uint32_t zeroes[] = {p->debugPrint, p->windowKind, p->enhanceType};
+  EXPECT_TRUE(AllEqual(zeroes, 0));
+  const void* const pointers[] = {p->previousFrame,        p->scratchA,    p->scratchB, p->smoothingBufferLarge,
+                                  p->smoothingBufferSmall, p->ditherTable, p->srcFrame, p->dstFrame};
+  for (const void* pointer : pointers) EXPECT_EQ(pointer, nullptr);
+  EXPECT_TRUE(IsZero(p->horizontalFilter) && IsZero(p->verticalFilter));
+  EXPECT_TRUE(IsZero(p->horizontalEnhancedFilter) && IsZero(p->verticalEnhancedFilter));
+  EXPECT_TRUE(IsZero(p->horizontalFilterLanes) && IsZero(p->verticalFilterLanes));
+  EXPECT_TRUE(IsZero(p->deblockHorizontalFilter) && IsZero(p->deblockVerticalFilter));
+  EXPECT_TRUE(IsZero(p->deblockHorizontalFilterLanes) && IsZero(p->deblockVerticalFilterLanes));
+  EXPECT_TRUE(IsZero(p->lumaGain) && IsZero(p->lumaGainInverse) && IsZero(p->lumaOffset));
+  EXPECT_TRUE(IsZero(p->inFileName) && IsZero(p->outFileName));
+  EXPECT_EQ(p->horizontalUp + p->horizontalDown + p->verticalUp + p->verticalDown, 0);
+  const std::int16_t kernel[3][3] = {{0, -1, 0}, {-1, 20, -1}, {0, -1, 0}};
+  EXPECT_EQ(std::memcmp(p->enhanceKernel, kernel, sizeof(kernel)), 0);
+  std::destroy_at(p);
+}
+
+TEST(Processor, TakesNoMemoryBeforeSetUp) {
+  const AllocationLog log;
+  { const VideoProcessor processor(1, 0); }
+  EXPECT_EQ(log.Total(), 0u);
+}
+
+TEST(Processor, ProbesTheMachine) {
+  VideoProcessor processor(1, 0);
+  EXPECT_EQ(processor.IsCompatibleProcessor(), static_cast<unsigned char>(processor.cpuLevel));
+  if (vidproc::IsLevelAvailable(vidproc::Level::kSse41) || vidproc::IsLevelAvailable(vidproc::Level::kNeon)) {
+    EXPECT_EQ(processor.cpuLevel, 1);
+  }
+  processor.cpuLevel = -1;
+  EXPECT_NE(processor.IsCompatibleProcessor(), 255) << "the probe reads no field";
+}
+
+TEST(Processor, NeedsInitComparesEachOfItsEightValues) {
+  for (int changed = -1; changed < 8; ++changed) {
+    unsigned v[8] = {640, 480, 1280, 640, 480, 1280, 1, 2};
+    if (changed >= 0) v[changed] += 1;
+    VideoProcessor processor(1, 2);
+    EXPECT_EQ(processor.NeedsInit(v[0], v[1], v[2], v[3], v[4], v[5], v[6], v[7]), changed >= 0 ? 1 : 0) << changed;
+  }
+}
+
+TEST(Processor, ClampsTemporalSettings) {
+  const unsigned char kCases[][4] = {{200, 20, 127, 8}, {127, 8, 127, 8}, {128, 9, 127, 8}, {0, 0, 0, 0}, {5, 3, 5, 3}};
+  VideoProcessor processor(1, 0);
+  for (const auto& c : kCases) {
+    EXPECT_EQ(processor.SetTemporalFilter(c[0], c[1]), 0);
+    EXPECT_EQ(processor.temporalStrength, c[2]);
+    EXPECT_EQ(processor.temporalShift, c[3]);
+  }
+}
+
+TEST(Processor, LuminanceVectors) {
+  const struct {
+    short gain, offset;
+    int expectedGain, expectedInverse, expectedOffset;
+  } kCases[] = {{0, 0, 1, 4096, 0},       {-300, -300, -127, -32, -255}, {128, 256, 127, 32, 255},
+                {3, -255, 3, 1365, -255}, {-1, 17, -1, -4096, 17},       {SHRT_MIN, SHRT_MAX, -127, -32, 255}};
+  VideoProcessor direct(1, 0);
+  VideoProcessor configured(1, 0);
+  for (const auto& c : kCases) {
+    EXPECT_EQ(direct.InitLuminanceShiftTables(c.gain, c.offset), 0);
+    EXPECT_EQ(configured.SetEnhanceFilter(EnhanceLaplacian4, 0, 7, c.gain, c.offset), 0);
+    for (const VideoProcessor* p : {&direct, &configured}) {
+      EXPECT_TRUE(AllEqual(p->lumaGain, c.expectedGain)) << c.gain;
+      EXPECT_TRUE(AllEqual(p->lumaGainInverse, c.expectedInverse)) << c.gain;
+      EXPECT_TRUE(AllEqual(p->lumaOffset, c.expectedOffset)) << c.offset;
+    }
+  }
+  std::free(configured.ditherTable);
+}
+
+TEST(Processor, StoresPlainSettings) {
+  VideoProcessor processor(1, 0);
+  EXPECT_EQ(processor.SetAdaptive(200), 0);
+  EXPECT_EQ(processor.adaptive, 200);
+  EXPECT_EQ(processor.SetTaps(2), 0);
+  EXPECT_EQ(processor.GetTaps(), 2);
+  EXPECT_EQ(processor.PrintFilters(0x100), 0);
+  EXPECT_EQ(processor.debugPrint, 0x100u);
+  EXPECT_EQ(processor.SetDeblockTestPattern(0), 0);
+  EXPECT_EQ(processor.deblockTestPattern, 0);
+  EXPECT_EQ(processor.AddCustomFilter(nullptr, 3), 0);
+  EXPECT_EQ(processor.SharpScale(nullptr, nullptr), 0);
+}
+
+TEST(Processor, RecordsAtMost250CharactersOfAName) {
+  VideoProcessor processor(1, 0);
+  std::memset(processor.inFileName, '#', sizeof(processor.inFileName));
+  std::memset(processor.outFileName, '#', sizeof(processor.outFileName));
+  std::string longName(300, 'n');
+  std::string shortName = "camera.yuv";
+  EXPECT_EQ(processor.SetFiles(longName.data(), shortName.data()), 0);
+  EXPECT_EQ(std::string(processor.inFileName, 255), std::string(250, 'n') + "#####");
+  EXPECT_EQ(std::string(processor.outFileName, 255), shortName + std::string(240, '\0') + "#####");
+
+  processor.SetFiles(nullptr, nullptr);
+  EXPECT_EQ(processor.inFileName[0], 'n') << "a missing name leaves the last one";
+}
+
+// --- The smoothing buffers: 4 and 16 times the larger stride times the larger height, both rounded up to 16. ---
+
+constexpr std::size_t kSmoothingArea = std::size_t{1296} * 496;
+
+struct SmoothingSetUp : VideoProcessor {
+  SmoothingSetUp() : VideoProcessor(1, 0) {
+    inStride = 1282;
+    outHeight = 481;
+  }
+};
+
+TEST(Smoothing, BuffersComeAndGoWithTheFlag) {
+  SmoothingSetUp p;
+  EXPECT_EQ(p.SetUseSpatialMotionSmoothing(0), 0);
+  std::uint8_t* small = nullptr;
+  std::uint8_t* large = nullptr;
+  {
+    const AllocationLog log;
+    EXPECT_EQ(p.SetUseSpatialMotionSmoothing(3), 0);
+    small = p.smoothingBufferSmall;
+    large = p.smoothingBufferLarge;
+    p.SetUseSpatialMotionSmoothing(1);
+    EXPECT_EQ(log.Total(), 2u);
+    EXPECT_EQ(log.Only(4 * kSmoothingArea), small);
+    EXPECT_EQ(log.Only(16 * kSmoothingArea), large);
+  }
+  EXPECT_EQ(p.smoothingBufferSmall, small);
+  EXPECT_EQ(p.smoothingBufferLarge, large);
+  const auto isZero = [](std::uint8_t byte) { return byte == 0; };
+  EXPECT_TRUE(std::all_of(small, small + 4 * kSmoothingArea, isZero));
+  EXPECT_TRUE(std::all_of(large, large + 16 * kSmoothingArea, isZero));
+  p.SetUseSpatialMotionSmoothing(0);
+  EXPECT_EQ(p.spatialMotionSmoothing, 0);
+  EXPECT_EQ(p.smoothingBufferSmall, nullptr);
+  EXPECT_EQ(p.smoothingBufferLarge, nullptr);
+}
+
+TEST(Smoothing, SurvivesAFailedAllocation) {
+  for (const std::size_t failing : {0u, 1u}) {
+    SmoothingSetUp p;
+    {
+      const AllocationLog log({failing});
+      EXPECT_THROW(p.SetUseSpatialMotionSmoothing(1), std::bad_alloc);
+    }
+    EXPECT_EQ(p.smoothingBufferSmall != nullptr, failing == 1);
+    EXPECT_EQ(p.smoothingBufferLarge, nullptr);
+    p.SetUseSpatialMotionSmoothing(1);
+    EXPECT_NE(p.smoothingBufferSmall, nullptr);
+    EXPECT_NE(p.smoothingBufferLarge, nullptr);
+  }
+}
+
+TEST(Smoothing, RefusesBuffersBeyond31Bits) {
+  const struct {
+    std::uint32_t stride, height;
+  } kTooLarge[] = {{16384, 8192}, {UINT_MAX, 16}, {16, UINT_MAX}, {UINT_MAX, UINT_MAX}, {1u << 31, 1u << 31}};
+  for (const auto& size : kTooLarge) {
+    VideoProcessor p(1, 0);
+    p.outStride = size.stride;
+    p.inHeight = size.height;
+    EXPECT_THROW(p.SetUseSpatialMotionSmoothing(1), std::bad_alloc) << size.stride << " x " << size.height;
+    EXPECT_EQ(p.smoothingBufferLarge, nullptr);
+  }
+}
+
+}  // namespace

@@ -1,0 +1,70 @@
+// The replaced operator new of the test program.
+#include "support/allocation_log.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <new>
+
+namespace testing_support {
+namespace {
+
+AllocationLog* active = nullptr;
+
+}  // namespace
+
+AllocationLog::AllocationLog(std::initializer_list<std::size_t> failing) {
+  for (const std::size_t number : failing) fails.at(number) = true;
+  active = this;
+}
+
+AllocationLog::~AllocationLog() { active = nullptr; }
+
+void* AllocationLog::Only(std::size_t bytes) const {
+  void* found = nullptr;
+  for (const Request& request : requests) {
+    if (request.memory == nullptr || request.bytes != bytes) continue;
+    if (found != nullptr) return nullptr;
+    found = request.memory;
+  }
+  return found;
+}
+
+int AllocationLog::Count(std::size_t bytes) const {
+  const auto isOfSize = [bytes](const Request& request) { return request.bytes == bytes; };
+  const std::size_t logged = std::min(total, kMost);
+  return static_cast<int>(std::count_if(requests.data(), requests.data() + logged, isOfSize));
+}
+
+void* AllocationLog::Serve(std::size_t bytes, std::size_t alignment) {
+  const std::size_t number = active != nullptr ? active->total++ : kMost;
+  void* memory = nullptr;
+  const bool refused = number < kMost && active->fails[number];
+  if (!refused) {
+    // aligned_alloc wants whole multiples of the alignment.
+    const std::size_t rounded = (bytes + alignment - 1) / alignment * alignment;
+    memory = alignment <= alignof(std::max_align_t) ? std::malloc(std::max<std::size_t>(bytes, 1))
+                                                    : std::aligned_alloc(alignment, rounded);
+  }
+  if (number < kMost) active->requests[number] = {bytes, memory};
+  if (memory == nullptr) throw std::bad_alloc();
+  return memory;
+}
+
+}  // namespace testing_support
+
+void* operator new(std::size_t bytes) { return testing_support::AllocationLog::Serve(bytes, 1); }
+void* operator new[](std::size_t bytes) { return testing_support::AllocationLog::Serve(bytes, 1); }
+void* operator new(std::size_t bytes, std::align_val_t alignment) {
+  return testing_support::AllocationLog::Serve(bytes, static_cast<std::size_t>(alignment));
+}
+void* operator new[](std::size_t bytes, std::align_val_t alignment) {
+  return testing_support::AllocationLog::Serve(bytes, static_cast<std::size_t>(alignment));
+}
+void operator delete(void* memory) noexcept { std::free(memory); }
+void operator delete[](void* memory) noexcept { std::free(memory); }
+void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }
+void operator delete[](void* memory, std::size_t) noexcept { std::free(memory); }
+void operator delete(void* memory, std::align_val_t) noexcept { std::free(memory); }
+void operator delete[](void* memory, std::align_val_t) noexcept { std::free(memory); }
+void operator delete(void* memory, std::size_t, std::align_val_t) noexcept { std::free(memory); }
+void operator delete[](void* memory, std::size_t, std::align_val_t) noexcept { std::free(memory); }

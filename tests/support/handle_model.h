@@ -1,0 +1,73 @@
+// What a handle of the exported functions does with its arguments, written plainly: which settings stay, which kernel
+// serves a frame, and which frames fit the buffers. The frames themselves come from the reference kernels.
+#pragma once
+
+#include <cstdint>
+
+#include "reference/stream_state.h"
+#include "support/kernel_harness.h"
+#include "support/planes_420.h"
+
+namespace testing_support {
+
+enum class Use { kPreProcessing, kPostProcessing, kInterleaved420 };
+
+struct SetUpArguments {
+  std::uint32_t inWidth, inHeight, inStride, outWidth, outHeight, outStride;
+  std::uint32_t enhanceStrength, ditherLevel, softenLevel;
+
+  static SetUpArguments For420(std::uint32_t inWidth, std::uint32_t inHeight, std::uint32_t outWidth,
+                               std::uint32_t outHeight) {
+    return {inWidth, inHeight, 2 * inWidth, outWidth, outHeight, 2 * outWidth, 0, 0, 10};
+  }
+  bool operator==(const SetUpArguments&) const = default;
+  bool KeepsSize() const { return inWidth == outWidth && inHeight == outHeight; }
+  bool SourceIsPacked() const { return inStride == 2 * inWidth; }
+  bool DestinationIsPacked() const { return outStride == 2 * outWidth; }
+};
+
+/// Of the pre-processor's frames, but for the last.
+struct FrameArguments {
+  std::uint8_t adaptive, use16Taps, motionSmoothing, temporalStrength, temporalShift;
+  std::int16_t lumaGain, lumaOffset;
+  std::uint8_t deblock;
+};
+
+class HandleModel {
+ public:
+  /// False where a size is 0. @throws std::bad_alloc
+  bool SetUp(Use use, const SetUpArguments& given);
+  void CleanUp() { *this = HandleModel(); }
+
+  /// The frames' expected memory. @throws std::bad_alloc
+  void PreProcess(const FrameArguments& given, std::uint8_t* source, std::uint8_t* destination);
+  void PostProcess(const FrameArguments& given, std::uint8_t* source, std::uint8_t* destination);
+  void Process420(PlanePair& in, PlanePair& out);
+
+  bool Exists() const { return exists; }
+  bool IsFirstFrame() const { return state.firstFrame; }
+  const SetUpArguments& Current() const { return set; }
+
+  std::int32_t ditherSeed = -1;
+  std::uint8_t deblockTestPattern = 1;
+
+ private:
+  void TakeBuffers();
+  void SwitchMotionSmoothing(std::uint8_t on);
+  const Kernel& ChooseKernel() const;
+  bool Fits(const Kernel& kernel) const;
+  void Go(std::uint8_t* source, std::uint8_t* destination);
+  Processor MakeFields() const;
+
+  bool exists = false;
+  bool preProcessor = true;
+  SetUpArguments set = {};
+  std::uint32_t windowKind = 0, precisionBits = 0;
+  std::uint8_t adaptive = 0, use16Taps = 0, motionSmoothing = 0;
+  std::uint8_t temporalStrength = 0, temporalShift = 0;
+  std::uint8_t deblockLevel = 0;
+  reference::StreamState state;
+  std::uint64_t scratchBytes = 0, historyBytes = 0, smallBytes = 0, largeBytes = 0;
+};
+
+}  // namespace testing_support

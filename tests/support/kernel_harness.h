@@ -1,0 +1,162 @@
+// Runs the kernels of the library at every available level against the reference kernels: the same settings, the same
+// guarded frames, one processor per level for a whole stream. Everything a frame leaves behind is compared: all memory
+// around source and destination, history, first-frame flag and dither level.
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <cstdlib>
+#include <memory>
+#include <ostream>
+#include <string>
+#include <vector>
+
+#include "reference/scaler.h"
+#include "reference/stream_state.h"
+#include "support/frame_content.h"
+#include "support/guarded_memory.h"
+#include "vidproc/cpu_level.h"
+#include "vidproc/video_processor.h"
+
+namespace testing_support {
+
+/// Every level that this machine and this build can run.
+std::vector<vidproc::Level> AvailableLevels();
+
+struct ProcessorDeleter {
+  void operator()(VideoProcessor* processor) const {
+    std::free(processor->ditherTable);  // the processor itself never frees it
+    delete processor;
+  }
+};
+using Processor = std::unique_ptr<VideoProcessor, ProcessorDeleter>;
+
+enum class Family { kPre, kTemporal, kPost };
+
+/// A kernel and what it is made of.
+struct Kernel {
+  const char* name;
+  int (VideoProcessor::*run)();
+  Family family;
+  int horizontalTaps;
+  int verticalTaps;
+  bool adaptive;
+  bool motionGate;
+  bool temporal;
+  bool shiftLuma;
+  bool dithersResampled;
+};
+
+inline void PrintTo(const Kernel& kernel, std::ostream* out) { *out << kernel.name; }
+
+inline constexpr Kernel kKernels[] = {
+    {"PlainScaler", &VideoProcessor::PreProcExecute, Family::kPre, 8, 4, false, false, false, false, true},
+    {"LumaShift", &VideoProcessor::PreProcExecute_SSE2, Family::kPre, 8, 4, false, false, false, true, true},
+    {"Adaptive", &VideoProcessor::PreProcAdaptiveExecute, Family::kPre, 8, 4, true, false, true, false, true},
+    {"MotionSmoothing", &VideoProcessor::PreProcAdaptiveMotionSmoothingExecute, Family::kPre, 8, 4, true, true, true,
+     false, true},
+    {"Adaptive16TapTemporal", &VideoProcessor::PreProcAdaptive16TapTemporalExecute, Family::kPre, 16, 8, true, false,
+     true, false, true},
+    {"Adaptive16Tap", &VideoProcessor::PreProcAdaptive16TapExecute, Family::kPre, 16, 8, true, false, false, false,
+     true},
+    {"Temporal", &VideoProcessor::PreProcTemporalExecute, Family::kTemporal, 0, 0, false, false, true, false, false},
+    {"PostScaler", &VideoProcessor::PostProcExecute, Family::kPost, 8, 4, false, false, false, false, true},
+    {"PostScalerUndithered", &VideoProcessor::PostProcExecute_SSE2, Family::kPost, 8, 4, false, false, false, false,
+     false},
+};
+
+enum class BankKind { kDesigned, kModest, kSparse, kExtreme };
+enum class Overlap { kApart, kSame, kAhead, kBehind };
+
+struct Geometry {
+  int inWidth, inHeight, outWidth, outHeight;
+  int inPadding = 0, outPadding = 0;  ///< bytes from a row's end to the next row
+};
+
+/// What set-up is given.
+struct Configuration {
+  Geometry geometry;
+  std::uint32_t softenLevel = 0;
+  std::uint32_t enhanceStrength = 0;
+  std::uint32_t windowKind = 2;
+  std::uint8_t use16Taps = 0;
+  BankKind banks = BankKind::kDesigned;
+  std::uint32_t bankSeed = 0;
+};
+
+/// What may change from frame to frame.
+struct FrameSettings {
+  std::uint8_t adaptive = 1;
+  std::uint8_t temporalStrength = 80;
+  std::uint8_t temporalShift = 3;
+  std::uint8_t motionSmoothing = 0;
+  std::int16_t lumaGain = 64;
+  std::int16_t lumaOffset = 0;
+  std::uint32_t ditherLevel = 0;
+  std::int32_t ditherSeed = 0;
+  std::uint8_t deblockLevel = 0;
+  std::uint8_t deblockTestPattern = 0;
+  Content content = Content::kNoise;
+  Overlap overlap = Overlap::kApart;
+  Flush flush = Flush::kEnd;
+  bool crops = false;  ///< ratios written by hand: axes that shrink take the source's corner as it is
+};
+
+/// The reference's settings as a processor's fields stand.
+reference::ScalerSettings ReadSettings(const VideoProcessor& processor, const Kernel& kernel);
+reference::Noise ReadNoise(const VideoProcessor& processor, const Kernel& kernel);
+
+/// Runs one frame with the settings as the fields stand; deblocking replaces the source.
+/// @return the dither level that the frame leaves behind.
+std::uint32_t RunReference(const VideoProcessor& processor, const Kernel& kernel, reference::StreamState& state,
+                           std::uint8_t* source, std::uint8_t* destination);
+
+/// What kernels may run on: a level, with its choice between forms or with the general ones only.
+struct KernelForms {
+  vidproc::Level level;
+  bool generalOnly;
+
+  std::string Name() const;
+};
+std::vector<KernelForms> AvailableForms();
+
+/// Kernels run on these forms while it lives.
+class FormsInUse {
+ public:
+  explicit FormsInUse(const KernelForms& forms);
+  ~FormsInUse();
+  FormsInUse(const FormsInUse&) = delete;
+  FormsInUse& operator=(const FormsInUse&) = delete;
+};
+
+/// One stream: a processor per level and the reference's state beside them.
+class Stream {
+ public:
+  explicit Stream(bool preProcessor);
+
+  void Configure(const Configuration& newConfiguration);
+  /// Off forgets what the motion gate remembered.
+  void SwitchMotionSmoothing(std::uint8_t on);
+  /// Runs one frame everywhere; false once anything differed (reported as a test failure with `label`).
+  bool Run(const Kernel& kernel, const FrameSettings& settings, Random& random, const std::string& label);
+
+ private:
+  struct Frames;
+
+  void Apply(const FrameSettings& settings);
+  void CompareState(const Kernel& kernel, const VideoProcessor& processor, const std::string& where) const;
+
+  VideoProcessor& First() const { return *processors.front(); }
+
+  std::vector<KernelForms> forms;
+  std::vector<Processor> processors;
+  reference::StreamState state;
+  std::uint32_t expectedDitherLevel = 0;
+  Configuration configuration;
+  std::vector<std::uint8_t> picture;  // packed source of the last frame
+};
+
+/// Settings drawn at random, weighted towards what differs between kernels.
+FrameSettings DrawFrameSettings(const Kernel& kernel, Random& random);
+
+}  // namespace testing_support
