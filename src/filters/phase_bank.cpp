@@ -31,21 +31,24 @@ bool LimitPeak(std::int16_t* begin, std::int16_t* end) {
 
 }  // namespace
 
-void DealPhase(const Prototype& prototype, int phase, int taps, int precisionBits, bool limitPeak,
-               std::int16_t* coefficients) {
-  const std::int32_t total = 1 << precisionBits;
-  const int used = phase == 0 ? taps - 1 : taps;
-  const double* samples = prototype + kPhases - phase;
-  double sum = 0.0;
-  for (int tap = 0; tap < used; ++tap) sum += samples[kPhases * tap];
-  for (int tap = 0; tap < used; ++tap) {
-    coefficients[tap] = static_cast<std::int16_t>(Truncate(total * samples[kPhases * tap] / sum + 0.5));
+void RoundSamples(const double* samples, int taps, std::int32_t total, std::int16_t* coefficients) {
+  const double sum = std::accumulate(samples, samples + taps, 0.0);
+  for (int tap = 0; tap < taps; ++tap) {
+    coefficients[tap] = static_cast<std::int16_t>(Truncate(total * samples[tap] / sum + 0.5));
   }
-  if (phase == 0) coefficients[taps - 1] = 0;
+}
 
-  const int centre = taps / 2 - 1;
-  const bool limited = limitPeak && phase != 0 && LimitPeak(coefficients, coefficients + taps);
-  const std::int32_t residue = total - std::accumulate(coefficients, coefficients + taps, std::int32_t{0});
+std::int32_t Residue(const std::int16_t* coefficients, int taps, std::int32_t total) {
+  return total - std::accumulate(coefficients, coefficients + taps, std::int32_t{0});
+}
+
+void QuantisePhase(const double* samples, int phase, int taps, int precisionBits, PeakRule peakRule,
+                   std::int16_t* coefficients) {
+  const std::int32_t total = 1 << precisionBits;
+  RoundSamples(samples, taps, total, coefficients);
+  const bool limited = peakRule == PeakRule::kAtMost100 && phase != 0 && LimitPeak(coefficients, coefficients + taps);
+  const std::int32_t residue = Residue(coefficients, taps, total);
+  const int centre = CentreTap(taps);
   if (phase == 0) {
     AddWrapped(coefficients[centre], residue);
   } else if (limited || phase == kPhases / 2) {

@@ -1,6 +1,6 @@
-// Polyphase banks from a continuous kernel. The kernel is sampled every sixteenth of a pixel (the prototype), and the
-// samples are dealt out to sixteen phases, scaled to integers that sum to 1 << precisionBits. Phase q serves an output
-// sample q/16 of a pixel after source sample n; its tap t weights source sample n - (taps / 2 - 1) + t.
+// Polyphase banks from a continuous kernel. Phase q serves an output sample q/16 of a pixel after source sample n; its
+// tap t weights source sample n + t - CentreTap(taps). Each phase samples the kernel at its taps and rounds the samples
+// to integers that sum to 1 << precisionBits.
 #pragma once
 
 #include <cfloat>
@@ -16,26 +16,51 @@ inline constexpr int kMaxTaps = 16;
 inline constexpr int kMaxPrecisionBits = 14;
 inline constexpr int kLanes = 8;
 
-/// Samples 1 to 16 x taps - 1 are in use; the peak is sample 8 x taps.
-using Prototype = double[kPhases * kMaxTaps];
+using Bank = std::int16_t[kPhases][kMaxTaps];
 
+/// Whether a bank with room for `maxTaps` taps can be designed with these.
 inline bool IsBankShape(int taps, int maxTaps, int precisionBits) {
   return taps >= 2 && taps <= maxTaps && taps % 2 == 0 && precisionBits >= 0 && precisionBits <= kMaxPrecisionBits;
 }
 
-/// Index of the peak when samples are counted from the first one in use, as the kernels of SamplePrototype count.
-inline double PeakPosition(int taps) { return 0.5 * (kPhases * taps - 2); }
+/// The tap of the source sample at which phase 0 lies.
+constexpr int CentreTap(int taps) { return taps / 2 - 1; }
 
-/// Samples kernel(i), i counted from the first sample in use. The peak is 1, so that kernels may be 0 / 0 there.
+/// The farthest distance at which SampleKernel samples, in sixteenths of a pixel.
+constexpr int KernelReach(int taps) { return kPhases / 2 * taps - 1; }
+
+/// Samples kernel(d) at the taps of a phase; d is the distance from the output sample in sixteenths of a pixel. At 0,
+/// where kernels may be 0 / 0, the sample is 1; beyond KernelReach it is 0.
 template <typename Kernel>
-void SamplePrototype(int taps, Kernel kernel, Prototype& prototype) {
-  const int peak = kPhases / 2 * taps;
-  for (int i = 0; i < kPhases * taps - 1; ++i) prototype[i + 1] = i + 1 == peak ? 1.0 : kernel(static_cast<double>(i));
+void SampleKernel(Kernel kernel, int phase, int taps, double* samples) {
+  for (int tap = 0; tap < taps; ++tap) {
+    const int d = kPhases * (tap - CentreTap(taps)) - phase;
+    samples[tap] = d == 0 ? 1.0 : d > KernelReach(taps) ? 0.0 : kernel(static_cast<double>(d));
+  }
 }
 
-/// Writes `taps` coefficients of one phase. With limitPeak a coefficient above 100 scales the whole phase down.
-void DealPhase(const Prototype& prototype, int phase, int taps, int precisionBits, bool limitPeak,
-               std::int16_t* coefficients);
+/// Scales samples to a sum of `total` and rounds each of them; their rounded sum may miss `total` by its residue.
+void RoundSamples(const double* samples, int taps, std::int32_t total, std::int16_t* coefficients);
+
+/// What the coefficients lack to `total`.
+std::int32_t Residue(const std::int16_t* coefficients, int taps, std::int32_t total);
+
+enum class PeakRule { kFree, kAtMost100 };
+
+/// Rounds the samples of a phase and adds the residue, so that they sum to 1 << precisionBits. With
+/// PeakRule::kAtMost100 a larger coefficient scales the whole phase down first, but for phase 0.
+void QuantisePhase(const double* samples, int phase, int taps, int precisionBits, PeakRule peakRule,
+                   std::int16_t* coefficients);
+
+/// Fills taps 0..taps - 1 of every phase.
+template <typename Kernel, int kRow>
+void DesignBank(Kernel kernel, int taps, int precisionBits, PeakRule peakRule, std::int16_t (*bank)[kRow]) {
+  for (int phase = 0; phase < kPhases; ++phase) {
+    double samples[kRow];
+    SampleKernel(kernel, phase, taps, samples);
+    QuantisePhase(samples, phase, taps, precisionBits, peakRule, bank[phase]);
+  }
+}
 
 /// Writes each of the first `taps` coefficients of every phase into eight lanes.
 template <int kRow>

@@ -2,7 +2,7 @@
 #include <algorithm>
 #include <initializer_list>
 
-#include "filters/scaler_config.h"
+#include "filters/resampling_bank.h"
 #include "frame/engine.h"
 #include "vidproc/video_processor.h"
 

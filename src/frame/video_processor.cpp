@@ -7,8 +7,8 @@
 #include <memory>
 #include <new>
 
-#include "filters/scaler_config.h"
 #include "frame/engine.h"
+#include "frame/filter_setup.h"
 #include "vidproc/cpu_level.h"
 
 namespace {
@@ -208,7 +208,7 @@ int VideoProcessor::SetFiles(char* inName, char* outName) {
 
 int VideoProcessor::SetEnhanceFilter(EnhanceFilterTypes type, unsigned int strength, unsigned int precisionBits,
                                      short gain, short offset) {
-  vidproc::filters::ConfigureScaler(*this, type, strength, precisionBits);
+  vidproc::SetUpFilters(*this, type, strength, precisionBits);
   if (ditherTable == nullptr) PostProcDitherNoiseLUTCreation(&ditherTable);
   InitLuminanceShiftTables(gain, offset);
 
