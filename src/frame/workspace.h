@@ -12,6 +12,7 @@
 
 namespace vidproc {
 
+/// Sides of the source and of the destination, in pixels, all below kMaxFrameSide.
 struct FrameSizes {
   std::uint64_t inWidth, inHeight, outWidth, outHeight;
   bool operator==(const FrameSizes&) const = default;
@@ -34,8 +35,8 @@ struct Workspace {
 
  private:
   std::unique_ptr<std::uint8_t[]> memory;
-  std::size_t memoryBytes = 0;
-  FrameSizes dealtFor{};
+  std::uint64_t memoryBytes = 0;
+  FrameSizes reservedFor{};
 };
 
 }  // namespace vidproc
