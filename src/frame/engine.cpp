@@ -133,7 +133,8 @@ std::uint8_t* Engine::SparePlace(VideoProcessor& p, const std::uint8_t* written,
 /// The source as it is, or a packed copy of it where writing the destination would change it.
 Engine::Rows Engine::SourceApart(VideoProcessor& p) {
   const std::uint64_t rowBytes = std::uint64_t{2} * p.inWidth;
-  if (!Overlap(p.srcFrame, SourceExtent(p), p.dstFrame, DestinationExtent(p))) return {p.srcFrame, p.inStride};
+  if (!Overlap(p.srcFrame, SourceExtent(p), p.dstFrame, DestinationExtent(p)))
+    return {p.srcFrame, static_cast<std::ptrdiff_t>(p.inStride)};
   std::uint8_t* const copy = SparePlace(p, p.dstFrame, DestinationExtent(p));
   CopyRows(p.srcFrame, p.inStride, copy, rowBytes, rowBytes, p.inHeight);
   return {copy, static_cast<std::ptrdiff_t>(rowBytes)};
@@ -236,7 +237,7 @@ void Engine::RunScaler(VideoProcessor& p, const ScalerTraits& traits) {
 void Engine::PassThrough(VideoProcessor& p) {
   const std::uint64_t rowBytes = std::uint64_t{2} * p.outWidth;
   const bool hasRoomForCopy = p.scratchA != nullptr && p.scratchB != nullptr && rowBytes * p.inHeight <= p.scratchBytes;
-  const Rows source = hasRoomForCopy ? SourceApart(p) : Rows{p.srcFrame, p.inStride};
+  const Rows source = hasRoomForCopy ? SourceApart(p) : Rows{p.srcFrame, static_cast<std::ptrdiff_t>(p.inStride)};
   CopyRows(source.start, static_cast<std::uint64_t>(source.stride), p.dstFrame, p.outStride, rowBytes, p.outHeight);
   if (p.workspace == nullptr && p.ditherTable != nullptr) ReserveWorkspace(p);
   if (NoiseField* const noise = StartFrameNoise(p, NoiseRule::kSizedByOutput)) {

@@ -64,8 +64,9 @@ int Engine::Go420(VideoProcessor& p, const FramePair420& frames, unsigned char p
   if (!IsUsable(frames.source, p.scratchBytes) || !IsUsable(frames.destination, p.scratchBytes)) return 0;
   p.srcFrame = reinterpret_cast<std::uint8_t*>(p.scratchB);
   p.dstFrame = reinterpret_cast<std::uint8_t*>(p.scratchA);
-  const SourcePlanes planes{frames.source.luma, frames.source.chroma, frames.source.lumaStride,
-                            frames.source.chromaStride};
+  const SourcePlanes planes{frames.source.luma, frames.source.chroma,
+                            static_cast<std::ptrdiff_t>(frames.source.lumaStride),
+                            static_cast<std::ptrdiff_t>(frames.source.chromaStride)};
   const bool fused = RunsPlainScaler(p, plainScaler) && ReadsPlanes(p, kPlainScaler, frames.source);
   if (fused) {
     p.workspace->planes = &planes;

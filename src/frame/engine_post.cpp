@@ -81,14 +81,14 @@ void Engine::RunTemporalFilter(VideoProcessor& p) {
   const std::uint8_t* source = p.srcFrame;
   const bool inPlace = source == working;
   if (p.temporalFirstFrame != 0) {
-    std::memmove(p.previousFrame, source, frameBytes);
-    if (packed) std::memmove(p.dstFrame, source, frameBytes);
+    std::memmove(p.previousFrame, source, static_cast<std::size_t>(frameBytes));
+    if (packed) std::memmove(p.dstFrame, source, static_cast<std::size_t>(frameBytes));
   } else {
     if (!inPlace && (Overlap(source, frameBytes, working, frameBytes) ||
                      Overlap(source, frameBytes, p.previousFrame, frameBytes))) {
       if (p.scratchA == nullptr || p.scratchB == nullptr || frameBytes > p.scratchBytes) return;
       std::uint8_t* const copy = SparePlace(p, working, frameBytes);
-      std::memmove(copy, source, frameBytes);
+      std::memmove(copy, source, static_cast<std::size_t>(frameBytes));
       source = copy;
     }
     TemporalJob job{};

@@ -1,6 +1,7 @@
 // Frames as pieces of memory: how far they reach, whether two of them overlap, and their rows copied.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <cstring>
 
@@ -27,7 +28,9 @@ inline bool Overlap(const std::uint8_t* a, std::uint64_t aBytes, const std::uint
 
 inline void CopyRows(const std::uint8_t* from, std::uint64_t fromStride, std::uint8_t* to, std::uint64_t toStride,
                      std::uint64_t rowBytes, std::uint32_t rows) {
-  for (std::uint32_t r = 0; r < rows; ++r) std::memmove(to + r * toStride, from + r * fromStride, rowBytes);
+  for (std::uint32_t r = 0; r < rows; ++r) {
+    std::memmove(to + r * toStride, from + r * fromStride, static_cast<std::size_t>(rowBytes));
+  }
 }
 
 }  // namespace vidproc

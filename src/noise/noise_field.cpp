@@ -43,7 +43,7 @@ void AddNoiseWhole(NoiseField& field, std::uint8_t* base, std::uint64_t rowBytes
     for (std::uint64_t b = 0; b < end;) {
       const std::uint64_t rest = rowBytes - std::max((from + b) % rowBytes, (to + b) % rowBytes);
       const std::uint64_t count = std::min({end - b, rest, kSourceDistance});
-      if (from != to) std::memcpy(at(to + b), at(from + b), count);
+      if (from != to) std::memcpy(at(to + b), at(from + b), static_cast<std::size_t>(count));
       Kernels().addNoiseToRow(noise, field.blockPosition, at(to + b), static_cast<std::uint32_t>(b),
                               static_cast<std::uint32_t>(b + count));
       b += count;

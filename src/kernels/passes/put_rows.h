@@ -17,7 +17,7 @@ inline void PutRows(const ScaleJob& job, int firstRow, int rowCount, const Make&
   std::uint8_t* const rows = viaStrip ? job.strip.outRows : destination;
   make(rows, viaStrip ? rowBytes : job.destinationStride);
   if (job.noise == nullptr) return;
-  const auto bytes = static_cast<std::uint64_t>(rowBytes);
+  const auto bytes = static_cast<std::size_t>(rowBytes);
   AddNoise(*job.noise, rows, static_cast<std::uint64_t>(firstRow) * bytes,
            static_cast<std::uint64_t>(rowCount) * bytes);
   if (!viaStrip) return;
