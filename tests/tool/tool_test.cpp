@@ -103,6 +103,40 @@ TEST_F(ToolTest, NamesTheFileThatItCannotReadOrWrite) {
   EXPECT_EQ(Listing().size(), files) << "a failed run left something behind";
 }
 
+TEST_F(ToolTest, NeverWritesOnTopOfItsInput) {
+  ASSERT_EQ(Tool("pre " + kScene + " -o in.y4m").status, 0);
+  ASSERT_EQ(Tool("post in.y4m -o in.png").status, 0);
+  fs::create_symlink("in.y4m", directory / "symbolic.y4m");
+  fs::create_symlink("in.png", directory / "symbolic.png");
+  fs::create_hard_link(directory / "in.y4m", directory / "hard.y4m");
+  const std::string clip = File("in.y4m");
+  const std::string picture = File("in.png");
+  const struct {
+    const char* arguments;
+    std::vector<std::string> words;
+  } cases[] = {
+      {"pre in.y4m -o in.y4m", {"-o", "in.y4m", "read"}},
+      {"pre ./in.y4m -o $PWD/in.y4m", {"-o", "in.y4m"}},
+      {"pre in.y4m -o symbolic.y4m", {"-o", "symbolic.y4m"}},
+      {"pre symbolic.y4m -o in.y4m", {"-o", "in.y4m"}},
+      {"pre in.y4m -o hard.y4m", {"-o", "hard.y4m"}},
+      {"pre - -o in.y4m <in.y4m", {"-o", "in.y4m"}},
+      {"pre in.y4m -o - 1<>in.y4m", {"-o", "standard output"}},
+      {"post in.png -o symbolic.png", {"-o", "symbolic.png"}},
+      {"nv12 in.y4m --md5 --stats in.y4m", {"--stats", "in.y4m"}},
+      {"post in.y4m --md5 >>hard.y4m", {"--md5", "standard output"}},
+      {"post in.png --md5 --compare in.png", {"--compare", "in.png"}},
+      {"exposure in.png --plot symbolic.png", {"--plot", "symbolic.png"}},
+      {"exposure in.y4m --json >>in.y4m", {"exposure", "standard output"}},
+  };
+  for (const auto& one : cases) {
+    SCOPED_TRACE(one.arguments);
+    ExpectComplaint(Tool(one.arguments), 2, one.words);
+    ASSERT_EQ(File("in.y4m"), clip);
+    ASSERT_EQ(File("in.png"), picture);
+  }
+}
+
 TEST_F(ToolTest, RefusesTruncatedInputAndKeepsTheOldOutput) {
   ASSERT_EQ(Tool("pre " + kScene + " -o whole.y4m").status, 0);
   ASSERT_EQ(Tool("pre " + kScene + " -o whole.mkv").status, 0);

@@ -36,6 +36,14 @@ void GiveUsualPermissions(int descriptor) {
 
 std::string OutputName(const std::string& path) { return path == "-" ? "standard output" : path; }
 
+bool IsSameFile(const std::string& input, const std::string& result) {
+  struct stat in {
+  }, out{};
+  if ((input == "-" ? fstat(STDIN_FILENO, &in) : stat(input.c_str(), &in)) != 0) return false;
+  if ((result == "-" ? fstat(STDOUT_FILENO, &out) : stat(result.c_str(), &out)) != 0) return false;
+  return S_ISREG(in.st_mode) && in.st_dev == out.st_dev && in.st_ino == out.st_ino;
+}
+
 InputFile::InputFile(const std::string& path)
     : name(path == "-" ? "standard input" : path), file(path == "-" ? stdin : std::fopen(path.c_str(), "rb")) {
   if (!file) throw CannotRead(name, std::strerror(errno));

@@ -14,6 +14,10 @@ namespace vidproc::tool {
 /// How messages call a path: "-" is standard output.
 std::string OutputName(const std::string& path);
 
+/// True where the input's path and a result's lead to one regular file, whatever links lie between; "-" is standard
+/// input and standard output.
+bool IsSameFile(const std::string& input, const std::string& result);
+
 class InputFile {
  public:
   /// "-" reads standard input. Throws ToolError.

@@ -242,7 +242,12 @@ void AddOthers(CLI::App& app, Options& options) {
   AddCpu(info, options.cpu);
 }
 
-/// Every result goes to a place of its own, and the endings of names are true.
+void RefuseTheInput(const InputOptions& input, const std::string& option, const std::string& path) {
+  if (input.path.empty() || !IsSameFile(input.path, path)) return;
+  throw BadUsage(option, OutputName(path) + " is the file that is read");
+}
+
+/// Every result goes to a place of its own, none to the input's, and the endings of names are true.
 void CheckResults(const Options& options) {
   const OutputOptions& output = options.output;
   const struct {
@@ -262,10 +267,13 @@ void CheckResults(const Options& options) {
     const std::string place = path == "-" ? path : std::filesystem::absolute(path).lexically_normal().string();
     const auto [other, isNew] = takenBy.try_emplace(place, option);
     if (!isNew) throw BadUsage(option, OutputName(path) + " is taken by " + other->second);
+    RefuseTheInput(options.input, option, path);
     if (isPicture && path != "-" && !path.ends_with(".png")) {
       throw BadUsage(option, path + ": the name must end in .png");
     }
   }
+  if (output.md5) RefuseTheInput(options.input, "--md5", "-");
+  if (options.command == Command::kExposure) RefuseTheInput(options.input, "exposure", "-");
   if (!output.path.empty()) CheckOutputName(output.path, LayoutOf(options.command));
 }
 
