@@ -34,15 +34,34 @@ InstallPackages() {
     Say "(sudo may ask for your password)"
     asRoot=(sudo)
   fi
-  Quietly "${asRoot[@]}" apt-get update
-  Quietly "${asRoot[@]}" env DEBIAN_FRONTEND=noninteractive apt-get install -y --no-install-recommends "${missing[@]}"
+  # Another package manager's locks are waited for: apt-get has an option for one of the two.
+  AptUpdate "${asRoot[@]}"
+  Quietly "${asRoot[@]}" env DEBIAN_FRONTEND=noninteractive apt-get -o DPkg::Lock::Timeout=600 install -y \
+    --no-install-recommends "${missing[@]}"
 }
 
-# Quietly COMMAND...: runs it without input and shows its output only when it fails; what a build leaves out, always.
+# AptUpdate [sudo]: refreshes the package lists; tries again for ten minutes while somebody else holds their lock.
+AptUpdate() {
+  local log status end=$((SECONDS + 600))
+  log=$(mktemp)
+  while true; do
+    status=0
+    LC_ALL=C "$@" apt-get update </dev/null 2>&1 | Watch 3>&1 >"$log" || status=$?
+    ((status && SECONDS < end)) && grep -q 'Could not get lock' "$log" || break
+    Say "    waiting for another package manager to finish"
+    sleep 10
+  done
+  ((status == 0)) || tail -n 20 "$log" >&2
+  rm -f "$log"
+  return "$status"
+}
+
+# Quietly COMMAND...: runs it without input and shows its output only when it fails; what a build leaves out, always, and
+# every 15 seconds how far it has come.
 Quietly() {
   local log status=0
   log=$(mktemp)
-  "$@" </dev/null >"$log" 2>&1 || status=$?
+  "$@" </dev/null 2>&1 | Watch 3>&1 >"$log" || status=$?
   sed -n 's/^-- \(Left out\)/    \1/p' "$log"
   if ((status)); then
     tail -n 60 "$log" >&2
@@ -50,6 +69,22 @@ Quietly() {
   fi
   rm -f "$log"
   return "$status"
+}
+
+# Watch: copies its input to its output, and says on descriptor 3 every 15 seconds what the last line was.
+Watch() {
+  local line last='' end=0 begin=$SECONDS told=$SECONDS
+  while ((end == 0 || end > 128)); do  # above 128: nothing came for a second
+    end=0
+    IFS= read -r -t 1 line || end=$?
+    printf '%s' "$line"
+    ((end)) || printf '\n'
+    [[ -z $line ]] || last=$line
+    ((SECONDS - told >= 15)) || continue
+    told=$SECONDS
+    printf '    %4d s  %.100s\n' $((SECONDS - begin)) "$last" >&3
+  done
+  [[ -z $line ]] || printf '\n'
 }
 
 # Build DIRECTORY TARGET OPTION...: configures with the options and builds one target. A directory that somebody has
