@@ -1,0 +1,40 @@
+// Banks of the interface's scaler, by filter, ratio and taps. A flat field stays flat and nothing drifts: every phase
+// sums to exactly 1 << precisionBits, phase 16 - q mirrors phase q, and phases 0 and 8 are symmetric.
+#pragma once
+
+#include <cstdint>
+
+#include "filters/phase_bank.h"
+#include "filters/resampling_bank.h"
+
+namespace vidproc::filters {
+
+enum class ScalingKernel {
+  kAutomatic,  ///< chosen by ratio and taps, see automatic_filter.cpp
+  kIdentity,   ///< phase 0 leaves the samples as they are
+  kBilinear,   ///< these five are widened on downscales
+  kCatmullRom,
+  kMitchell,
+  kLanczos,    ///< of three lobes; of two with 4 taps
+  kArea,       ///< mean of the covered samples; upscales are bilinear
+  kDescribed,  ///< ScalingFilter::described, whatever the ratio
+};
+
+inline constexpr std::uint32_t kMaxSharpening = 16;
+
+struct ScalingFilter {
+  ScalingKernel kernel = ScalingKernel::kAutomatic;
+  ResamplingKernel described = {};  ///< of kDescribed only
+  std::uint32_t sharpening = 0;     ///< sixteenths of (2, -1 on both sides) added to each sample; 0..kMaxSharpening
+};
+
+/// Fills a whole bank: taps 0..taps - 1 of every phase, zeros behind them. Tap t of a phase weights source sample
+/// n + t - CentreTap(taps); phase 0 leaves its last tap 0. `up`:`down` is the ratio of the step (output size to input
+/// size, positive, need not be reduced), `taps` 4, 8 or 16, `precisionBits` 6 or 7. False, with the bank untouched, for
+/// anything else. kept: the phases of a described kernel that is not sharpened may miss their sum by one.
+bool DesignScalingBank(const ScalingFilter& filter, int up, int down, int taps, int precisionBits, Bank& bank);
+
+/// Whether every coefficient of a phase lies in -127..127; one tap alone may be 128.
+bool FitsSignedBytes(const std::int16_t* phase, int taps);
+
+}  // namespace vidproc::filters
