@@ -1,7 +1,6 @@
 // What every frame passes on its way to a kernel: checks against the buffers, the job, noise, and the pass-through.
 #include "frame/engine.h"
 
-#include <ctime>
 #include <new>
 
 #include "frame/frame_memory.h"
@@ -110,19 +109,8 @@ bool Engine::MayScale(VideoProcessor& p, const ScalerTraits& traits) {
 }
 
 NoiseField* Engine::StartFrameNoise(VideoProcessor& p, NoiseRule rule) {
-  if (rule == NoiseRule::kNone) return nullptr;
-  const bool sizedByOutput = rule == NoiseRule::kSizedByOutput;
-  const bool isOff = p.ditherLevel == 0 || (sizedByOutput && static_cast<std::int32_t>(p.ditherLevel) < 0);
-  if (isOff) return nullptr;
-  if (p.ditherLevel > kNoiseStrengths) p.ditherLevel = kNoiseStrengths;
-  if (p.ditherTable == nullptr || p.workspace == nullptr) return nullptr;
-  const auto seed =
-      p.ditherSeed == -1 ? static_cast<std::uint32_t>(std::clock()) : static_cast<std::uint32_t>(p.ditherSeed);
-  const std::uint32_t width = sizedByOutput ? p.outWidth : p.inWidth;
-  const std::uint32_t height = sizedByOutput ? p.outHeight : p.inHeight;
-  const std::uint32_t pitch = 2 * ((width + 15) & ~15u);
-  StartNoise(p.workspace->noise, p.ditherTable, p.ditherLevel, seed & 0xFF, pitch, width, height);
-  return &p.workspace->noise;
+  NoiseField* const field = p.workspace == nullptr ? nullptr : &p.workspace->noise;
+  return vidproc::StartFrameNoise(p, rule, field) ? field : nullptr;
 }
 
 std::uint8_t* Engine::SparePlace(VideoProcessor& p, const std::uint8_t* written, std::uint64_t bytes) {

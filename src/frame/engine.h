@@ -7,6 +7,7 @@
 #include "frame/bank_listing.h"
 #include "frame/frame420.h"
 #include "frame/workspace.h"
+#include "noise/frame_noise.h"
 #include "vidproc/video_processor.h"
 
 namespace vidproc {
@@ -15,12 +16,6 @@ struct KernelTable;
 
 /// Levels up to this leave the picture as it is.
 inline constexpr std::uint8_t kDeblockAbove = 20;
-
-enum class NoiseRule {
-  kNone,
-  kSizedByInput,   ///< kept: the pre-processor lays its noise out by the input frame
-  kSizedByOutput,  ///< the post-processor; its level is signed, below 1 is none
-};
 
 /// What tells one scaling kernel from another, seen from outside; the plain scaler's unless stated.
 struct ScalerTraits {

@@ -26,18 +26,4 @@ struct NoiseField {
   signed char noise[2 * kNoiseTileCells];
 };
 
-/// Writes the tile of `strength` of a dither table as it is added to frame bytes.
-void SpreadNoiseTile(const signed char* table, unsigned strength, signed char* noise);
-
-/// Lays out noise of `strength` (1..12) from a dither table.
-/// @param pitch  in bytes; AddNoise asks for less than 65536, AddNoiseWhole takes any.
-/// @param width  in pixels; kept: width and height count modulo 65536, and so does the width rounded up to 16.
-void StartNoise(NoiseField& field, const signed char* table, unsigned strength, unsigned seed, std::uint32_t pitch,
-                std::uint32_t width, std::uint32_t height);
-
-/// Adds the noise to a whole frame whose linear byte o lies at base + o / rowBytes * stride + o % rowBytes; only the
-/// first frameBytes linear bytes are read or changed. For any pitch; from 65536 upwards a row's source lies elsewhere.
-void AddNoiseWhole(NoiseField& field, std::uint8_t* base, std::uint64_t rowBytes, std::uint64_t stride,
-                   std::uint64_t frameBytes);
-
 }  // namespace vidproc

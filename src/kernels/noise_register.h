@@ -5,16 +5,14 @@
 #include <cstdint>
 
 #include "kernels/noise_field.h"
-#include "vidproc/video_processor.h"
 
 namespace vidproc {
 namespace {
 
-/// The state that a seed starts from; only its low 8 bits count.
-inline std::uint32_t FirstNoiseState(unsigned seed) { return LFSR_SEED_TABLE[seed & 0xFF] & 0x7FFFFFFFu; }
+constexpr std::uint32_t kNoiseRegisterMask = 0x7FFFFFFF;
 
 inline std::uint32_t StepNoiseRegister(std::uint32_t state) {
-  return (state << 1 & 0x7FFFFFFFu) | ((state >> 30 ^ state >> 27) & 1u);
+  return (state << 1 & kNoiseRegisterMask) | ((state >> 30 ^ state >> 27) & 1u);
 }
 
 /// Draws the patches of a band, one per block: even rows and columns in fours, 0..48, so that all 16 x 16 bytes of a

@@ -10,8 +10,8 @@
 #include <memory>
 
 #include "kernels/kernel_table.h"
-#include "kernels/noise_field.h"
 #include "kernels/noise_register.h"
+#include "noise/frame_noise.h"
 #include "vidproc/video_processor.h"
 
 namespace {
@@ -44,6 +44,17 @@ signed char Scaled(int r, int strength) {
   return static_cast<signed char>(sum);
 }
 
+/// Copies a row and adds the noise, block by block where it is written over the rest of its own source.
+void CopyRowWithNoise(const unsigned char* from, unsigned char* to, std::uint32_t rowBytes, const signed char* noise,
+                      const std::uint16_t* blockPosition) {
+  const std::size_t distance = reinterpret_cast<std::uintptr_t>(to) - reinterpret_cast<std::uintptr_t>(from);
+  const std::uint32_t piece = distance > 0 && distance < rowBytes ? vidproc::kNoiseBlockBytes : rowBytes;
+  for (std::uint32_t b = 0; b < rowBytes; b += piece) {
+    if (distance != 0) std::memmove(to + b, from + b, piece);
+    vidproc::Kernels().addNoiseToRow(noise, blockPosition, to + b, b, b + piece);
+  }
+}
+
 }  // namespace
 
 int VideoProcessor::PostProcDitherNoiseLUTCreation(signed char** table) {
@@ -67,8 +78,7 @@ int VideoProcessor::PostProcDitherNoiseLUTCreation(signed char** table) {
 int VideoProcessor::PostProcDitherNoiseUpon2VUY(unsigned char* source, unsigned char* destination, unsigned int pitch,
                                                 unsigned short width, unsigned short height, unsigned int seed,
                                                 unsigned short /*unused*/, unsigned char strength, signed char* table) {
-  // kept: the rounded width wraps at 16 bits.
-  const std::uint32_t blocks = ((width + 15u) & 0xFFFF) / vidproc::kNoiseBlockSize;
+  const std::uint32_t blocks = vidproc::NoiseBlocksPerRow(width);
   const auto noiseBlkPosPtr = Allocate<std::uint16_t>(blocks, "noiseBlkPosPtr");
   if (noiseBlkPosPtr == nullptr) return -1;
   const auto prngByLFSRPtr = Allocate<std::uint32_t>(1, "prngByLFSRPtr");
@@ -83,19 +93,12 @@ int VideoProcessor::PostProcDitherNoiseUpon2VUY(unsigned char* source, unsigned 
   signed char noise[2 * kNoiseTileCells];
   vidproc::SpreadNoiseTile(table, strength, noise);
   *prngByLFSRPtr = vidproc::FirstNoiseState(seed);
-  const std::uint32_t rowBytes = blocks * vidproc::kNoiseBlockBytes;
   for (std::size_t y = 0; y < height; ++y) {
-    if (y % vidproc::kNoiseBlockSize == 0) vidproc::DrawNoiseBand(*prngByLFSRPtr, noiseBlkPosPtr.get(), blocks);
-    const unsigned char* from = source + y * (pitch & 0xFFFF);  // kept: the source advances by 16 bits of the pitch
-    unsigned char* to = destination + y * pitch;
-    // Block by block where a row is written over the rest of its own source.
-    const std::size_t distance = reinterpret_cast<std::uintptr_t>(to) - reinterpret_cast<std::uintptr_t>(from);
-    const std::uint32_t piece = distance > 0 && distance < rowBytes ? vidproc::kNoiseBlockBytes : rowBytes;
-    for (std::uint32_t b = 0; b < rowBytes; b += piece) {
-      if (distance != 0) std::memmove(to + b, from + b, piece);
-      vidproc::Kernels().addNoiseToRow(noise + y % vidproc::kNoiseBlockSize * vidproc::kNoiseTileRowBytes,
-                                       noiseBlkPosPtr.get(), to + b, b, b + piece);
-    }
+    const std::size_t rowOfBand = y % vidproc::kNoiseBlockSize;
+    if (rowOfBand == 0) vidproc::DrawNoiseBand(*prngByLFSRPtr, noiseBlkPosPtr.get(), blocks);
+    // kept: the source advances by 16 bits of the pitch
+    CopyRowWithNoise(source + y * (pitch & 0xFFFF), destination + y * pitch, blocks * vidproc::kNoiseBlockBytes,
+                     noise + rowOfBand * vidproc::kNoiseTileRowBytes, noiseBlkPosPtr.get());
   }
   return 0;
 }

@@ -11,7 +11,7 @@
 #include <vector>
 
 #include "kernels/kernel_table.h"
-#include "kernels/noise_field.h"
+#include "noise/frame_noise.h"
 #include "support/failing_malloc.h"
 #include "support/kernel_harness.h"
 

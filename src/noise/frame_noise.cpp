@@ -1,13 +1,32 @@
-// Common code of the dither noise: setting up a frame's noise, and its form for rows of 64 KB and more.
-#include "kernels/noise_field.h"
+#include "noise/frame_noise.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <cstring>
+#include <ctime>
 
 #include "kernels/kernel_table.h"
 #include "kernels/noise_register.h"
+#include "vidproc/video_processor.h"
 
 namespace vidproc {
+
+bool StartFrameNoise(VideoProcessor& p, NoiseRule rule, NoiseField* field) {
+  if (rule == NoiseRule::kNone) return false;
+  const bool sizedByOutput = rule == NoiseRule::kSizedByOutput;
+  const bool isOff = p.ditherLevel == 0 || (sizedByOutput && static_cast<std::int32_t>(p.ditherLevel) < 0);
+  if (isOff) return false;
+  if (p.ditherLevel > kNoiseStrengths) p.ditherLevel = kNoiseStrengths;
+  if (p.ditherTable == nullptr || field == nullptr) return false;
+  const auto seed = static_cast<unsigned>(p.ditherSeed == -1 ? std::clock() : p.ditherSeed);
+  const std::uint32_t width = sizedByOutput ? p.outWidth : p.inWidth;
+  const std::uint32_t height = sizedByOutput ? p.outHeight : p.inHeight;
+  const std::uint32_t pitch = 2 * ((width + 15) & ~15u);
+  StartNoise(*field, p.ditherTable, p.ditherLevel, seed, pitch, width, height);
+  return true;
+}
+
+std::uint32_t FirstNoiseState(unsigned seed) { return LFSR_SEED_TABLE[seed & 0xFF] & kNoiseRegisterMask; }
 
 void SpreadNoiseTile(const signed char* table, unsigned strength, signed char* noise) {
   const signed char* tile = table + (strength - 1) * kNoiseTileCells;
@@ -21,7 +40,7 @@ void StartNoise(NoiseField& field, const signed char* table, unsigned strength, 
                 std::uint32_t width, std::uint32_t height) {
   field.lfsr = FirstNoiseState(seed);
   field.pitch = pitch;
-  field.blocksPerRow = ((width + 15) & 0xFFFF) / kNoiseBlockSize;
+  field.blocksPerRow = NoiseBlocksPerRow(width);
   field.rows = height & 0xFFFF;
   field.nextBand = 0;
   SpreadNoiseTile(table, strength, field.noise);
