@@ -20,7 +20,7 @@ ScaleGeometry GeometryOf(const VideoProcessor& p, const ScalerTraits& traits) {
           traits.horizontalTaps,
           traits.verticalTaps,
           traits.precisionBits,
-          GeneralFormsOnly() ? RowFormShape{} : Kernels().rowForm};
+          GeneralFormsOnly() ? ByteRowShape{} : Kernels().byteRowShape};
 }
 
 }  // namespace
@@ -160,7 +160,7 @@ ScaleJob Engine::MakeScaleJob(VideoProcessor& p, const ScalerTraits& traits) {
   job.verticalBank = &plan.verticalBank;
   job.horizontalBank = &plan.horizontalBank;
   job.horizontal = &plan.horizontal;
-  job.rowPlan = plan.rowPlan;
+  job.byteRowPlan = plan.byteRowPlan;
   // From shifts of 8 on (adaptive 9, temporal shift 8) large differences regain weight, in 16-bit lanes only.
   const bool blendsInBytes = !traits.hasHistory || (p.temporalShift < 8 && p.temporalStrength < 128);
   job.adaptsInBytes = plan.adaptsInBytes && p.adaptive >= 1 && p.adaptive <= 8 && blendsInBytes;
@@ -176,19 +176,19 @@ ScaleJob Engine::MakeScaleJob(VideoProcessor& p, const ScalerTraits& traits) {
     job.firstFrame = p.temporalFirstFrame != 0;
   }
   if (traits.smoothsMotion) {
-    job.motionColumns = reinterpret_cast<std::int16_t*>(p.smoothingBufferLarge);
+    job.previousVertical = reinterpret_cast<std::int16_t*>(p.smoothingBufferLarge);
   }
   return job;
 }
 
-void Engine::PlaceMotionRows(VideoProcessor& p, ScaleJob& job) {
+void Engine::PlacePreviousInput(VideoProcessor& p, ScaleJob& job) {
   const std::uint64_t rowBytes = std::uint64_t{2} * p.inWidth;
-  job.motionRows = p.smoothingBufferSmall;
-  job.motionRowPitch = static_cast<std::ptrdiff_t>(rowBytes);
+  job.previousInput = p.smoothingBufferSmall;
+  job.previousInputStride = static_cast<std::ptrdiff_t>(rowBytes);
   if (rowBytes >= kMinRowBytes) return;
-  CopyRows(p.smoothingBufferSmall, rowBytes, p.workspace->narrowMotionRows, kMinRowBytes, rowBytes, p.outHeight);
-  job.motionRows = p.workspace->narrowMotionRows;
-  job.motionRowPitch = kMinRowBytes;
+  CopyRows(p.smoothingBufferSmall, rowBytes, p.workspace->narrowPreviousInput, kMinRowBytes, rowBytes, p.outHeight);
+  job.previousInput = p.workspace->narrowPreviousInput;
+  job.previousInputStride = kMinRowBytes;
 }
 
 void Engine::RunScaler(VideoProcessor& p, const ScalerTraits& traits) {
@@ -200,17 +200,17 @@ void Engine::RunScaler(VideoProcessor& p, const ScalerTraits& traits) {
   const bool wholeFrameNoise = noise != nullptr && noise->pitch > 0xFFFF;
   job.noise = wholeFrameNoise ? nullptr : noise;
 
-  const auto rememberRows = [&] {
+  const auto refreshPreviousInput = [&] {
     const std::uint64_t rowBytes = std::uint64_t{2} * p.inWidth;
     CopyRows(job.source, static_cast<std::uint64_t>(job.sourceStride), p.smoothingBufferSmall, rowBytes, rowBytes,
              p.inHeight);
   };
   if (traits.smoothsMotion) {
-    if (job.firstFrame) rememberRows();
-    PlaceMotionRows(p, job);
+    if (job.firstFrame) refreshPreviousInput();
+    PlacePreviousInput(p, job);
   }
   (Kernels().*traits.kernel)(job);
-  if (traits.smoothsMotion) rememberRows();
+  if (traits.smoothsMotion) refreshPreviousInput();
 
   if (wholeFrameNoise) {
     const std::uint64_t rowBytes = std::uint64_t{2} * p.outWidth;

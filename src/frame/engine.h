@@ -44,7 +44,8 @@ struct Engine {
   static void RunPostProcessor(VideoProcessor& processor, const ScalerTraits& traits);
   static void RunTemporalFilter(VideoProcessor& processor);
   static void RunDeblocking(VideoProcessor& processor);
-  /// Whether the next frame goes through the row form of `traits`, which can read planes of these sizes directly.
+  /// Whether the next frame goes through the byte row scaler of `traits`, which can read planes of these sizes
+  /// directly.
   static bool ReadsPlanes(VideoProcessor& processor, const ScalerTraits& traits, const Frame420& planes);
   static int Go420(VideoProcessor& processor, const FramePair420& frames, unsigned char plainScaler);
 
@@ -66,8 +67,8 @@ struct Engine {
   static NoiseField* StartFrameNoise(VideoProcessor& processor, NoiseRule rule);
   /// Where a source that its destination overlaps is copied first: the scratch buffer that is not being written.
   static std::uint8_t* SparePlace(VideoProcessor& processor, const std::uint8_t* written, std::uint64_t bytes);
-  /// The remembered rows, in places where vectors may read past their end.
-  static void PlaceMotionRows(VideoProcessor& processor, ScaleJob& job);
+  /// The previous input, in a place where vectors may read past their end.
+  static void PlacePreviousInput(VideoProcessor& processor, ScaleJob& job);
   static void PassThrough(VideoProcessor& processor);
   static bool ReserveWorkspace(VideoProcessor& processor);
 };

@@ -56,7 +56,7 @@ void Unstage(const Frame420& planes, std::uint8_t* frame) {
 bool Engine::ReadsPlanes(VideoProcessor& p, const ScalerTraits& traits, const Frame420& planes) {
   if (planes.width < kMinRowBytes || planes.width != p.inWidth || planes.height != p.inHeight) return false;
   if (!MayScale(p, traits)) return false;
-  return UpdatePlan(p, traits).rowPlan != nullptr;
+  return UpdatePlan(p, traits).byteRowPlan != nullptr;
 }
 
 int Engine::Go420(VideoProcessor& p, const FramePair420& frames, unsigned char plainScaler) {

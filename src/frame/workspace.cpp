@@ -35,13 +35,13 @@ void AllocateAll(Arena& arena, const FrameSizes& sizes, Workspace& workspace) {
   arena.Allocate(strip.columns, kValues * (2 * sizes.inWidth + 2 * kEdgeColumns + kRowSlack));
   arena.Allocate(strip.outColumns, kMaxStripRows * (2 * sizes.outWidth + kRowSlack));
   arena.Allocate(strip.outRows, kMaxStripRows * (2 * sizes.outWidth + kRowSlack));
-  arena.Allocate(strip.motionColumns, kMaxStripRows * (2 * sizes.outWidth + kRowSlack));
+  arena.Allocate(strip.previousVerticalPiece, kMaxStripRows * (2 * sizes.outWidth + kRowSlack));
   arena.Allocate(workspace.planMemory.rows, sizes.outHeight);
   arena.Allocate(workspace.planMemory.columns, sizes.outWidth);
-  arena.Allocate(workspace.planMemory.rowPatterns, RowPlanBytes(sizes.outWidth));
+  arena.Allocate(workspace.planMemory.rowPatterns, ByteRowPlanBytes(sizes.outWidth));
   const bool narrow = 2 * sizes.inWidth < kMinRowBytes;
   arena.Allocate(workspace.narrowRows, narrow ? sizes.inHeight * kMinRowBytes : 0);
-  arena.Allocate(workspace.narrowMotionRows, narrow ? sizes.outHeight * kMinRowBytes : 0);
+  arena.Allocate(workspace.narrowPreviousInput, narrow ? sizes.outHeight * kMinRowBytes : 0);
   arena.Allocate(workspace.deblockRows, 3 * (2 * sizes.inWidth + kRowSlack));
   arena.Allocate(workspace.deblockSources, sizes.inWidth);
 }

@@ -24,10 +24,10 @@ struct Workspace {
 
   StripMemory strip{};
   ScalePlan::Memory planMemory{};
-  std::uint8_t* narrowRows = nullptr;        ///< inHeight rows of kMinRowBytes, for rows that are shorter
-  std::uint8_t* narrowMotionRows = nullptr;  ///< outHeight rows of the same pitch
-  std::uint8_t* deblockRows = nullptr;       ///< the three rows above a strip
-  std::int32_t* deblockSources = nullptr;    ///< one per column
+  std::uint8_t* narrowRows = nullptr;           ///< inHeight rows of kMinRowBytes, for rows that are shorter
+  std::uint8_t* narrowPreviousInput = nullptr;  ///< outHeight rows of the same pitch
+  std::uint8_t* deblockRows = nullptr;          ///< the three rows above a strip
+  std::int32_t* deblockSources = nullptr;       ///< one per column
   ScalePlan plan;
   NoiseField noise{};
   const SourcePlanes* planes = nullptr;  ///< what the next plain scaling reads in place of the source frame

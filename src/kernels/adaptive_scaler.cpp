@@ -10,6 +10,6 @@
 
 namespace vidproc::VIDPROC_TARGET {
 
-void AdaptiveScale(const ScaleJob& job) { ScaleAdaptively<4, 8, AlwaysOpen, AlwaysOpen>(job); }
+void AdaptiveScale(const ScaleJob& job) { ScaleAdaptively<4, 8, NoMotionTest, NoMotionTest>(job); }
 
 }  // namespace vidproc::VIDPROC_TARGET

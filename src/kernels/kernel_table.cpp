@@ -7,9 +7,9 @@ namespace vidproc::VIDPROC_TARGET {
 
 constinit const KernelTable kKernels = {
 #if VIDPROC_HAS_BYTE_OPS
-    .rowForm = {kVectorBytes, kWindowBytes},
+    .byteRowShape = {kVectorBytes, kWindowBytes},
 #else
-    .rowForm = {0, 0},
+    .byteRowShape = {0, 0},
 #endif
     .plainScale = PlainScale,
     .plainScaleWithLumaShift = PlainScaleWithLumaShift,

@@ -4,6 +4,8 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "kernels/byte_row_plan.h"
+
 namespace vidproc {
 
 struct ScaleJob;
@@ -14,16 +16,9 @@ struct BlockRow;
 struct BlockComparisons;
 struct BlockTotals;
 
-/// Widths that a level's row form works in; 0 where it has none.
-struct RowFormShape {
-  std::int32_t vectorBytes;
-  std::int32_t windowBytes;  ///< reach of one byte shuffle
-  bool operator==(const RowFormShape&) const = default;
-};
-
 /// A level's entry points. The structures that they read and write are defined beside the kernels.
 struct KernelTable {
-  RowFormShape rowForm;
+  ByteRowShape byteRowShape;
   void (*plainScale)(const ScaleJob&);
   void (*plainScaleWithLumaShift)(const ScaleJob&);
   void (*adaptiveScale)(const ScaleJob&);

@@ -8,8 +8,6 @@
 
 namespace vidproc::VIDPROC_TARGET {
 
-void MotionSmoothingScale(const ScaleJob& job) {
-  ScaleAdaptively<4, 8, OpenWhereRowIsStill, OpenWhereColumnIsStill>(job);
-}
+void MotionSmoothingScale(const ScaleJob& job) { ScaleAdaptively<4, 8, RowMotionTest, ColumnMotionTest>(job); }
 
 }  // namespace vidproc::VIDPROC_TARGET

@@ -8,7 +8,7 @@
 namespace vidproc {
 
 struct NoiseField;
-struct RowPlan;
+struct ByteRowPlan;
 
 constexpr int kPhases = 16;
 constexpr int kMaxTaps = 16;
@@ -64,15 +64,15 @@ struct HorizontalPlan {
 
 /// The strip's working memory, for kMaxStripRows / 2 rows of 16-bit values or kMaxStripRows rows of bytes.
 struct StripMemory {
-  std::int16_t* rows;           ///< vertical result, rows rowPitch values apart
-  std::int16_t* columns;        ///< the same transposed, 2 * kEdgeColumns more columns
-  std::uint8_t* outColumns;     ///< horizontal result, one column of strip rows per output byte
-  std::uint8_t* outRows;        ///< finished rows, packed, on their way to a padded destination
-  std::int16_t* motionColumns;  ///< a short strip's piece of the remembered vertical result
-  std::ptrdiff_t rowPitch;      ///< in values
+  std::int16_t* rows;                   ///< vertical result, rows rowPitch values apart
+  std::int16_t* columns;                ///< the same transposed, 2 * kEdgeColumns more columns
+  std::uint8_t* outColumns;             ///< horizontal result, one column of strip rows per output byte
+  std::uint8_t* outRows;                ///< finished rows, packed, on their way to a padded destination
+  std::int16_t* previousVerticalPiece;  ///< a short strip's piece of the remembered vertical result
+  std::ptrdiff_t rowPitch;              ///< in values
 };
 
-/// A 4:2:0 source that the row form reads as it is; one chroma row serves two luma rows.
+/// A 4:2:0 source that the byte row scaler reads as it is; one chroma row serves two luma rows.
 struct SourcePlanes {
   const std::uint8_t* luma;
   const std::uint8_t* chroma;
@@ -83,7 +83,7 @@ struct SourcePlanes {
 struct ScaleJob {
   const std::uint8_t* source;
   std::ptrdiff_t sourceStride;
-  const SourcePlanes* planes;  ///< stands for `source` in the row form; null: the source is a 2vuy frame
+  const SourcePlanes* planes;  ///< stands for `source` in the byte row scaler; null: the source is a 2vuy frame
   std::int32_t inWidth;
   std::int32_t inHeight;
   std::uint8_t* destination;
@@ -96,8 +96,8 @@ struct ScaleJob {
   const TapBank* horizontalBank;
   const HorizontalPlan* horizontal;
 
-  bool adaptsInBytes;      ///< the adaptive scalers' byte form is exact for banks and settings, and the level has it
-  const RowPlan* rowPlan;  ///< null: only the general form is exact, or the level has no other
+  bool adaptsInBytes;  ///< the adaptive scalers' byte form is exact for banks and settings, and the level has it
+  const ByteRowPlan* byteRowPlan;  ///< null: only the general form is exact, or the level has no other
 
   std::int32_t adaptiveShift;  ///< left shift of the spatial weight curve; 16 and more clear it
   std::int16_t temporalStrength;
@@ -106,9 +106,9 @@ struct ScaleJob {
   std::uint8_t* history;  ///< previous output, transposed: byte column j of row r at j * outHeight + r
   std::int16_t lumaGain;
   std::int16_t lumaOffset;
-  const std::uint8_t* motionRows;  ///< previous source; null where no kernel asks
-  std::ptrdiff_t motionRowPitch;
-  std::int16_t* motionColumns;  ///< previous vertical result, transposed
+  const std::uint8_t* previousInput;  ///< previous source; null where no kernel asks
+  std::ptrdiff_t previousInputStride;
+  std::int16_t* previousVertical;  ///< previous vertical result, transposed
 
   NoiseField* noise;  ///< null: none
   StripMemory strip;

@@ -75,13 +75,13 @@ struct Layout {
   const TapBank& bank;
   TapSpan span;
   Ratio ratio;
-  RowFormShape shape;
+  ByteRowShape shape;
 };
 
 /// One vector of a grid whose samples lie `sampleBytes` apart: 1 for luma; 2 for chroma, whose Cb and Cr share a place.
 void LayOutVector(const Layout& layout, int pairs, int sampleBytes, std::int32_t firstOutput, std::uint8_t* pattern,
                   std::int32_t* windows) {
-  const RowFormShape& shape = layout.shape;
+  const ByteRowShape& shape = layout.shape;
   const int resultsPerWindow = shape.windowBytes / 2;
   for (int lane = 0; lane < shape.vectorBytes / 2; ++lane) {
     const PhasePosition position = LocatePhase(firstOutput + lane / sampleBytes, layout.ratio);
@@ -110,8 +110,8 @@ void LayOutVector(const Layout& layout, int pairs, int sampleBytes, std::int32_t
 
 /// Outputs per vector, and vectors until the pattern repeats.
 void LayOutGrid(const Layout& layout, int pairs, int sampleBytes, std::int32_t outputs, std::uint8_t*& memory,
-                RowGrid& grid) {
-  const RowFormShape& shape = layout.shape;
+                ByteRowGrid& grid) {
+  const ByteRowShape& shape = layout.shape;
   const std::int32_t perVector = shape.vectorBytes / 2 / sampleBytes;
   const std::int32_t vectorsOfRow = (outputs + 2 * perVector - 1) / (2 * perVector) * 2;
   const std::int32_t period = layout.ratio.up / std::gcd(layout.ratio.up, perVector);
@@ -132,8 +132,8 @@ void LayOutGrid(const Layout& layout, int pairs, int sampleBytes, std::int32_t o
 
 }  // namespace
 
-bool RowFormIsExact(const TapBank& vertical, const TapBank& horizontal, std::int32_t precisionBits,
-                    const Ratio& ratio) {
+bool ByteRowScalerIsExact(const TapBank& vertical, const TapBank& horizontal, std::int32_t precisionBits,
+                          const Ratio& ratio) {
   if (ratio.down > 2 * std::int64_t{ratio.up}) return false;
   const int unity = 1 << precisionBits;
   const int pairs = PairsOf(SpanOf(horizontal));
@@ -154,15 +154,15 @@ bool AdaptiveBytesAreExact(const TapBank& vertical, const TapBank& horizontal) {
   return true;
 }
 
-std::uint64_t RowPlanBytes(std::uint64_t outWidth) {
+std::uint64_t ByteRowPlanBytes(std::uint64_t outWidth) {
   // For every 8 results of either grid: 16 bytes of indices, as many of coefficients for each pair of taps, and at most
   // 8 of windows. A row of results is rounded up to two vectors; the rest is more than the widest ones need for that.
   const std::uint64_t vectors = outWidth / 8 + 8;
   return 2 * vectors * (16 * (1 + kMaxTapPairs) + 8) + 16 * kMaxVectorBytes * (1 + kMaxTapPairs);
 }
 
-void LayOutRowPlan(const TapBank& bank, const Ratio& ratio, std::int32_t outWidth, const RowFormShape& shape,
-                   std::uint8_t* memory, RowPlan& plan) {
+void LayOutByteRowPlan(const TapBank& bank, const Ratio& ratio, std::int32_t outWidth, const ByteRowShape& shape,
+                       std::uint8_t* memory, ByteRowPlan& plan) {
   const Layout layout{bank, SpanOf(bank), ratio, shape};
   plan.tapPairs = PairsOf(layout.span);
   LayOutGrid(layout, plan.tapPairs, 1, outWidth, memory, plan.luma);

@@ -3,25 +3,26 @@
 
 #include <cstdint>
 
+#include "kernels/byte_row_plan.h"
 #include "kernels/kernel_table.h"
-#include "kernels/row_plan.h"
 #include "kernels/scale_job.h"
 #include "plan/phase_position.h"
 
 namespace vidproc {
 
-/// Whether the row form gives the same bytes as the general one for the used phases of these banks and for this
+/// Whether the byte row scaler gives the same bytes as the general one for the used phases of these banks and for this
 /// horizontal ratio.
-bool RowFormIsExact(const TapBank& vertical, const TapBank& horizontal, std::int32_t precisionBits, const Ratio& ratio);
+bool ByteRowScalerIsExact(const TapBank& vertical, const TapBank& horizontal, std::int32_t precisionBits,
+                          const Ratio& ratio);
 
 /// Whether the adaptive scalers' byte form is exact for the used phases of these banks of 7 bits.
 bool AdaptiveBytesAreExact(const TapBank& vertical, const TapBank& horizontal);
 
-/// Bytes that LayOutRowPlan writes to for rows of outWidth pixels.
-std::uint64_t RowPlanBytes(std::uint64_t outWidth);
+/// Bytes that LayOutByteRowPlan writes to for rows of outWidth pixels.
+std::uint64_t ByteRowPlanBytes(std::uint64_t outWidth);
 
-/// Lays out the patterns of the horizontal bank in `memory`, of RowPlanBytes.
-void LayOutRowPlan(const TapBank& bank, const Ratio& ratio, std::int32_t outWidth, const RowFormShape& shape,
-                   std::uint8_t* memory, RowPlan& plan);
+/// Lays out the patterns of the horizontal bank in `memory`, of ByteRowPlanBytes.
+void LayOutByteRowPlan(const TapBank& bank, const Ratio& ratio, std::int32_t outWidth, const ByteRowShape& shape,
+                       std::uint8_t* memory, ByteRowPlan& plan);
 
 }  // namespace vidproc

@@ -74,17 +74,17 @@ void ScalePlan::UpdatePositions(const Memory& memory) {
 }
 
 void ScalePlan::UpdateByteForms(const Memory& memory) {
-  rowPlan = nullptr;
+  byteRowPlan = nullptr;
   adaptsInBytes = false;
-  if (geometry.rowForm.vectorBytes == 0) return;
+  if (geometry.byteRowShape.vectorBytes == 0) return;
   adaptsInBytes = AdaptiveBytesAreExact(verticalBank, horizontalBank);
   if (geometry.horizontalTaps > 8) return;
-  if (!RowFormIsExact(verticalBank, horizontalBank, geometry.precisionBits, geometry.horizontalRatio)) {
+  if (!ByteRowScalerIsExact(verticalBank, horizontalBank, geometry.precisionBits, geometry.horizontalRatio)) {
     return;
   }
-  LayOutRowPlan(horizontalBank, geometry.horizontalRatio, geometry.outWidth, geometry.rowForm, memory.rowPatterns,
-                rowPlanStorage);
-  rowPlan = &rowPlanStorage;
+  LayOutByteRowPlan(horizontalBank, geometry.horizontalRatio, geometry.outWidth, geometry.byteRowShape,
+                    memory.rowPatterns, byteRowPlanStorage);
+  byteRowPlan = &byteRowPlanStorage;
 }
 
 void ScalePlan::Update(const VideoProcessor& processor, const ScaleGeometry& wanted, const Memory& memory) {

@@ -6,7 +6,7 @@
 
 #include <cstdint>
 
-#include "kernels/row_plan.h"
+#include "kernels/byte_row_plan.h"
 #include "kernels/scale_job.h"
 #include "plan/row_plan.h"
 
@@ -21,13 +21,13 @@ struct ScaleGeometry {
   Ratio horizontalRatio, verticalRatio;
   std::int32_t horizontalTaps, verticalTaps;
   std::int32_t precisionBits;
-  RowFormShape rowForm;
+  ByteRowShape byteRowShape;
   bool operator==(const ScaleGeometry&) const = default;
 };
 
 class ScalePlan {
  public:
-  /// Where the plan's arrays lie: outHeight rows, outWidth columns, RowPlanBytes(outWidth). They outlive the plan.
+  /// Where the plan's arrays lie: outHeight rows, outWidth columns, ByteRowPlanBytes(outWidth). They outlive the plan.
   struct Memory {
     RowPosition* rows;
     TapPosition* columns;
@@ -43,14 +43,14 @@ class ScalePlan {
   HorizontalPlan horizontal{};
   TapBank horizontalBank{};
   TapBank verticalBank{};
-  bool adaptsInBytes = false;        ///< as far as the banks go
-  const RowPlan* rowPlan = nullptr;  ///< null where only the general form is exact
+  bool adaptsInBytes = false;                ///< as far as the banks go
+  const ByteRowPlan* byteRowPlan = nullptr;  ///< null where only the general form is exact
 
  private:
   void UpdatePositions(const Memory& memory);
   void UpdateByteForms(const Memory& memory);
 
-  RowPlan rowPlanStorage{};
+  ByteRowPlan byteRowPlanStorage{};
   bool current = false;
   ScaleGeometry geometry{};
 };

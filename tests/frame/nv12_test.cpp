@@ -33,7 +33,7 @@ TEST(Nv12Test, SmallFrames) {
   for (std::uint32_t seed = 1; seed <= 120; ++seed) {
     Random random(seed * 31);
     const auto draw = [&](int low, int high) { return static_cast<unsigned>(random.Between(low, high)); };
-    // From 128 pixels on, levels with the row form read the planes without staging.
+    // From 128 pixels on, levels with the byte row scaler read the planes without staging.
     const unsigned inWidth = random.OneIn(2) ? draw(2, 127) : draw(128, 400), inHeight = draw(1, 70);
     const bool sameSize = random.OneIn(4);
     const unsigned outWidth = random.OneIn(4) ? draw(128, 400) : draw(2, 127);

@@ -2,7 +2,7 @@
 // the result is blended with the previous output, where there is one.
 #pragma once
 
-#include "kernels/passes/byte_strip.h"
+#include "kernels/passes/byte_column_scaler.h"
 #include "kernels/passes/strip_driver.h"
 
 namespace vidproc::VIDPROC_TARGET {
@@ -15,20 +15,20 @@ inline void WithHistory(const ScaleJob& job, const Scale& scale) {
   scale(Blend{job.temporalStrength, job.temporalShift});
 }
 
-template <int kVerticalTaps, int kHorizontalTaps, class RowGate, class ColumnGate>
+template <int kVerticalTaps, int kHorizontalTaps, class RowTest, class ColumnTest>
 inline void ScaleAdaptively(const ScaleJob& job) {
   const int shift = job.adaptiveShift;
 #if VIDPROC_HAS_BYTE_OPS
   if (job.adaptsInBytes) {
-    const ByteVerticalScale<kVerticalTaps, RowGate> vertical{shift, {}};
+    const ByteVerticalScale<kVerticalTaps, RowTest> vertical{shift, {}};
     return WithHistory<StoreBytes, BlendBytes>(job, [&](const auto& result) {
-      RunStrips<ByteStrip>(job, vertical, ScaleByteRows<kHorizontalTaps, ColumnGate>(shift, result));
+      RunStrips<ByteColumnScaler>(job, vertical, ScaleByteRows<kHorizontalTaps, ColumnTest>(shift, result));
     });
   }
 #endif
-  const VerticalScale<kVerticalTaps, 7, AdaptiveTaps<RowGate>> vertical{{shift, {}}};
+  const VerticalScale<kVerticalTaps, 7, AdaptiveTaps<RowTest>> vertical{{shift, {}}};
   WithHistory<ClampResult, BlendResult>(job, [&](const auto& result) {
-    RunStrips(job, vertical, ScaleRows<kHorizontalTaps, 7>(AdaptiveTaps<ColumnGate>{shift, {}}, result));
+    RunStrips(job, vertical, ScaleRows<kHorizontalTaps, 7>(AdaptiveTaps<ColumnTest>{shift, {}}, result));
   });
 }
 

@@ -22,15 +22,15 @@ constexpr Component kCr{2, 4};
 constexpr Component kComponents[] = {kCb, kY, kCr};
 
 /// What the pass leaves behind and what it compares with, column by column: byte columns `stride` bytes apart; the
-/// remembered 16-bit columns `rememberedStride` values apart (null where no kernel asks).
+/// previousVertical 16-bit columns `previousVerticalStride` values apart (null where no kernel asks).
 struct StripResult {
   std::uint8_t* columns;
   std::ptrdiff_t stride;
-  const std::int16_t* remembered;
-  std::ptrdiff_t rememberedStride;
+  const std::int16_t* previousVertical;
+  std::ptrdiff_t previousVerticalStride;
 
-  const std::int16_t* Remembered(std::ptrdiff_t column) const {
-    return remembered == nullptr ? nullptr : remembered + column * rememberedStride;
+  const std::int16_t* PreviousVertical(std::ptrdiff_t column) const {
+    return previousVertical == nullptr ? nullptr : previousVertical + column * previousVerticalStride;
   }
 };
 
@@ -83,7 +83,7 @@ inline void FilterRun(const StripMemory& strip, const OutputRun& run, const std:
     const std::int16_t* first = samples + run.positions[k].source * tapStep;
     const std::ptrdiff_t column =
         std::ptrdiff_t{run.positions[k].output} * run.component.step + run.component.firstByte;
-    const Taps columnTaps = taps.Against(out.Remembered(column));
+    const Taps columnTaps = taps.WithPrevious(out.PreviousVertical(column));
     for (int v = 0; v < kColumnVectors; ++v) {
       I16 sample[kTaps];
       I16 weight[kTaps];

@@ -12,7 +12,7 @@ namespace {
 template <int kShift, class LumaResult>
 inline void ScalePlainly(const ScaleJob& job, const LumaResult& lumaResult) {
 #if VIDPROC_HAS_BYTE_OPS
-  if (job.rowPlan != nullptr) return RunRows<kShift>(job, lumaResult);
+  if (job.byteRowPlan != nullptr) return RunRows<kShift>(job, lumaResult);
 #endif
   RunStrips(job, VerticalScale<4, kShift, PlainTaps>{},
             HorizontalScale<8, kShift, PlainTaps, LumaResult, ClampResult>{{}, lumaResult, {}});

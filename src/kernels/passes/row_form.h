@@ -1,13 +1,13 @@
 // The byte form of the plain scaler: a row at a time, without transposes. The vertical pass leaves one row of luma and
 // one of Cb Cr pairs as bytes in the first-level cache; the horizontal pass gathers each pair of taps by one byte
-// shuffle per window of the row. Valid only where RowFormIsExact has shown that no sum saturates and no value leaves a
-// byte.
+// shuffle per window of the row. Valid only where ByteRowScalerIsExact has shown that no sum saturates and no value
+// leaves a byte.
 #pragma once
 
+#include "kernels/byte_row_plan.h"
 #include "kernels/passes/byte_arithmetic.h"
 #include "kernels/passes/put_rows.h"
 #include "kernels/passes/vector_walk.h"
-#include "kernels/row_plan.h"
 
 namespace vidproc::VIDPROC_TARGET {
 namespace {
@@ -187,7 +187,7 @@ template <int kPairs, int kShift, int kSampleBytes, class Windows>
 template <int kPairs, int kShift, int kSampleBytes>
 class GridWalk {
  public:
-  GridWalk(const RowGrid& grid, const std::uint8_t* row) : grid(grid), row(row) {}
+  GridWalk(const ByteRowGrid& grid, const std::uint8_t* row) : grid(grid), row(row) {}
 
   /// The next vector of results.
   [[gnu::always_inline]] I16 Next() {
@@ -202,7 +202,7 @@ class GridWalk {
   }
 
  private:
-  const RowGrid& grid;
+  const ByteRowGrid& grid;
   const std::uint8_t* row;
   int vector = 0;
 };
@@ -211,7 +211,7 @@ class GridWalk {
 template <int kPairs, int kShift, int kSampleBytes, class Windows>
 class UniformGridWalk {
  public:
-  UniformGridWalk(const RowGrid& grid, const std::uint8_t* row)
+  UniformGridWalk(const ByteRowGrid& grid, const std::uint8_t* row)
       : row(row), advance(grid.advance), windows(grid.windows), pattern(grid.patterns) {}
 
   [[gnu::always_inline]] I16 Next() {
@@ -231,7 +231,7 @@ class UniformGridWalk {
 template <int kShift, class LumaResult>
 class RowScale {
  public:
-  RowScale(const RowPlan& plan, int width, const LumaResult& lumaResult)
+  RowScale(const ByteRowPlan& plan, int width, const LumaResult& lumaResult)
       : plan(plan), width(width), lumaResult(lumaResult) {}
 
   void Run(const SplitRow2vuy& in, std::uint8_t* out) const {
@@ -285,7 +285,7 @@ class RowScale {
     Store(out + kVectorBytes, U8{ZipHigh8(chromaBytes.raw, lumaBytes.raw)});
   }
 
-  const RowPlan& plan;
+  const ByteRowPlan& plan;
   const int width;
   const LumaResult lumaResult;
 };
@@ -295,7 +295,7 @@ template <int kShift, class LumaResult>
 inline void RunRows(const ScaleJob& job, const LumaResult& lumaResult) {
   auto* const memory = reinterpret_cast<std::uint8_t*>(job.strip.rows);
   const SplitRow2vuy split{memory + kEdgeSamples, memory + 4 * kEdgeSamples + kRowSlack + job.inWidth};
-  const RowScale<kShift, LumaResult> horizontal(*job.rowPlan, job.outWidth, lumaResult);
+  const RowScale<kShift, LumaResult> horizontal(*job.byteRowPlan, job.outWidth, lumaResult);
   for (int r = 0; r < job.outHeight; ++r) {
     FilterSourceRows<kShift>(job, r, split);
     PutRows(job, r, 1, [&](std::uint8_t* row, std::ptrdiff_t /*stride*/) { horizontal.Run(split, row); });

@@ -37,14 +37,14 @@ inline StripResult OpenStrip(const ScaleJob& job, int firstRow, int rowCount) {
                                      2 * job.outWidth, rowCount);
     }
   }
-  if (job.motionColumns != nullptr) {
-    result.remembered = job.motionColumns + firstRow;
-    result.rememberedStride = job.outHeight;
+  if (job.previousVertical != nullptr) {
+    result.previousVertical = job.previousVertical + firstRow;
+    result.previousVerticalStride = job.outHeight;
     if (!whole) {
-      CopyColumnPieces<std::int16_t>(job.motionColumns + firstRow, job.outHeight, job.strip.motionColumns, Strip::kRows,
-                                     2 * job.outWidth, rowCount);
-      result.remembered = job.strip.motionColumns;
-      result.rememberedStride = Strip::kRows;
+      CopyColumnPieces<std::int16_t>(job.previousVertical + firstRow, job.outHeight, job.strip.previousVerticalPiece,
+                                     Strip::kRows, 2 * job.outWidth, rowCount);
+      result.previousVertical = job.strip.previousVerticalPiece;
+      result.previousVerticalStride = Strip::kRows;
     }
   }
   return result;
@@ -56,9 +56,9 @@ struct WordStrip {
 
   static void ToColumns(const StripMemory& strip, int rowBytes) { RowsToColumns(strip, rowBytes); }
 
-  /// The vertical result of these rows becomes what the next frame's horizontal motion test remembers.
-  static void Remember(const ScaleJob& job, int firstRow, int rowCount) {
-    CopyColumnPieces<std::int16_t>(job.strip.columns + ColumnOffset(0), kRows, job.motionColumns + firstRow,
+  /// The vertical result of these rows becomes what the next frame's horizontal motion test keepsVertical.
+  static void KeepVerticalResult(const ScaleJob& job, int firstRow, int rowCount) {
+    CopyColumnPieces<std::int16_t>(job.strip.columns + ColumnOffset(0), kRows, job.previousVertical + firstRow,
                                    job.outHeight, 2 * job.inWidth, rowCount);
   }
 };
@@ -75,11 +75,11 @@ inline void RunStrips(const ScaleJob& job, const VerticalStage& vertical, const 
     const int rowCount = job.outHeight - firstRow < Strip::kRows ? job.outHeight - firstRow : Strip::kRows;
     vertical(job, firstRow, rowCount);
     Strip::ToColumns(job.strip, 2 * job.inWidth);
-    const bool remembers = job.motionColumns != nullptr;
-    if (remembers && job.firstFrame) Strip::Remember(job, firstRow, rowCount);
+    const bool keepsVertical = job.previousVertical != nullptr;
+    if (keepsVertical && job.firstFrame) Strip::KeepVerticalResult(job, firstRow, rowCount);
     const StripResult result = OpenStrip<Strip>(job, firstRow, rowCount);
     horizontal(job, result);
-    if (remembers) Strip::Remember(job, firstRow, rowCount);
+    if (keepsVertical) Strip::KeepVerticalResult(job, firstRow, rowCount);
     if (job.history != nullptr && result.columns == job.strip.outColumns) {
       CopyColumnPieces<std::uint8_t>(result.columns, result.stride, job.history + firstRow, job.outHeight,
                                      2 * job.outWidth, rowCount);

@@ -39,8 +39,8 @@ inline const std::uint8_t* SourceRow(const ScaleJob& job, int row) {
 }
 
 /// What the motion test of an output row looks at; null where no kernel asks.
-inline const std::uint8_t* RememberedRow(const ScaleJob& job, int row) {
-  return job.motionRows == nullptr ? nullptr : job.motionRows + row * job.motionRowPitch;
+inline const std::uint8_t* PreviousInputRow(const ScaleJob& job, int row) {
+  return job.previousInput == nullptr ? nullptr : job.previousInput + row * job.previousInputStride;
 }
 
 /// Stage of the strip driver: scales columns with kTaps vertical taps.
@@ -58,8 +58,8 @@ struct VerticalScale {
       for (int t = 0; t < kTaps; ++t) rows[t] = SourceRow(job, position.source - (kTaps / 2 - 1) + skipped + t);
       const std::int16_t* coefficients = bank.coefficient[position.phase] + skipped;
       const std::ptrdiff_t rowBytes = std::ptrdiff_t{2} * job.inWidth;
-      FilterRowOf(count, rows, coefficients, static_cast<int>(rowBytes), taps.Against(RememberedRow(job, firstRow + r)),
-                  job.strip.rows + r * job.strip.rowPitch);
+      FilterRowOf(count, rows, coefficients, static_cast<int>(rowBytes),
+                  taps.WithPrevious(PreviousInputRow(job, firstRow + r)), job.strip.rows + r * job.strip.rowPitch);
     }
   }
 

@@ -58,10 +58,10 @@ class ByteTaps {
     pair[kOuter / 2] = SplatPair(outer.centreCoefficient, 0);
   }
 
-  /// Edges preserved where the gate is open.
-  template <class Gate>
-  U8 Filter(U8 centre, const U8 (&sample)[kOuter + 1], const Gate& gate, int offset) const {
-    return gate.Open(centre, offset).Choose(Adapt(centre, sample), Smooth(centre, sample));
+  /// Edges preserved where the motion test finds rest.
+  template <class MotionTest>
+  U8 Filter(U8 centre, const U8 (&sample)[kOuter + 1], const MotionTest& motionTest, int offset) const {
+    return motionTest.FindStill(centre, offset).Select(Adapt(centre, sample), Smooth(centre, sample));
   }
 
  private:
@@ -121,7 +121,7 @@ inline void WithByteTaps(const OuterTaps& outer, const Filter& filter) {
 }
 
 /// The strip: one vector of rows, columns of as many bytes.
-struct ByteStrip {
+struct ByteColumnScaler {
   static constexpr int kRows = kVectorBytes;
 
   static std::uint8_t* Rows(const StripMemory& strip) { return reinterpret_cast<std::uint8_t*>(strip.rows); }
@@ -143,10 +143,10 @@ struct ByteStrip {
     }
   }
 
-  static void Remember(const ScaleJob& job, int firstRow, int rowCount) {
+  static void KeepVerticalResult(const ScaleJob& job, int firstRow, int rowCount) {
     for (int c = 0; c < 2 * job.inWidth; ++c) {
       const std::uint8_t* const column = Column(job.strip, c);
-      std::int16_t* const to = job.motionColumns + std::ptrdiff_t{c} * job.outHeight + firstRow;
+      std::int16_t* const to = job.previousVertical + std::ptrdiff_t{c} * job.outHeight + firstRow;
       if (c + 8 < 2 * job.inWidth) __builtin_prefetch(to + std::ptrdiff_t{8} * job.outHeight, 1);
       int r = 0;
       for (; r + kLanes <= rowCount; r += kLanes) Store(to + r, LoadWiden(column + r));
@@ -155,10 +155,10 @@ struct ByteStrip {
   }
 };
 
-template <int kTaps, class Gate>
+template <int kTaps, class MotionTest>
 struct ByteVerticalScale {
   int shift;
-  Gate gate;
+  MotionTest motionTest;
 
   void operator()(const ScaleJob& job, int firstRow, int rowCount) const {
     const int bytes = 2 * job.inWidth;
@@ -169,30 +169,30 @@ struct ByteVerticalScale {
       for (int k = 0; k < kMaxTaps; ++k) rows[k] = SourceRow(job, position.source + outer.tap[k]);
       const std::uint8_t* const centre = SourceRow(job, position.source);
       const std::uint8_t* const ahead = SourceRow(job, position.source + kTaps);
-      const Gate rowGate = gate.Against(RememberedRow(job, firstRow + r));
-      std::uint8_t* const out = ByteStrip::Rows(job.strip) + r * job.strip.rowPitch;
-      WithByteTaps(outer, [&](const auto& taps) { FilterRow(taps, rowGate, rows, centre, ahead, bytes, out); });
+      const MotionTest rowTest = motionTest.WithPrevious(PreviousInputRow(job, firstRow + r));
+      std::uint8_t* const out = ByteColumnScaler::Rows(job.strip) + r * job.strip.rowPitch;
+      WithByteTaps(outer, [&](const auto& taps) { FilterRow(taps, rowTest, rows, centre, ahead, bytes, out); });
     }
   }
 
  private:
   template <int kOuter>
-  static void FilterRow(const ByteTaps<kOuter>& taps, const Gate& rowGate, const std::uint8_t* const* rows,
+  static void FilterRow(const ByteTaps<kOuter>& taps, const MotionTest& rowTest, const std::uint8_t* const* rows,
                         const std::uint8_t* centre, const std::uint8_t* ahead, int bytes, std::uint8_t* out) {
     for (int start = 0; start < bytes; start += kVectorBytes) {
       const int b = VectorStart(start, bytes, kVectorBytes);
       __builtin_prefetch(ahead + b);
       U8 sample[kOuter + 1];
       for (int k = 0; k < kOuter; ++k) sample[k] = LoadU8(rows[k] + b);
-      Store(out + b, taps.Filter(LoadU8(centre + b), sample, rowGate, b));
+      Store(out + b, taps.Filter(LoadU8(centre + b), sample, rowTest, b));
     }
   }
 };
 
-template <int kTaps, class Gate, class Result>
+template <int kTaps, class MotionTest, class Result>
 struct ByteHorizontalScale {
   int shift;
-  Gate gate;
+  MotionTest motionTest;
   Result result;
 
   void operator()(const ScaleJob& job, const StripResult& out) const {
@@ -216,23 +216,23 @@ struct ByteHorizontalScale {
     const std::ptrdiff_t step = run.component.step;
     for (int k = 0; k < run.count; ++k) {
       const std::uint8_t* const centre =
-          ByteStrip::Column(strip, run.positions[k].source * step + run.component.firstByte);
+          ByteColumnScaler::Column(strip, run.positions[k].source * step + run.component.firstByte);
       const std::ptrdiff_t column = run.positions[k].output * step + run.component.firstByte;
       // History lies a frame's height apart from column to column, which hardware does not foresee.
       const std::ptrdiff_t later =
           run.positions[k + kAhead < run.count ? k + kAhead : k].output * step + run.component.firstByte;
       __builtin_prefetch(out.columns + later * out.stride);
-      if (out.remembered != nullptr) __builtin_prefetch(out.Remembered(later));
+      if (out.previousVertical != nullptr) __builtin_prefetch(out.PreviousVertical(later));
       U8 sample[kOuter + 1];
-      for (int t = 0; t < kOuter; ++t) sample[t] = LoadU8(centre + outer.tap[t] * step * ByteStrip::kRows);
-      const Gate columnGate = gate.Against(out.Remembered(column));
-      result.Put(out.columns + column * out.stride, taps.Filter(LoadU8(centre), sample, columnGate, 0));
+      for (int t = 0; t < kOuter; ++t) sample[t] = LoadU8(centre + outer.tap[t] * step * ByteColumnScaler::kRows);
+      const MotionTest columnTest = motionTest.WithPrevious(out.PreviousVertical(column));
+      result.Put(out.columns + column * out.stride, taps.Filter(LoadU8(centre), sample, columnTest, 0));
     }
   }
 };
 
-template <int kTaps, class Gate, class Result>
-inline ByteHorizontalScale<kTaps, Gate, Result> ScaleByteRows(int shift, const Result& result) {
+template <int kTaps, class MotionTest, class Result>
+inline ByteHorizontalScale<kTaps, MotionTest, Result> ScaleByteRows(int shift, const Result& result) {
   return {shift, {}, result};
 }
 
