@@ -2,11 +2,86 @@
 // strips of 16-bit values.
 #pragma once
 
-#include "kernels/passes/row_form.h"
+#include "kernels/passes/byte_row_scaler.h"
+#include "kernels/passes/byte_vertical_pass.h"
+#include "kernels/passes/put_rows.h"
 #include "kernels/passes/strip_driver.h"
 
 namespace vidproc::VIDPROC_TARGET {
 namespace {
+
+#if VIDPROC_HAS_BYTE_OPS
+
+/// The vertical result of output row `r`, from a 2vuy frame or from the planes that one would be interleaved from.
+template <int kShift>
+inline void FilterSourceRows(const ScaleJob& job, int r, const SplitRow2vuy& out) {
+  const ByteVerticalPass vertical{job.rowPositions, job.verticalBank, job.inHeight, job.outHeight};
+  if (job.planes == nullptr) {
+    const auto rowAt = [&job](int row) { return job.source + row * job.sourceStride; };
+    vertical.FilterRow<kShift>(r, rowAt, 2 * job.inWidth, SplitResult{out});
+  } else {
+    const SourcePlanes& planes = *job.planes;
+    const auto lumaAt = [&planes](int row) { return planes.luma + row * planes.lumaStride; };
+    const auto chromaAt = [&planes](int row) { return planes.chroma + row / 2 * planes.chromaStride; };
+    vertical.FilterRow<kShift>(r, lumaAt, job.inWidth, PlaneResult{out.luma});
+    vertical.FilterRow<kShift>(r, chromaAt, job.inWidth, PlaneResult{out.chroma});
+  }
+  RepeatEdges(out.luma, job.inWidth);
+  RepeatEdges(out.chroma, job.inWidth);
+}
+
+/// 2 * kVectorBytes bytes of 2vuy from two vectors of luma and two of chroma.
+template <class LumaResult, class LumaWalk, class ChromaWalk>
+[[gnu::always_inline]] inline void StorePixels(const LumaResult& result, LumaWalk& luma, ChromaWalk& chroma,
+                                               std::uint8_t* out) {
+  const I16 luma0 = result.Apply(luma.Next());
+  const I16 luma1 = result.Apply(luma.Next());
+  const I16 chroma0 = chroma.Next();
+  const I16 chroma1 = chroma.Next();
+  const U8 lumaBytes = Join(luma0, luma1);
+  const U8 chromaBytes = Join(chroma0, chroma1);
+  // Joining and zipping undo each other's order.
+  Store(out, U8{ZipLow8(chromaBytes.raw, lumaBytes.raw)});
+  Store(out + kVectorBytes, U8{ZipHigh8(chromaBytes.raw, lumaBytes.raw)});
+}
+
+/// A row of `width` pixels.
+template <class LumaResult, class LumaWalk, class ChromaWalk>
+inline void StoreRow(const LumaResult& lumaResult, LumaWalk luma, ChromaWalk chroma, int width, std::uint8_t* out) {
+  const LumaResult result = lumaResult;
+  int x = 0;
+  for (; x + kVectorBytes <= width; x += kVectorBytes) StorePixels(result, luma, chroma, out + 2 * x);
+  if (x == width) return;
+  std::uint8_t tail[2 * kVectorBytes];
+  StorePixels(result, luma, chroma, tail);
+  __builtin_memcpy(out + 2 * x, tail, 2 * static_cast<std::size_t>(width - x));
+}
+
+/// Scales a frame row by row in bytes.
+template <int kShift, class LumaResult>
+inline void RunRows(const ScaleJob& job, const LumaResult& lumaResult) {
+  // The two rows of the vertical result, each with its edges and with room to overshoot.
+  auto* const memory = reinterpret_cast<std::uint8_t*>(job.strip.rows);
+  const SplitRow2vuy split{memory + kEdgeSamples, memory + 4 * kEdgeSamples + kRowSlack + job.inWidth};
+  const ByteRowPlan& plan = *job.byteRowPlan;
+  const auto scaleRow = [&](std::uint8_t* row, std::ptrdiff_t /*stride*/) {
+    WithGridWalk(
+        plan.tapPairs,
+        [&](auto kind) {
+          using LumaWalk = typename decltype(kind)::template Walk<kShift, 1>;
+          using ChromaWalk = typename decltype(kind)::template Walk<kShift, 2>;
+          StoreRow(lumaResult, LumaWalk(plan.luma, split.luma), ChromaWalk(plan.chroma, split.chroma), job.outWidth,
+                   row);
+        },
+        plan.luma, plan.chroma);
+  };
+  for (int r = 0; r < job.outHeight; ++r) {
+    FilterSourceRows<kShift>(job, r, split);
+    PutRows(job, r, 1, scaleRow);
+  }
+}
+
+#endif
 
 /// Banks of kShift bits; luma goes through a policy of its own.
 template <int kShift, class LumaResult>

@@ -1,0 +1,146 @@
+// The byte row scaler: horizontal pass along one row of bytes, without transposes. kernels/byte_row_plan.h explains its
+// windows and patterns. Sums of products stay in 16 bits, and only what stores them clamps them to bytes: for banks
+// whose sums of byte products cannot leave 16 bits.
+#pragma once
+
+#include "kernels/byte_row_plan.h"
+#include "kernels/passes/byte_arithmetic.h"
+
+namespace vidproc::VIDPROC_TARGET {
+namespace {
+
+#if VIDPROC_HAS_BYTE_OPS
+
+/// Samples repeated on each side of a row: as far as taps and windows reach.
+constexpr int kEdgeSamples = 32;
+
+/// Repeats the pair of samples at either end of a row outward. kept: luma beyond an edge alternates between the two.
+inline void RepeatEdges(std::uint8_t* row, int samples) {
+  for (int i = 0; i < kEdgeSamples; i += 2) {
+    __builtin_memcpy(row - kEdgeSamples + i, row, 2);
+    __builtin_memcpy(row + samples + i, row + samples - 2, 2);
+  }
+}
+
+constexpr int kWindows = kVectorBytes / kWindowBytes;
+
+/// The windows of a vector: each anywhere in the row, or side by side.
+struct SpreadWindows {
+  explicit SpreadWindows(const std::int32_t* offsets) {
+    __builtin_memcpy(this->offsets, offsets, sizeof this->offsets);
+  }
+  U8 Load(const std::uint8_t* row) const { return LoadWindows(row, offsets); }
+  std::int32_t offsets[kWindows];
+};
+struct AdjacentWindows {
+  explicit AdjacentWindows(const std::int32_t* offsets) : first(offsets[0]) {}
+  U8 Load(const std::uint8_t* row) const { return LoadU8(row + first); }
+  std::ptrdiff_t first;
+};
+
+inline bool AreAdjacent(const std::int32_t* offsets) {
+  for (int w = 1; w < kWindows; ++w) {
+    if (offsets[w] != offsets[0] + w * kWindowBytes) return false;
+  }
+  return true;
+}
+
+/// What a vector of results is gathered and weighed by.
+template <int kPairs>
+struct Pattern {
+  explicit Pattern(const std::uint8_t* memory) : indices(LoadU8(memory)) {
+    for (int p = 0; p < kPairs; ++p) coefficients[p] = LoadU8(memory + (1 + p) * kVectorBytes);
+  }
+  U8 indices;
+  U8 coefficients[kPairs];
+};
+
+/// One vector of rounded sums. Samples of a component lie kSampleBytes apart: 1 for luma, 2 for Cb and Cr.
+template <int kPairs, int kShift, int kSampleBytes, class Windows>
+[[gnu::always_inline]] inline I16 FilterWindows(const std::uint8_t* row, const Windows& windows,
+                                                const Pattern<kPairs>& pattern) {
+  I16 sum;
+  for (int p = 0; p < kPairs; ++p) {
+    const U8 samples = ShuffleWindows(windows.Load(row + p * 2 * kSampleBytes), pattern.indices);
+    const I16 products = MultiplyPairs(samples, pattern.coefficients[p]);
+    sum = p == 0 ? products : Add(sum, products);
+  }
+  return RoundShift<kShift>(sum);
+}
+
+/// Walks the vectors of a grid along a row; the patterns change from vector to vector.
+template <int kPairs, int kShift, int kSampleBytes>
+class GridWalk {
+ public:
+  GridWalk(const ByteRowGrid& grid, const std::uint8_t* row) : grid(grid), row(row) {}
+
+  /// The next vector of results.
+  [[gnu::always_inline]] I16 Next() {
+    const Pattern<kPairs> pattern(grid.patterns + vector * (kVectorBytes * (1 + kPairs)));
+    const SpreadWindows windows(grid.windows + vector * kWindows);
+    const I16 result = FilterWindows<kPairs, kShift, kSampleBytes>(row, windows, pattern);
+    if (++vector == grid.vectors) {
+      vector = 0;
+      row += grid.advance;
+    }
+    return result;
+  }
+
+ private:
+  const ByteRowGrid& grid;
+  const std::uint8_t* row;
+  int vector = 0;
+};
+
+/// The same with one pattern for all vectors, which then stays in registers: ratios like 2:1, 3:2 and 1:2.
+template <int kPairs, int kShift, int kSampleBytes, class Windows>
+class UniformGridWalk {
+ public:
+  UniformGridWalk(const ByteRowGrid& grid, const std::uint8_t* row)
+      : row(row), advance(grid.advance), windows(grid.windows), pattern(grid.patterns) {}
+
+  [[gnu::always_inline]] I16 Next() {
+    const I16 result = FilterWindows<kPairs, kShift, kSampleBytes>(row, windows, pattern);
+    row += advance;
+    return result;
+  }
+
+ private:
+  const std::uint8_t* row;
+  std::ptrdiff_t advance;
+  Windows windows;
+  Pattern<kPairs> pattern;
+};
+
+/// The kinds of walks, for WithGridWalk.
+template <int kPairs>
+struct AnyGrid {
+  template <int kShift, int kSampleBytes>
+  using Walk = GridWalk<kPairs, kShift, kSampleBytes>;
+};
+template <int kPairs, class Windows>
+struct UniformGrid {
+  template <int kShift, int kSampleBytes>
+  using Walk = UniformGridWalk<kPairs, kShift, kSampleBytes, Windows>;
+};
+
+template <int kPairs, class Scale, class... Grids>
+inline void WithGridWalkOf(const Scale& scale, const Grids&... grids) {
+  if (((grids.vectors != 1) || ...)) return scale(AnyGrid<kPairs>{});
+  if (kWindows > 1 && (AreAdjacent(grids.windows) && ...)) return scale(UniformGrid<kPairs, AdjacentWindows>{});
+  scale(UniformGrid<kPairs, SpreadWindows>{});
+}
+
+/// Calls scale with the kind of walk that suits all of the grids; its Walk<kShift, kSampleBytes> is the walk.
+template <class Scale, class... Grids>
+inline void WithGridWalk(int tapPairs, const Scale& scale, const Grids&... grids) {
+  if (tapPairs == 1) return WithGridWalkOf<1>(scale, grids...);
+  if (tapPairs == 2) return WithGridWalkOf<2>(scale, grids...);
+  if (tapPairs == 3) return WithGridWalkOf<3>(scale, grids...);
+  WithGridWalkOf<4>(scale, grids...);
+}
+
+#endif
+
+}  // namespace
+}  // namespace vidproc::VIDPROC_TARGET

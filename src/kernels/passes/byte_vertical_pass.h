@@ -1,0 +1,120 @@
+// Vertical pass in bytes: filters up to four rows of bytes into one. Only for phases whose taps are not negative and
+// add up to at most the whole, so that every result is a byte: sums then end at 255 << kShift, and no rounding
+// saturates.
+#pragma once
+
+#include "kernels/passes/byte_arithmetic.h"
+#include "kernels/passes/vector_walk.h"
+#include "kernels/scale_job.h"
+
+namespace vidproc::VIDPROC_TARGET {
+namespace {
+
+#if VIDPROC_HAS_BYTE_OPS
+
+// The pass takes two vectors at a time and reads no less.
+static_assert(2 * kVectorBytes <= kMinRowBytes);
+
+/// What becomes of two vectors of results, from byte b of the row on: stored as they are.
+struct PlaneResult {
+  std::uint8_t* to;
+  void Put(std::ptrdiff_t b, U8 first, U8 second) const {
+    Store(to + b, first);
+    Store(to + b + kVectorBytes, second);
+  }
+};
+
+/// A 2vuy row, its luma and its Cb Cr pairs apart.
+struct SplitRow2vuy {
+  std::uint8_t* luma;
+  std::uint8_t* chroma;
+};
+
+/// Results that are 2vuy bytes: luma and chroma are stored apart.
+struct SplitResult {
+  SplitRow2vuy to;
+  void Put(std::ptrdiff_t b, U8 first, U8 second) const {
+    const I16 lowByte = SplatI16(0xFF);
+    Store(to.chroma + b / 2, JoinInOrder(And(AsI16(first), lowByte), And(AsI16(second), lowByte)));
+    Store(to.luma + b / 2, JoinInOrder(ShiftRightLogical<8>(AsI16(first)), ShiftRightLogical<8>(AsI16(second))));
+  }
+};
+
+/// One vector of results from kTaps rows; kTaps 0 copies the one row.
+template <int kTaps, int kShift>
+[[gnu::always_inline]] inline U8 FilterBytes(const std::uint8_t* const* rows, const U8* pairs, std::ptrdiff_t b) {
+  if constexpr (kTaps == 0) {
+    return LoadU8(rows[0] + b);
+  } else {
+    Halves sum;
+    for (int t = 0; t < kTaps; t += 2) {
+      const U8 first = LoadU8(rows[t] + b);
+      const U8 second = t + 1 < kTaps ? LoadU8(rows[t + 1] + b) : SplatU8(0);
+      const Halves products = MultiplyZipped(first, second, pairs[t / 2]);
+      sum = t == 0 ? products : Add(sum, products);
+    }
+    return RoundToBytes<kShift>(sum);
+  }
+}
+
+/// The two source rows that the next output row will be the first to read: fetched ahead.
+struct RowsAhead {
+  const std::uint8_t* first;
+  const std::uint8_t* second;
+};
+
+template <int kTaps, int kShift, class Result>
+inline void FilterRowBytes(const std::uint8_t* const* rows, const std::int16_t* coefficients, int bytes,
+                           const RowsAhead& ahead, const Result& result) {
+  U8 pairs[2];
+  for (int t = 0; t < kTaps; t += 2) {
+    pairs[t / 2] = SplatPair(coefficients[t], t + 1 < kTaps ? coefficients[t + 1] : 0);
+  }
+  constexpr int kStep = 2 * kVectorBytes;
+  for (int start = 0; start < bytes; start += kStep) {
+    const int b = VectorStart(start, bytes, kStep);
+    for (int line = 0; line < kStep; line += 64) {
+      __builtin_prefetch(ahead.first + b + line);
+      __builtin_prefetch(ahead.second + b + line);
+    }
+    result.Put(b, FilterBytes<kTaps, kShift>(rows, pairs, b),
+               FilterBytes<kTaps, kShift>(rows, pairs, b + kVectorBytes));
+  }
+}
+
+/// The pass over a frame or plane of inHeight rows. Rows beyond it repeat its first or last one.
+struct ByteVerticalPass {
+  const RowPosition* positions;  ///< one per output row
+  const TapBank* bank;
+  int inHeight;
+  int outHeight;
+
+  /// Filters `bytes` bytes of output row r; rowAt(i) is the start of source row i, which lies inside the frame.
+  template <int kShift, class RowAt, class Result>
+  void FilterRow(int r, const RowAt& rowAt, int bytes, const Result& result) const {
+    const auto clampedRow = [&](int row) { return rowAt(Clamp(row, 0, inHeight - 1)); };
+    const RowPosition position = positions[r];
+    const int first = bank->firstTap[position.phase];
+    const std::int16_t* const coefficients = bank->coefficient[position.phase] + first;
+    const std::uint8_t* rows[4];
+    for (int t = 0; t < 4; ++t) rows[t] = clampedRow(position.source - 1 + first + t);
+    const int next = positions[r + 1 < outHeight ? r + 1 : r].source;
+    const RowsAhead ahead{clampedRow(next), clampedRow(next + 1)};
+    switch (bank->tapCount[position.phase]) {
+      case 1:
+        if (coefficients[0] == 1 << kShift) return FilterRowBytes<0, kShift>(rows, coefficients, bytes, ahead, result);
+        return FilterRowBytes<1, kShift>(rows, coefficients, bytes, ahead, result);
+      case 2:
+        return FilterRowBytes<2, kShift>(rows, coefficients, bytes, ahead, result);
+      case 3:
+        return FilterRowBytes<3, kShift>(rows, coefficients, bytes, ahead, result);
+      default:
+        return FilterRowBytes<4, kShift>(rows, coefficients, bytes, ahead, result);
+    }
+  }
+};
+
+#endif
+
+}  // namespace
+}  // namespace vidproc::VIDPROC_TARGET
