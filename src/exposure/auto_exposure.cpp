@@ -174,6 +174,16 @@ int WatchFrame(AutoExposureState& state, const std::uint8_t* frame) {
 }
 
 }  // namespace
+
+void RestartExposure(AutoExposureState& state) {
+  state.frameCount = 0;
+  state.settling = 1;
+  state.stableFrames = 0;
+  state.settledLevel = 0;
+  state.driftFrames = 0;
+  state.sceneChangeFrames = 0;
+}
+
 }  // namespace vidproc
 
 using vidproc::AutoExposureState;

@@ -33,4 +33,7 @@ struct AutoExposureState {
   ReferenceBlock* referenceBlocks = nullptr;
 };
 
+/// Forgets all frames: the next one is the first, and warm-up begins anew.
+void RestartExposure(AutoExposureState& state);
+
 }  // namespace vidproc

@@ -1,0 +1,52 @@
+// Options structs of the interface: their defaults, what their fields may hold, and how structs of other versions are
+// read.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <span>
+
+#include "api/error_text.h"
+#include "api/frame_layout.h"
+#include "pipeline/pipeline.h"
+#include "vidproc/vidproc.h"
+
+namespace vidproc::api {
+
+/// A field of an options struct, all of which are 32 bits wide: low..high, or `also`.
+struct OptionField {
+  const char* name;
+  std::size_t offset;
+  std::int32_t low;
+  std::int32_t high;
+  std::int32_t also;
+  std::int32_t defaultValue;
+};
+
+/// Every field of an options struct but the first, its size. The shared ones lie at the same places in both
+/// processors'.
+struct OptionTable {
+  std::span<const OptionField> shared;
+  std::span<const OptionField> own;
+  std::size_t structSize;
+  std::size_t smallestSize;  ///< of the first version
+};
+
+extern const OptionTable kPreOptions;
+extern const OptionTable kPostOptions;
+extern const OptionTable kExposureOptions;
+
+/// Writes the defaults into a struct of `size` bytes, which may be one of a later version.
+vidproc_status WriteDefaults(const OptionTable& table, void* options, std::size_t size) noexcept;
+
+/// Reads a caller's struct of any version into `known`, a struct of this version, and checks every field.
+vidproc_status ReadOptions(const OptionTable& table, const void* options, void* known, ErrorText& error) noexcept;
+
+/// What the pipeline is to do, from options that ReadOptions found right; nothing where they are the other side's.
+PipelineSettings SettingsOf(const vidproc_pre_options& options);
+PipelineSettings SettingsOf(const vidproc_post_options& options);
+
+/// Checks what no field shows alone.
+vidproc_status CheckSettings(const PipelineSettings& settings, ErrorText& error) noexcept;
+
+}  // namespace vidproc::api

@@ -1,0 +1,106 @@
+// A stream's frames on their way from one format and size to another: denoised or deblocked, scaled, shifted in luma
+// and dithered, row by row. Whoever hands settings and frames over has checked them.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+
+namespace vidproc {
+
+// The values are those of the public enumerations.
+enum class PixelFormat : std::uint8_t { kUyvy, kYuyv, kNv12, kI420, kI422 };
+enum class ChromaSiting : std::uint8_t { kLeft, kCentre };
+enum class Alignment : std::uint8_t { kCentres, kCorners };
+enum class ScalingFilter : std::uint8_t {
+  kAutomatic,
+  kBilinear,
+  kCatmullRom,
+  kMitchell,
+  kLanczos,
+  kArea,
+  kGaussian,
+  kHammingSinc,
+  kTwoSincs
+};
+enum class Role : std::uint8_t { kPreProcessor, kPostProcessor };
+
+/// 2 x 1 to 16384 x 16384; every plane in a tight layout below 2^31 bytes.
+struct FrameShape {
+  PixelFormat format;
+  ChromaSiting siting;
+  std::int32_t width;
+  std::int32_t height;
+};
+
+struct ScalingSettings {
+  Alignment alignment;
+  ScalingFilter filter;
+  std::int32_t taps;        ///< 8 (and 4 vertical) or 16 (and 8 vertical)
+  std::int32_t softening;   ///< 0..255; Gaussian and Hamming sinc only, else 0
+  std::int32_t lobes;       ///< 1..16; product of two sincs only
+  std::int32_t sharpening;  ///< 0..16
+};
+
+/// Nothing to do: edge 0 and temporalStrength 0.
+struct DenoiseSettings {
+  std::int32_t edge;              ///< 0 no spatial filter, 1..8
+  std::int32_t softening;         ///< 0..255
+  std::int32_t taps;              ///< 8 or 16
+  std::int32_t temporalStrength;  ///< 0 no history, ..127
+  std::int32_t temporalShift;     ///< 0..8
+  bool smoothsMotion;
+};
+
+struct PipelineSettings {
+  Role role;
+  FrameShape input;
+  FrameShape output;
+  ScalingSettings scaling;
+  DenoiseSettings denoise;    ///< nothing to do in a post-processor
+  std::int32_t deblockLevel;  ///< 0 off, 21..255; 0 in a pre-processor
+  std::int32_t lumaGain;      ///< -127..127, 64 is unity, never 0
+  std::int32_t lumaOffset;    ///< -255..255
+  std::int32_t ditherLevel;   ///< 0..12
+  std::int32_t ditherSeed;    ///< -1 from the clock, 0..255
+};
+
+/// Planes of a frame in the order of the format: one for packed frames, luma and pairs for NV12, luma, Cb, Cr for the
+/// planar ones. Each starts with its top row; strides are negative in bottom-up frames. No alignment; rows may be any
+/// distance apart that holds them.
+struct InputPlanes {
+  const std::uint8_t* plane[3];
+  std::ptrdiff_t stride[3];
+};
+struct OutputPlanes {
+  std::uint8_t* plane[3];
+  std::ptrdiff_t stride[3];
+};
+
+class Pipeline {
+ public:
+  /// Takes all memory that frames of these settings need. History buffers that TakeHistory would bring from `replaced`
+  /// (null: none) need not be made. @throws std::bad_alloc
+  Pipeline(const PipelineSettings& settings, const Pipeline* replaced);
+  ~Pipeline();
+  Pipeline(const Pipeline&) = delete;
+  Pipeline& operator=(const Pipeline&) = delete;
+
+  /// Continues the history of `replaced`, the one given at construction, where input size and chroma sampling agree
+  /// and both keep one.
+  void TakeHistory(Pipeline& replaced) noexcept;
+  /// The next frame is the first one.
+  void ForgetHistory() noexcept;
+  /// Input and output are the very same frame or share no byte. Takes no memory and no lock.
+  void Process(const InputPlanes& input, const OutputPlanes& output) noexcept;
+
+ private:
+  struct Stages;
+  std::unique_ptr<Stages> stages;
+};
+
+/// Null where a pipeline of these settings can be built; else one clause that says what cannot be combined ("..."), for
+/// the caller's error text. Constant time.
+const char* UnsupportedReason(const PipelineSettings& settings);
+
+}  // namespace vidproc
