@@ -36,55 +36,54 @@ constexpr int kMostSceneChangeFrames = 5;
 
 // --- Memory ---
 
-template <class Entry>
-void ReleaseTable(Entry** rows, int height) {
-  if (rows == nullptr) return;
-  for (int y = 0; y < height; ++y) std::free(rows[y]);
-  std::free(rows);
-}
-
-void Release(AutoExposureState* state) {
-  std::free(state->referenceFrame);
-  std::free(state->spareFrame);
-  ReleaseTable(state->blockCorrelation, state->height);
-  ReleaseTable(state->blockMeanRatio, state->height);
-  ReleaseTable(state->blockFlat, state->height);
-  std::free(state->referenceLuma);
-  std::free(state->referenceBlocks);
-  std::free(state);
-}
-
-/// kept: a row per row of the frame and an entry per pixel, where one per block would do.
-template <class Entry>
-bool AllocateTable(int width, int height, Entry**& rows) {
-  rows = static_cast<Entry**>(std::malloc(static_cast<std::size_t>(height) * sizeof(Entry*)));
-  if (rows == nullptr) return false;
-  std::fill_n(rows, height, nullptr);
-  return std::all_of(rows, rows + height, [width](Entry*& row) {
-    row = static_cast<Entry*>(std::malloc(static_cast<std::size_t>(width) * sizeof(Entry)));
-    return row != nullptr;
-  });
-}
-
 std::size_t FrameBytes(const AutoExposureState& state) {
   return static_cast<std::size_t>(state.width) * static_cast<std::size_t>(state.height) * 2;
 }
 
 int BlockColumns(const AutoExposureState& state) { return state.width / kExposureBlockSize; }
-int BlockRows(const AutoExposureState& state) { return state.height / kExposureBlockSize; }
+/// None where the frame is narrower than a block.
+int BlockRows(const AutoExposureState& state) {
+  return BlockColumns(state) == 0 ? 0 : state.height / kExposureBlockSize;
+}
+
+template <class Entry>
+bool Allocate(std::size_t count, Entry*& entries) {
+  // At least one: malloc may give null for none.
+  entries = static_cast<Entry*>(std::malloc(std::max<std::size_t>(count, 1) * sizeof(Entry)));
+  return entries != nullptr;
+}
+
+/// An entry per block behind the pointers to the rows, all in one piece.
+template <class Entry>
+bool AllocateTable(const AutoExposureState& state, Entry**& rows) {
+  const auto rowCount = static_cast<std::size_t>(BlockRows(state));
+  const auto columns = static_cast<std::size_t>(BlockColumns(state));
+  void* memory = std::malloc(std::max<std::size_t>(rowCount, 1) * (sizeof(Entry*) + columns * sizeof(Entry)));
+  rows = static_cast<Entry**>(memory);
+  if (rows == nullptr) return false;
+  static_assert(alignof(Entry) <= alignof(Entry*));
+  auto* const entries = reinterpret_cast<Entry*>(rows + rowCount);
+  for (std::size_t by = 0; by < rowCount; ++by) rows[by] = entries + by * columns;
+  return true;
+}
 
 bool AllocateBuffers(AutoExposureState& state) {
-  state.referenceFrame = static_cast<std::uint8_t*>(std::malloc(FrameBytes(state)));
-  state.spareFrame = static_cast<std::uint8_t*>(std::malloc(FrameBytes(state)));
-  // One more than there are: malloc may give null for none.
-  const std::size_t blocks =
-      static_cast<std::size_t>(BlockColumns(state)) * static_cast<std::size_t>(BlockRows(state)) + 1;
-  state.referenceLuma = static_cast<std::uint8_t*>(std::malloc(blocks * kExposureBlockSamples));
-  state.referenceBlocks = static_cast<ReferenceBlock*>(std::malloc(blocks * sizeof(ReferenceBlock)));
-  return state.referenceFrame != nullptr && state.spareFrame != nullptr && state.referenceLuma != nullptr &&
-         state.referenceBlocks != nullptr && AllocateTable(state.width, state.height, state.blockCorrelation) &&
-         AllocateTable(state.width, state.height, state.blockMeanRatio) &&
-         AllocateTable(state.width, state.height, state.blockFlat);
+  const std::size_t blocks = static_cast<std::size_t>(BlockColumns(state)) * static_cast<std::size_t>(BlockRows(state));
+  return Allocate(FrameBytes(state), state.referenceFrame) && Allocate(FrameBytes(state), state.spareFrame) &&
+         Allocate(blocks * kExposureBlockSamples, state.referenceLuma) && Allocate(blocks, state.referenceBlocks) &&
+         AllocateTable(state, state.blockCorrelation) && AllocateTable(state, state.blockMeanRatio) &&
+         AllocateTable(state, state.blockFlat);
+}
+
+void Release(AutoExposureState* state) {
+  std::free(state->referenceFrame);
+  std::free(state->spareFrame);
+  std::free(state->referenceLuma);
+  std::free(state->referenceBlocks);
+  std::free(state->blockCorrelation);
+  std::free(state->blockMeanRatio);
+  std::free(state->blockFlat);
+  std::free(state);
 }
 
 // --- Measuring ---

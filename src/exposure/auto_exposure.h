@@ -1,5 +1,5 @@
 // The record of one exposure watcher, behind the handle of VidProcAdjustAutoExposureInit. Everything that it owns comes
-// from malloc.
+// from malloc and takes at most four times the bytes of a frame, which are not touched before the first frame.
 #pragma once
 
 #include <cstdint>
@@ -8,8 +8,8 @@
 
 namespace vidproc {
 
-/// 16.16 fixed point: 65536 is 1. Each table has `height` rows of `width` entries; [by][bx] belongs to the 16 x 16
-/// block at row 16 * by and column 16 * bx, the others are not used.
+/// 16.16 fixed point: 65536 is 1. The tables have an entry for each whole block of 16 x 16 pixels: [by][bx] for the one
+/// at row 16 * by and column 16 * bx.
 struct AutoExposureState {
   std::int32_t frameCount = 0;
   std::int32_t settling = 1;                  ///< 1 waiting for the brightness to settle, 0 watching for drift

@@ -348,20 +348,30 @@ TEST(ExposureHandleTest, RefusesSizes) {
 }
 
 TEST(ExposureHandleTest, GivesEverythingBackWhenMemoryIsOut) {
-  constexpr int kRows = 3;
   void* handle = nullptr;
   int failures = 0;
-  while (handle == nullptr) {
-    ASSERT_LT(failures, 100);
-    {
-      const testing_support::FailingMalloc failing(failures);
-      VidProcAdjustAutoExposureInit(&handle, 40, kRows, 0);
-    }
-    if (handle == nullptr) ++failures;
+  for (; handle == nullptr && failures < 100; ++failures) {
+    const testing_support::FailingMalloc failing(failures);
+    VidProcAdjustAutoExposureInit(&handle, 40, 33, 0);
   }
+  EXPECT_EQ(failures - 1, 8) << "the record, two frames, the reference's luma and figures, and three tables";
   VidProcAdjustAutoExposureCleanup(&handle);
-  // The record, two frames, and three tables, whose zeroed arrays compilers may take from calloc.
-  EXPECT_GE(failures, 3 + 3 * kRows);
+}
+
+TEST(ExposureHandleTest, TakesAtMostFourFrames) {
+  constexpr int kSizes[][2] = {{16, 16}, {15, 4000}, {1, 200000}, {16, 200000}, {200000, 1}, {31, 31}, {1280, 720}};
+  for (const auto& [width, height] : kSizes) {
+    void* handle = nullptr;
+    std::size_t bytes = 0;
+    {
+      const testing_support::MallocCount count;
+      VidProcAdjustAutoExposureInit(&handle, width, height, 0);
+      bytes = count.Bytes();
+    }
+    const std::size_t frameBytes = std::size_t{2} * static_cast<std::size_t>(width * height);
+    EXPECT_LE(bytes - sizeof(AutoExposureState), 4 * frameBytes) << width << "x" << height;
+    VidProcAdjustAutoExposureCleanup(&handle);
+  }
 }
 
 }  // namespace

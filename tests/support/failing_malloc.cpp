@@ -7,6 +7,7 @@ namespace {
 
 constexpr int kNone = -1;
 int callsUntilFailure = kNone;
+std::size_t requestedBytes = 0;
 
 }  // namespace
 
@@ -15,6 +16,7 @@ extern "C" {
 void* __real_malloc(std::size_t bytes);
 void* __wrap_malloc(std::size_t bytes);
 void* __wrap_malloc(std::size_t bytes) {
+  requestedBytes += bytes;
   if (callsUntilFailure != kNone && callsUntilFailure-- == 0) return nullptr;
   return __real_malloc(bytes);
 }
@@ -25,5 +27,8 @@ namespace testing_support {
 
 FailingMalloc::FailingMalloc(int number) { callsUntilFailure = number; }
 FailingMalloc::~FailingMalloc() { callsUntilFailure = kNone; }
+
+MallocCount::MallocCount() : before(requestedBytes) {}
+std::size_t MallocCount::Bytes() const { return requestedBytes - before; }
 
 }  // namespace testing_support

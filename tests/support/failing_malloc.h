@@ -1,6 +1,8 @@
-// Makes one call of malloc fail, for the few buffers that the library takes with malloc. The linker sends the calls of
-// the test program and of the library in it here (--wrap=malloc).
+// Makes one call of malloc fail, or adds up what is asked for: for the few buffers that the library takes with malloc.
+// The linker sends the calls of the test program and of the library in it here (--wrap=malloc).
 #pragma once
+
+#include <cstddef>
 
 namespace testing_support {
 
@@ -11,6 +13,16 @@ class FailingMalloc {
   ~FailingMalloc();
   FailingMalloc(const FailingMalloc&) = delete;
   FailingMalloc& operator=(const FailingMalloc&) = delete;
+};
+
+/// Counts the bytes that are asked for from its construction on.
+class MallocCount {
+ public:
+  MallocCount();
+  std::size_t Bytes() const;
+
+ private:
+  std::size_t before;
 };
 
 }  // namespace testing_support
