@@ -14,7 +14,7 @@ namespace {
 constexpr int kBlockRowBytes = 2 * kExposureBlockSize;
 constexpr int kRowsPerVector = kVectorBytes > kBlockRowBytes ? kVectorBytes / kBlockRowBytes : 1;
 constexpr int kBlocksPerLine = 2;    // of the cache
-constexpr int kPrefetchBytes = 128;  // hardware does not foresee the jumps between rows
+constexpr int kPrefetchBytes = 128;  // hardware prefetchers do not follow the step from row to row
 /// Blocks whose sums stay on the stack until they are compared.
 constexpr int kBlocksPerPass = 64;
 
@@ -25,7 +25,7 @@ constexpr int kMatchingCorrelation = 52429;    // 0.8
 constexpr int kFlatBlockCorrelation = 39323;   // 0.6
 constexpr int kTextureLimit = 3000;
 
-/// As SumTiles stores them; its fourth sum gives way to the sample.
+/// In the order of SumTiles, whose fourth sum is overwritten by the sample.
 struct BlockSums {
   std::int32_t samples;
   std::int32_t squares;
@@ -117,7 +117,7 @@ void CompareBlocks(const BlockSums* sums, const ReferenceBlock* references, int 
     // A deviation of 0 means a block of one value, and then the covariance is 0 too.
     const int isPlain = deviation == 0;
     const int correlation = static_cast<int>(kOne * (covariance + isPlain) / (deviation + isPlain));
-    // Vectors of doubles become signed integers only, so the ratio's lowest bit goes by itself.
+    // Vectors of doubles convert to signed integers only, and a ratio may fill 32 bits: its lowest bit is apart.
     const double ratio = kOne * r.sum / (c.samples + (c.samples == 0));
     const int halfRatio = static_cast<int>(0.5 * ratio);
     const int lowestBit = static_cast<int>(ratio - 2.0 * halfRatio);

@@ -265,35 +265,47 @@ TEST(ExposureTest, ComparesBlocksExactlyAtEveryLevel) {
   vidproc::CapLevel(vidproc::BestLevel());
 }
 
-TEST(ExposureTest, MatchesBlocksByMeanAndCorrelation) {
-  // Half of the reference's samples lie `spread` above the other half; in the frame `swapped` samples of each half have
-  // changed sides, for a correlation of 1 - swapped / 64. Flat blocks (spread below 7) need 0.6, others 0.8.
-  struct Case {
-    int referenceLevel, frameLevel, spread, swapped;
+/// Samples of a block that are alike.
+struct Group {
+  int count, reference, frame;
+};
+
+TEST(ExposureTest, MatchesBlocksUpToTheExactLimits) {
+  // Ratio of the means, correlation (both in 65536ths) and variance (in 256ths) lie at their limits or next to them; of
+  // the correlations of flat blocks near 0.6, none comes nearer to the limit.
+  const struct {
+    const char* limit;
     bool matches;
+    std::vector<Group> samples;
+  } kCases[] = {
+      {"ratio 58982", false, {{142, 229, 254}, {114, 229, 255}}},
+      {"ratio 58983", true, {{143, 229, 254}, {113, 229, 255}}},
+      {"ratio 72088", true, {{46, 255, 231}, {210, 255, 232}}},
+      {"ratio 72089", false, {{23, 254, 230}, {233, 254, 231}}},
+      {"correlation 52428", false, {{90, 101, 95}, {11, 101, 90}, {155, 93, 92}}},
+      {"correlation 52429", true, {{38, 95, 86}, {166, 118, 116}, {52, 94, 107}}},
+      {"correlation 39321, flat", false, {{79, 150, 152}, {24, 153, 153}, {153, 150, 149}}},
+      {"correlation 39329, flat", true, {{160, 200, 206}, {93, 199, 210}, {3, 178, 188}}},
+      {"variance 2999 of the frame", true, {{16, 157, 158}, {111, 161, 164}, {129, 160, 157}}},
+      {"variance 3000 of the frame", false, {{145, 92, 93}, {56, 98, 92}, {55, 99, 101}}},
+      {"variance 2999 of the reference", true, {{6, 140, 143}, {143, 137, 138}, {107, 144, 139}}},
+      {"variance 3000 of the reference", false, {{182, 165, 163}, {30, 175, 170}, {44, 163, 167}}},
   };
-  for (const Case& block : {Case{128, 142, 0, 0, true},
-                            {128, 143, 0, 0, false},
-                            {128, 117, 0, 0, true},
-                            {128, 116, 0, 0, false},
-                            {128, 129, 20, 12, true},
-                            {128, 129, 20, 13, false},
-                            {128, 129, 6, 25, true},
-                            {128, 129, 6, 26, false},
-                            {128, 129, 6, 20, true},
-                            {128, 129, 7, 20, false}}) {
-    SCOPED_TRACE(std::to_string(block.referenceLevel) + " to " + std::to_string(block.frameLevel) + ", spread " +
-                 std::to_string(block.spread) + ", swapped " + std::to_string(block.swapped));
+  for (const auto& block : kCases) {
+    SCOPED_TRACE(block.limit);
     Watcher watcher(16, 16);
-    for (int i = 0; i < 256; ++i) watcher.SetSample(i, block.referenceLevel + (i < 128 ? 0 : block.spread));
+    const auto fill = [&](int Group::*level) {
+      int next = 0;
+      for (const Group& group : block.samples) {
+        for (int i = 0; i < group.count; ++i) watcher.SetSample(next++, group.*level);
+      }
+    };
+    fill(&Group::reference);
     for (int call = 1; call <= 22; ++call) watcher.Show();
-    for (int i = 0; i < 256; ++i) {
-      const bool isUpper = (i < 128) == (i < block.swapped || i >= 256 - block.swapped);
-      watcher.SetSample(i, block.frameLevel + (isUpper ? block.spread : 0));
-    }
+    fill(&Group::frame);
     watcher.Show();
-    const int firstSample = block.frameLevel + (block.swapped > 0 ? block.spread : 0);
-    EXPECT_EQ(watcher.State().currentLevel, block.matches ? firstSample : block.referenceLevel);
+    const Group& first = block.samples[0];
+    EXPECT_EQ(watcher.State().currentLevel, block.matches ? first.frame : first.reference);
   }
 }
 
