@@ -13,7 +13,6 @@
 #define VIDPROC_API __attribute__((visibility("default")))
 
 namespace vidproc {
-struct Engine;
 struct Workspace;
 }  // namespace vidproc
 
@@ -235,14 +234,7 @@ class VIDPROC_API VideoProcessor {
                                   unsigned char strength, signed char* table);
 
  private:
-  friend struct vidproc::Engine;
-
-  /// What the owned buffers hold, in bytes: scratchA and scratchB each, previousFrame, and the two smoothing buffers.
-  std::uint64_t scratchBytes;
-  std::uint64_t previousFrameBytes;
-  std::uint64_t smoothingLargeBytes;
-  std::uint64_t smoothingSmallBytes;
-  /// Strip memory and plans of the kernels.
+  /// Working memory and plans of the kernels, and what the owned buffers hold; null before the first set-up.
   vidproc::Workspace* workspace;
 };
 

@@ -1,28 +1,10 @@
-// Frame dispatch: every frame enters through a form of Go, which runs exactly one kernel or none.
-#include "frame/engine.h"
-#include "frame/frame420.h"
+// The forms of Go: every frame takes one route, which is chosen once.
+#include "frame/route.h"
 #include "vidproc/video_processor.h"
 
-namespace vidproc {
-
-bool RunsPlainScaler(const VideoProcessor& processor, unsigned char plainScaler) {
-  return plainScaler != 0 && processor.cpuLevel >= 0;
-}
-
-}  // namespace vidproc
-
 int VideoProcessor::Go(unsigned char plainScaler) {
-  if (cpuLevel < 0) return 0;
-  if (vidproc::RunsPlainScaler(*this, plainScaler)) return PreProcExecute();
-  if (isPreProcessor == 0) return PostProcExecute();
-  const bool hasSse41 = cpuLevel >= 1;
-  const bool sameGeometry = outWidth == inWidth && outHeight == inHeight && softenLevel == 0;
-  // kept: nothing stands in for the temporal filter below SSE4.1; the destination stays as it was.
-  if (sameGeometry) return hasSse41 ? PreProcTemporalExecute() : 0;
-  if (adaptive == 0 || !hasSse41) return PreProcExecute();
-  if (use16Taps != 0) return PreProcAdaptive16TapTemporalExecute();
-  if (spatialMotionSmoothing != 0) return PreProcAdaptiveMotionSmoothingExecute();
-  return PreProcAdaptiveExecute();
+  RunRoute(*this, workspace, vidproc::ChooseRoute(*this, plainScaler), vidproc::Source(*this));
+  return 0;
 }
 
 int VideoProcessor::Go(unsigned char* source, unsigned char* destination, unsigned char plainScaler) {
@@ -40,7 +22,8 @@ int VideoProcessor::Go(unsigned char* sourceLuma, unsigned char* sourceChroma, u
       {sourceLuma, sourceChroma, sourceWidth, sourceHeight, sourceLumaStride, sourceChromaStride},
       {destinationLuma, destinationChroma, destinationWidth, destinationHeight, destinationLumaStride,
        destinationChromaStride}};
-  return vidproc::Engine::Go420(*this, frames, plainScaler);
+  RunRouteOnPlanes(*this, workspace, vidproc::ChooseRoute(*this, plainScaler), frames);
+  return 0;
 }
 
 int VideoProcessor::Go(char* inName, char* outName) {

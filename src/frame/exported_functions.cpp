@@ -3,7 +3,7 @@
 #include <initializer_list>
 
 #include "filters/resampling_bank.h"
-#include "frame/engine.h"
+#include "frame/runners.h"
 #include "vidproc/video_processor.h"
 
 namespace {

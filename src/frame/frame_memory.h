@@ -22,6 +22,23 @@ inline std::uint64_t DestinationExtent(const VideoProcessor& p) {
   return FrameExtent(p.outWidth, p.outHeight, p.outStride);
 }
 
+inline std::uint64_t PackedInputRow(const VideoProcessor& p) { return std::uint64_t{2} * p.inWidth; }
+inline std::uint64_t PackedOutputRow(const VideoProcessor& p) { return std::uint64_t{2} * p.outWidth; }
+inline std::uint64_t PackedOutputBytes(const VideoProcessor& p) { return PackedOutputRow(p) * p.outHeight; }
+
+inline bool HasPackedOutput(const VideoProcessor& p) { return p.outStride == PackedOutputRow(p); }
+
+/// Where the temporal filter, which works on packed frames, leaves its result.
+inline std::uint8_t* TemporalDestination(const VideoProcessor& p) {
+  return HasPackedOutput(p) ? p.dstFrame : reinterpret_cast<std::uint8_t*>(p.scratchA);
+}
+
+/// Rows of 2vuy in memory.
+struct Rows {
+  const std::uint8_t* start;
+  std::ptrdiff_t stride;
+};
+
 inline bool Overlap(const std::uint8_t* a, std::uint64_t aBytes, const std::uint8_t* b, std::uint64_t bBytes) {
   return a < b + bBytes && b < a + aBytes;
 }

@@ -7,8 +7,9 @@
 #include <memory>
 #include <new>
 
-#include "frame/engine.h"
 #include "frame/filter_setup.h"
+#include "frame/frame_checks.h"
+#include "frame/workspace.h"
 #include "vidproc/cpu_level.h"
 
 namespace {
@@ -109,10 +110,6 @@ VideoProcessor::VideoProcessor(int preProcessor, int soften)
       isPreProcessor(static_cast<std::uint8_t>(preProcessor)),
       ditherSeed(-1),
       deblockTestPattern(1),
-      scratchBytes(0),
-      previousFrameBytes(0),
-      smoothingLargeBytes(0),
-      smoothingSmallBytes(0),
       workspace(nullptr) {}
 
 // kept: ditherTable is not released.
@@ -122,7 +119,7 @@ VideoProcessor::~VideoProcessor() {
   delete[] previousFrame;
   delete[] smoothingBufferSmall;
   delete[] smoothingBufferLarge;
-  vidproc::Engine::ReleaseWorkspace(*this);
+  delete workspace;
 }
 
 unsigned char VideoProcessor::IsCompatibleProcessor() { return static_cast<unsigned char>(ProbeProcessor()); }
@@ -159,20 +156,22 @@ int VideoProcessor::SetUseSpatialMotionSmoothing(unsigned char enable) {
     delete[] smoothingBufferSmall;
     delete[] smoothingBufferLarge;
     smoothingBufferSmall = smoothingBufferLarge = nullptr;
-    smoothingSmallBytes = smoothingLargeBytes = 0;
+    if (workspace != nullptr) workspace->held.smoothingSmall = workspace->held.smoothingLarge = 0;
     return 0;
   }
+  if (workspace == nullptr) workspace = new vidproc::Workspace;
+  vidproc::BufferCapacities& held = workspace->held;
   const std::uint64_t rows = LargerIn16(inHeight, outHeight);
   const std::uint64_t stride = LargerIn16(inStride, outStride);
   if (smoothingBufferSmall == nullptr) {
     const std::uint64_t bytes = BufferBytes(rows, 4 * stride);
     smoothingBufferSmall = NewZeroed<std::uint8_t>(bytes).release();
-    smoothingSmallBytes = bytes;
+    held.smoothingSmall = bytes;
   }
   if (smoothingBufferLarge == nullptr) {
     const std::uint64_t bytes = BufferBytes(rows, 16 * stride);
     smoothingBufferLarge = NewZeroed<std::uint8_t>(bytes).release();
-    smoothingLargeBytes = bytes;
+    held.smoothingLarge = bytes;
   }
   return 0;
 }
@@ -212,6 +211,8 @@ int VideoProcessor::SetEnhanceFilter(EnhanceFilterTypes type, unsigned int stren
   if (ditherTable == nullptr) PostProcDitherNoiseLUTCreation(&ditherTable);
   InitLuminanceShiftTables(gain, offset);
 
+  if (workspace == nullptr) workspace = new vidproc::Workspace;
+  vidproc::BufferCapacities& held = workspace->held;
   // kept: buffers that exist keep their size, however large the frames of a later set-up.
   const std::uint64_t rows = LargerIn16(inHeight, outHeight) + 32;
   const std::uint64_t rowBytes = 2 * LargerIn16(inStride, outStride) + 64;
@@ -219,16 +220,17 @@ int VideoProcessor::SetEnhanceFilter(EnhanceFilterTypes type, unsigned int stren
     const std::uint64_t bytes = BufferBytes(2 * rows, rowBytes);
     auto newA = scratchA == nullptr ? NewZeroed<std::int16_t>(bytes) : nullptr;
     auto newB = scratchB == nullptr ? NewZeroed<std::int16_t>(bytes) : nullptr;
-    scratchBytes = newA && newB ? bytes : std::min(scratchBytes, bytes);
+    held.scratch = newA && newB ? bytes : std::min(held.scratch, bytes);
     if (newA) scratchA = newA.release();
     if (newB) scratchB = newB.release();
   }
   if (previousFrame == nullptr) {
     const std::uint64_t bytes = BufferBytes(rows, rowBytes);
     previousFrame = NewZeroed<std::uint8_t>(bytes).release();
-    previousFrameBytes = bytes;
+    held.previousFrame = bytes;
   }
-  vidproc::Engine::PrepareWorkspace(*this);
+  // Frames that outgrow the buffers are accepted and never processed: they get no working memory either.
+  if (vidproc::FitsScaler(*this, held, vidproc::kPlainScaler)) workspace->Reserve(vidproc::FrameSizesOf(*this));
   filtersReady = 1;
   return 0;
 }

@@ -4,6 +4,8 @@
 #include <limits>
 #include <new>
 
+#include "vidproc/video_processor.h"
+
 namespace vidproc {
 namespace {
 
@@ -65,5 +67,16 @@ void Workspace::Reserve(const FrameSizes& sizes) {
   reservedFor = sizes;
   plan.Invalidate();
 }
+
+bool Workspace::TryToReserve(const FrameSizes& sizes) {
+  try {
+    Reserve(sizes);
+    return true;
+  } catch (const std::bad_alloc&) {
+    return false;
+  }
+}
+
+FrameSizes FrameSizesOf(const VideoProcessor& p) { return {p.inWidth, p.inHeight, p.outWidth, p.outHeight}; }
 
 }  // namespace vidproc

@@ -11,18 +11,18 @@
 
 namespace vidproc {
 
-bool StartFrameNoise(VideoProcessor& p, NoiseRule rule, NoiseField* field) {
+bool StartFrameNoise(VideoProcessor& p, NoiseRule rule, NoiseField& field) {
   if (rule == NoiseRule::kNone) return false;
   const bool sizedByOutput = rule == NoiseRule::kSizedByOutput;
   const bool isOff = p.ditherLevel == 0 || (sizedByOutput && static_cast<std::int32_t>(p.ditherLevel) < 0);
   if (isOff) return false;
   if (p.ditherLevel > kNoiseStrengths) p.ditherLevel = kNoiseStrengths;
-  if (p.ditherTable == nullptr || field == nullptr) return false;
+  if (p.ditherTable == nullptr) return false;
   const auto seed = static_cast<unsigned>(p.ditherSeed == -1 ? std::clock() : p.ditherSeed);
   const std::uint32_t width = sizedByOutput ? p.outWidth : p.inWidth;
   const std::uint32_t height = sizedByOutput ? p.outHeight : p.inHeight;
   const std::uint32_t pitch = 2 * ((width + 15) & ~15u);
-  StartNoise(*field, p.ditherTable, p.ditherLevel, seed, pitch, width, height);
+  StartNoise(field, p.ditherTable, p.ditherLevel, seed, pitch, width, height);
   return true;
 }
 

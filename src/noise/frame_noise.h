@@ -17,8 +17,8 @@ enum class NoiseRule {
 };
 
 /// Lays out the processor's noise for its next frame in `field` and clamps its ditherLevel to 12.
-/// @return whether there is noise: not without a table or a field.
-bool StartFrameNoise(VideoProcessor& processor, NoiseRule rule, NoiseField* field);
+/// @return whether there is noise: not without a table.
+bool StartFrameNoise(VideoProcessor& processor, NoiseRule rule, NoiseField& field);
 
 /// Blocks that a row of the noise is made of. kept: the width rounded up to 16 pixels counts modulo 65536.
 constexpr std::uint32_t NoiseBlocksPerRow(std::uint32_t width) { return ((width + 15) & 0xFFFF) / kNoiseBlockSize; }

@@ -165,6 +165,7 @@ struct SmoothingSetUp : VideoProcessor {
 
 TEST(Smoothing, BuffersComeAndGoWithTheFlag) {
   SmoothingSetUp p;
+  p.SetUseSpatialMotionSmoothing(1);
   EXPECT_EQ(p.SetUseSpatialMotionSmoothing(0), 0);
   std::uint8_t* small = nullptr;
   std::uint8_t* large = nullptr;
@@ -190,13 +191,13 @@ TEST(Smoothing, BuffersComeAndGoWithTheFlag) {
 }
 
 TEST(Smoothing, SurvivesAFailedAllocation) {
-  for (const std::size_t failing : {0u, 1u}) {
+  for (const std::size_t failing : {0u, 1u, 2u}) {
     SmoothingSetUp p;
     {
       const AllocationLog log({failing});
       EXPECT_THROW(p.SetUseSpatialMotionSmoothing(1), std::bad_alloc);
     }
-    EXPECT_EQ(p.smoothingBufferSmall != nullptr, failing == 1);
+    EXPECT_EQ(p.smoothingBufferSmall != nullptr, failing == 2);
     EXPECT_EQ(p.smoothingBufferLarge, nullptr);
     p.SetUseSpatialMotionSmoothing(1);
     EXPECT_NE(p.smoothingBufferSmall, nullptr);
