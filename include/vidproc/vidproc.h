@@ -277,7 +277,7 @@ typedef struct vidproc_exposure_options {
   vidproc_frame_info input;  ///< format and size; 16..16384 in both directions, at most 32896 whole blocks of 16 x 16
 } vidproc_exposure_options;
 
-/// As the functions of the same names of the pre-processor. Configuring takes some 20 bytes a pixel and starts afresh,
+/// As the functions of the same names of the pre-processor. Configuring takes some 10 bytes a pixel and starts afresh,
 /// and so does a reset. Only luma is looked at.
 VIDPROC_API vidproc_status vidproc_exposure_create(vidproc_exposure** exposure);
 VIDPROC_API void vidproc_exposure_destroy(vidproc_exposure* exposure);
