@@ -23,6 +23,13 @@ constinit const KernelTable kKernels = {
     .addNoise = AddNoise,
     .interleaveRow = InterleaveRow,
     .splitRow = SplitRow,
+    .filterRowsVertically = FilterRowsVertically,
+    .scaleRow = ScaleRow,
+    .denoiseRowVertically = DenoiseRowVertically,
+    .denoiseRowHorizontally = DenoiseRowHorizontally,
+    .repeatEdges = RepeatRowEdges,
+    .shiftLumaRow = ShiftLumaRow,
+    .addNoiseToLumaRow = AddNoiseToLumaRow,
     .rememberBlocks = RememberBlocks,
     .measureBlocks = MeasureBlocks,
 };

@@ -15,6 +15,10 @@ struct NoiseField;
 struct BlockRow;
 struct BlockComparisons;
 struct BlockTotals;
+struct VerticalRowJob;
+struct HorizontalRowJob;
+struct VerticalDenoiseJob;
+struct HorizontalDenoiseJob;
 
 /// A level's entry points. The structures that they read and write are defined beside the kernels.
 struct KernelTable {
@@ -37,6 +41,19 @@ struct KernelTable {
   /// Interleaves a row of luma and a row of Cb Cr pairs into a row of `bytes` 2vuy bytes (a multiple of 4), and back.
   void (*interleaveRow)(const std::uint8_t* luma, const std::uint8_t* chroma, std::uint8_t* row, std::ptrdiff_t bytes);
   void (*splitRow)(const std::uint8_t* row, std::uint8_t* luma, std::uint8_t* chroma, std::ptrdiff_t bytes);
+  /// The row kernels, see row_jobs.h.
+  void (*filterRowsVertically)(const VerticalRowJob& job);
+  void (*scaleRow)(const HorizontalRowJob& job);
+  void (*denoiseRowVertically)(const VerticalDenoiseJob& job);
+  void (*denoiseRowHorizontally)(const HorizontalDenoiseJob& job);
+  /// Repeats the first and last `step` bytes (1 or 2) of a working row outwards.
+  void (*repeatEdges)(std::uint8_t* row, std::int32_t bytes, std::int32_t step);
+  /// (luma - offset) * gain in 64ths, in 16-bit lanes, clamped to bytes; `out` may be `luma`.
+  void (*shiftLumaRow)(const std::uint8_t* luma, std::int32_t bytes, std::int16_t gain, std::int16_t offset,
+                       std::uint8_t* out);
+  /// As addNoiseToRow, to a row of luma samples. `noise` is the row's line in a tile of kNoiseTileSize bytes a row.
+  void (*addNoiseToLumaRow)(const signed char* noise, const std::uint16_t* blockPosition, std::uint8_t* luma,
+                            std::int32_t bytes);
   /// Makes the blocks of a frame the reference, and compares those of later frames with it.
   void (*rememberBlocks)(const BlockRow& row);
   void (*measureBlocks)(const BlockRow& row, const BlockComparisons& results, BlockTotals& totals);
@@ -63,6 +80,15 @@ void AddNoiseToRow(const signed char* noise, const std::uint16_t* blockPosition,
 void AddNoise(NoiseField& field, std::uint8_t* bytes, std::uint64_t offset, std::uint64_t count);
 void InterleaveRow(const std::uint8_t* luma, const std::uint8_t* chroma, std::uint8_t* row, std::ptrdiff_t bytes);
 void SplitRow(const std::uint8_t* row, std::uint8_t* luma, std::uint8_t* chroma, std::ptrdiff_t bytes);
+void FilterRowsVertically(const VerticalRowJob& job);
+void ScaleRow(const HorizontalRowJob& job);
+void DenoiseRowVertically(const VerticalDenoiseJob& job);
+void DenoiseRowHorizontally(const HorizontalDenoiseJob& job);
+void RepeatRowEdges(std::uint8_t* row, std::int32_t bytes, std::int32_t step);
+void ShiftLumaRow(const std::uint8_t* luma, std::int32_t bytes, std::int16_t gain, std::int16_t offset,
+                  std::uint8_t* out);
+void AddNoiseToLumaRow(const signed char* noise, const std::uint16_t* blockPosition, std::uint8_t* luma,
+                       std::int32_t bytes);
 void RememberBlocks(const BlockRow& row);
 void MeasureBlocks(const BlockRow& row, const BlockComparisons& results, BlockTotals& totals);
 
