@@ -35,15 +35,6 @@ std::unique_ptr<Value, Free> Allocate(std::size_t count, const char* name) {
   return allocated;
 }
 
-/// r scaled by strength / 8, each eighth rounded down for itself.
-signed char Scaled(int r, int strength) {
-  int sum = 0;
-  for (int shift = 0; shift < 4; ++shift) {
-    if (strength & 8 >> shift) sum += r >> shift;
-  }
-  return static_cast<signed char>(sum);
-}
-
 /// Copies a row and adds the noise, block by block where it is written over the rest of its own source.
 void CopyRowWithNoise(const unsigned char* from, unsigned char* to, std::uint32_t rowBytes, const signed char* noise,
                       const std::uint16_t* blockPosition) {
@@ -63,10 +54,10 @@ int VideoProcessor::PostProcDitherNoiseLUTCreation(signed char** table) {
   if (created == nullptr) {
     std::fputs("{PostProcDitherNoiseLUTCreation} Error on memory allocation: ditherNoiseLUTPtr!\n", stderr);
   } else {
-    for (int strength = 1; strength <= kNoiseStrengths; ++strength) {
+    for (unsigned strength = 1; strength <= kNoiseStrengths; ++strength) {
       signed char* tile = created + (strength - 1) * kNoiseTileCells;
       for (int cell = 0; cell < kNoiseTileCells; ++cell) {
-        tile[cell] = Scaled(Spherical_Theta2_Guassian_Scaled_2By3[cell], strength);
+        tile[cell] = vidproc::ScaleNoise(Spherical_Theta2_Guassian_Scaled_2By3[cell], strength);
       }
     }
   }

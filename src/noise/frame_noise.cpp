@@ -28,11 +28,26 @@ bool StartFrameNoise(VideoProcessor& p, NoiseRule rule, NoiseField& field) {
 
 std::uint32_t FirstNoiseState(unsigned seed) { return LFSR_SEED_TABLE[seed & 0xFF] & kNoiseRegisterMask; }
 
+/// Each eighth is rounded down for itself.
+signed char ScaleNoise(signed char cell, unsigned strength) {
+  int sum = 0;
+  for (unsigned shift = 0; shift < 4; ++shift) {
+    if ((strength & 8u >> shift) != 0) sum += cell >> shift;
+  }
+  return static_cast<signed char>(sum);
+}
+
+void MakeLumaNoiseTile(unsigned strength, signed char* tile) {
+  for (int cell = 0; cell < kNoiseTileCells; ++cell) {
+    tile[cell] = NoiseOfCell(ScaleNoise(Spherical_Theta2_Guassian_Scaled_2By3[cell], strength));
+  }
+}
+
 void SpreadNoiseTile(const signed char* table, unsigned strength, signed char* noise) {
   const signed char* tile = table + (strength - 1) * kNoiseTileCells;
   for (int cell = 0; cell < kNoiseTileCells; ++cell) {
     noise[2 * cell] = 0;
-    noise[2 * cell + 1] = static_cast<signed char>(tile[cell] >> 4);
+    noise[2 * cell + 1] = NoiseOfCell(tile[cell]);
   }
 }
 

@@ -26,6 +26,13 @@ constexpr std::uint32_t NoiseBlocksPerRow(std::uint32_t width) { return ((width 
 /// The state of the shift register that a seed stands for; only its low 8 bits count.
 std::uint32_t FirstNoiseState(unsigned seed);
 
+/// A cell of the stored tile as the dither table holds it for a strength, and as it is added to a sample.
+signed char ScaleNoise(signed char cell, unsigned strength);
+constexpr signed char NoiseOfCell(signed char scaled) { return static_cast<signed char>(scaled >> 4); }
+
+/// Writes the tile of `strength` (1..12) as it is added to luma samples: kNoiseTileSize of them a row.
+void MakeLumaNoiseTile(unsigned strength, signed char* tile);
+
 /// Writes the tile of `strength` of a dither table as it is added to frame bytes.
 void SpreadNoiseTile(const signed char* table, unsigned strength, signed char* noise);
 
