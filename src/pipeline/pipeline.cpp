@@ -1,16 +1,62 @@
 #include "pipeline/pipeline.h"
 
+#include "pipeline/frame_sink.h"
+#include "pipeline/history.h"
+#include "pipeline/picture_builder.h"
+
 namespace vidproc {
 
-struct Pipeline::Stages {};
+struct Pipeline::Stages {
+  explicit Stages(const PipelineSettings& settings);
+  void Process(const InputPlanes& input, const OutputPlanes& output);
 
-Pipeline::Pipeline(const PipelineSettings& /*settings*/, const Pipeline* /*replaced*/)
-    : stages(std::make_unique<Stages>()) {}
+  const PipelineSettings settings;
+  const KernelTable& kernels = Kernels();
+  PictureBuilder picture{settings, kernels};
+  std::unique_ptr<FrameSink> sink;
+};
+
+Pipeline::Stages::Stages(const PipelineSettings& settings) : settings(settings) {
+  picture.AddSources();
+  picture.AddDenoising();
+  picture.AddScaling();
+  picture.AddLumaFinish();
+  sink = std::make_unique<FrameSink>(settings.output, picture.rows, kernels);
+}
+
+void Pipeline::Stages::Process(const InputPlanes& input, const OutputPlanes& output) {
+  const bool inPlace = input.plane[0] == output.plane[0];
+  for (const auto& stage : picture.stages) stage->StartFrame();
+  for (int i = 0; i < 3; ++i) {
+    if (picture.sources[i] != nullptr) picture.sources[i]->Attach(input.plane[i], input.stride[i], inPlace);
+  }
+  sink->Write(output);
+  for (const auto& stage : picture.stages) stage->EndFrame();
+}
+
+Pipeline::Pipeline(const PipelineSettings& settings, const Pipeline* /*replaced*/)
+    : stages(std::make_unique<Stages>(settings)) {}
+
 Pipeline::~Pipeline() = default;
-void Pipeline::TakeHistory(Pipeline& /*replaced*/) noexcept {}
-void Pipeline::ForgetHistory() noexcept {}
-void Pipeline::Process(const InputPlanes& /*input*/, const OutputPlanes& /*output*/) noexcept {}
 
-const char* UnsupportedReason(const PipelineSettings& /*settings*/) { return "frames are not processed yet"; }
+void Pipeline::TakeHistory(Pipeline& replaced) noexcept {
+  const FrameShape& before = replaced.stages->settings.input;
+  const FrameShape& now = stages->settings.input;
+  const bool isSamePicture = before.width == now.width && before.height == now.height &&
+                             HalvesChromaRows(before.format) == HalvesChromaRows(now.format);
+  if (isSamePicture) MoveHistory(replaced.stages->picture.denoisers, stages->picture.denoisers, stages->kernels);
+}
+
+void Pipeline::ForgetHistory() noexcept {
+  for (DenoiseStage* const stage : stages->picture.denoisers) {
+    if (stage != nullptr) stage->ForgetKept();
+  }
+}
+
+void Pipeline::Process(const InputPlanes& input, const OutputPlanes& output) noexcept {
+  stages->Process(input, output);
+}
+
+const char* UnsupportedReason(const PipelineSettings& /*settings*/) { return nullptr; }
 
 }  // namespace vidproc

@@ -2,15 +2,14 @@
 // and dithered, row by row. Whoever hands settings and frames over has checked them.
 #pragma once
 
-#include <cstddef>
 #include <cstdint>
 #include <memory>
+
+#include "pipeline/frame_shape.h"
 
 namespace vidproc {
 
 // The values are those of the public enumerations.
-enum class PixelFormat : std::uint8_t { kUyvy, kYuyv, kNv12, kI420, kI422 };
-enum class ChromaSiting : std::uint8_t { kLeft, kCentre };
 enum class Alignment : std::uint8_t { kCentres, kCorners };
 enum class ScalingFilter : std::uint8_t {
   kAutomatic,
@@ -24,14 +23,6 @@ enum class ScalingFilter : std::uint8_t {
   kTwoSincs
 };
 enum class Role : std::uint8_t { kPreProcessor, kPostProcessor };
-
-/// 2 x 1 to 16384 x 16384; every plane in a tight layout below 2^31 bytes.
-struct FrameShape {
-  PixelFormat format;
-  ChromaSiting siting;
-  std::int32_t width;
-  std::int32_t height;
-};
 
 struct ScalingSettings {
   Alignment alignment;
@@ -63,18 +54,6 @@ struct PipelineSettings {
   std::int32_t lumaOffset;    ///< -255..255
   std::int32_t ditherLevel;   ///< 0..12
   std::int32_t ditherSeed;    ///< -1 from the clock, 0..255
-};
-
-/// Planes of a frame in the order of the format: one for packed frames, luma and pairs for NV12, luma, Cb, Cr for the
-/// planar ones. Each starts with its top row; strides are negative in bottom-up frames. No alignment; rows may be any
-/// distance apart that holds them.
-struct InputPlanes {
-  const std::uint8_t* plane[3];
-  std::ptrdiff_t stride[3];
-};
-struct OutputPlanes {
-  std::uint8_t* plane[3];
-  std::ptrdiff_t stride[3];
 };
 
 class Pipeline {

@@ -13,6 +13,7 @@ namespace vidproc {
 struct SampleGrid {
   std::int32_t spacing;
   std::int32_t firstInHalves;
+  bool operator==(const SampleGrid&) const = default;
 };
 inline constexpr SampleGrid kLumaGrid{1, 1};           ///< and chroma rows of 4:2:2
 inline constexpr SampleGrid kLeftChromaGrid{2, 1};     ///< columns beside the first luma sample of a pair

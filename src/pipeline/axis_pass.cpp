@@ -1,0 +1,129 @@
+#include "pipeline/axis_pass.h"
+
+#include <algorithm>
+#include <numeric>
+
+#include "filters/scaling_bank.h"
+
+namespace vidproc {
+namespace {
+
+constexpr std::int32_t kInterfaceBits = 7;
+constexpr std::int32_t kDescribedPostBits = 6;
+
+/// Kernels whose width is given, whatever the ratio.
+bool IsDescribed(ScalingFilter filter) { return filter >= ScalingFilter::kGaussian; }
+
+filters::ScalingKernel KernelOf(ScalingFilter filter) {
+  switch (filter) {
+    case ScalingFilter::kAutomatic:
+      return filters::ScalingKernel::kAutomatic;
+    case ScalingFilter::kBilinear:
+      return filters::ScalingKernel::kBilinear;
+    case ScalingFilter::kCatmullRom:
+      return filters::ScalingKernel::kCatmullRom;
+    case ScalingFilter::kMitchell:
+      return filters::ScalingKernel::kMitchell;
+    case ScalingFilter::kLanczos:
+      return filters::ScalingKernel::kLanczos;
+    case ScalingFilter::kArea:
+      return filters::ScalingKernel::kArea;
+    default:
+      return filters::ScalingKernel::kDescribed;
+  }
+}
+
+filters::KernelKind KindOf(ScalingFilter filter) {
+  if (filter == ScalingFilter::kGaussian) return filters::kGaussian;
+  return filter == ScalingFilter::kHammingSinc ? filters::kHammingSinc : filters::kTwoSincs;
+}
+
+filters::ScalingFilter FilterOf(const ScalingSettings& settings, bool keepsPlaces) {
+  filters::ScalingFilter filter;
+  filter.kernel = KernelOf(settings.filter);
+  if (filter.kernel == filters::ScalingKernel::kDescribed) {
+    filter.described = {KindOf(settings.filter), static_cast<std::uint32_t>(settings.softening),
+                        static_cast<std::uint32_t>(settings.lobes)};
+  } else if (keepsPlaces) {
+    filter.kernel = filters::ScalingKernel::kIdentity;
+  }
+  filter.sharpening = static_cast<std::uint32_t>(settings.sharpening);
+  return filter;
+}
+
+std::int32_t Halved(std::int32_t size, std::int32_t times) {
+  for (; times > 0; --times) size = size / 2 + size % 2;
+  return size;
+}
+
+Ratio Reduced(std::int32_t up, std::int32_t down) {
+  const std::int32_t divisor = std::gcd(up, down);
+  return {up / divisor, down / divisor};
+}
+
+RowPosition Locate(const ScalingSettings& settings, std::int64_t output, const Ratio& ratio, const SampleGrid& gridIn,
+                   const SampleGrid& gridOut) {
+  if (settings.alignment == Alignment::kCentres) return LocateCentred(output, ratio, gridIn, gridOut);
+  const PhasePosition position = LocatePhase(output, ratio);
+  return {position.source, position.phase};
+}
+
+bool IsUnity(const AxisPass& pass) {
+  const std::int16_t* const taps = pass.bank[0];
+  return taps[filters::CentreTap(pass.taps)] == 1 << pass.precisionBits &&
+         std::count(taps, taps + pass.taps, 0) == pass.taps - 1;
+}
+
+void PlanHalving(const ScalingSettings& settings, const AxisRequest& axis, std::int32_t size, AxisPass& pass) {
+  constexpr Ratio kHalf{1, 2};
+  for (std::int32_t k = 0; k < Halved(size, 1); ++k) {
+    pass.positions.push_back(Locate(settings, k, kHalf, axis.gridIn, axis.gridIn));
+  }
+  pass.precisionBits = kInterfaceBits;
+  filters::DesignScalingBank({}, kHalf.up, kHalf.down, axis.taps, pass.precisionBits, pass.bank);
+}
+
+/// @return whether all outputs lie on the samples of the same number, of `size`.
+bool PlanLastStep(const ScalingSettings& settings, const AxisRequest& axis, std::int32_t size, std::int32_t up,
+                  AxisPass& pass) {
+  const Ratio ratio = Reduced(up, axis.in);
+  bool keepsPlaces = size == (axis.dropsOut ? axis.out : axis.componentOut);
+  for (std::int32_t k = 0; k < axis.componentOut; ++k) {
+    const std::int32_t row = axis.dropsOut ? std::min(2 * k + 1, axis.out - 1) : k;
+    const RowPosition position = Locate(settings, row, ratio, axis.gridIn, axis.gridOut);
+    keepsPlaces = keepsPlaces && position.source == row && position.phase == 0;
+    pass.positions.push_back(position);
+  }
+  const filters::ScalingFilter filter = FilterOf(settings, keepsPlaces);
+  filters::DesignScalingBank(filter, ratio.up, ratio.down, axis.taps, pass.precisionBits, pass.bank);
+  return keepsPlaces;
+}
+
+}  // namespace
+
+std::int32_t HalvingsOf(const ScalingSettings& settings, const AxisRequest& axis) {
+  if (IsDescribed(settings.filter)) return 0;
+  std::int32_t halvings = 0;
+  while (axis.in > std::int64_t{axis.out} * (axis.taps / 2) << halvings) ++halvings;
+  return halvings;
+}
+
+bool PlanAxisPass(const ScalingSettings& settings, Role role, const AxisRequest& axis, std::int32_t number,
+                  AxisPass& pass) {
+  const std::int32_t halvings = HalvingsOf(settings, axis);
+  const std::int32_t size = Halved(axis.repeatsIn ? axis.in : axis.componentIn, number);
+  pass.positions.clear();
+  pass.taps = axis.taps;
+  pass.repeatedSize = axis.repeatsIn && number == 0 ? axis.in : 0;
+  if (number < halvings) {
+    PlanHalving(settings, axis, size, pass);
+    return true;
+  }
+  const bool isPost = role == Role::kPostProcessor;
+  pass.precisionBits = isPost && IsDescribed(settings.filter) ? kDescribedPostBits : kInterfaceBits;
+  const bool keepsPlaces = PlanLastStep(settings, axis, size, axis.out << halvings, pass);
+  const bool keepsSamples = (pass.repeatedSize > 0) == axis.dropsOut && keepsPlaces;
+  return !(keepsSamples && IsUnity(pass));
+}
+
+}  // namespace vidproc

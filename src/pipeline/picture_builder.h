@@ -1,0 +1,54 @@
+// Puts together the stages that a frame's settings ask for.
+#pragma once
+
+#include <memory>
+#include <utility>
+#include <vector>
+
+#include "kernels/kernel_table.h"
+#include "pipeline/axis_pass.h"
+#include "pipeline/denoise_stage.h"
+#include "pipeline/frame_sink.h"
+#include "pipeline/pipeline.h"
+#include "pipeline/source_stages.h"
+
+namespace vidproc {
+
+/// The stages of a frame's components, from the planes of the input on.
+class PictureBuilder {
+ public:
+  /// @throws std::bad_alloc, as do all that follow
+  PictureBuilder(const PipelineSettings& settings, const KernelTable& kernels);
+
+  void AddSources();
+  void AddDenoising();
+  void AddScaling();
+  void AddLumaFinish();
+
+  std::vector<std::unique_ptr<Stage>> stages;  ///< inputs first
+  PlaneSource* sources[3] = {};                ///< of the input's planes
+  DenoiseStage* denoisers[3] = {};             ///< of luma; of pairs, or of Cb and Cr
+  PictureRows rows;                            ///< the last stages so far
+
+ private:
+  template <class StageType, class... Arguments>
+  StageType& Add(Arguments&&... arguments) {
+    auto stage = std::make_unique<StageType>(std::forward<Arguments>(arguments)...);
+    StageType& added = *stage;
+    stages.push_back(std::move(stage));
+    return added;
+  }
+  AxisRequest HorizontalAxis(bool isLuma) const;
+  AxisRequest VerticalAxis(bool isLuma) const;
+  void AddPackedSource();
+  void Split(Stage& packed);
+  std::int32_t RowsThatLumaLeads() const;
+  Stage* AddPass(Stage* input, const AxisRequest& axis, bool isVertical, std::int32_t number);
+  Stage* ScaleComponent(Stage* input, bool isLuma);
+
+  const PipelineSettings& settings;
+  const KernelTable& kernels;
+  bool hasFirstVerticalPass = false;  ///< the packed rows have gone through it
+};
+
+}  // namespace vidproc

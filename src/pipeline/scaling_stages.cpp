@@ -1,0 +1,89 @@
+#include "pipeline/scaling_stages.h"
+
+#include <algorithm>
+#include <cstring>
+
+#include "levels/general_forms.h"
+#include "plan/row_taps.h"
+
+namespace vidproc {
+namespace {
+
+PlaneShape WithHeight(PlaneShape shape, std::size_t height) {
+  shape.height = static_cast<std::int32_t>(height);
+  return shape;
+}
+
+PlaneShape WithWidth(PlaneShape shape, std::size_t width) {
+  shape.width = static_cast<std::int32_t>(width);
+  return shape;
+}
+
+ByteRowShape ShapeOf(const KernelTable& kernels) { return GeneralFormsOnly() ? ByteRowShape{} : kernels.byteRowShape; }
+
+HorizontalRowRequest RequestOf(const PlaneShape& input, const AxisPass& pass, const KernelTable& kernels) {
+  return {.bank = pass.bank,
+          .taps = pass.taps,
+          .shift = pass.precisionBits,
+          .positions = pass.positions.data(),
+          .outputs = static_cast<std::int32_t>(pass.positions.size()),
+          .inputs = input.width,
+          .step = input.sampleBytes,
+          .shape = ShapeOf(kernels)};
+}
+
+}  // namespace
+
+VerticalPass::VerticalPass(Stage& input, const AxisPass& pass, const KernelTable& kernels)
+    : Stage(WithHeight(input.Shape(), pass.positions.size())),
+      input(input),
+      kernels(kernels),
+      positions(pass.positions),
+      rowShift(pass.repeatedSize > 0 ? 1 : 0),
+      lastRow((pass.repeatedSize > 0 ? pass.repeatedSize : input.Shape().height) - 1),
+      precisionBits(pass.precisionBits) {
+  for (int phase = 0; phase < kPhases; ++phase) {
+    taps[phase] = PlanVerticalTaps(pass.bank[phase], pass.taps, ShapeOf(kernels));
+  }
+  input.Hold(pass.taps);
+}
+
+const std::uint8_t* VerticalPass::InputRow(std::int32_t row) {
+  return input.Row(std::clamp(row, 0, lastRow) >> rowShift);
+}
+
+void VerticalPass::MakeRow(std::int32_t y, std::uint8_t* out) {
+  const RowPosition& position = positions[static_cast<std::size_t>(y)];
+  const VerticalTaps& phase = taps[position.phase];
+  VerticalRowJob job;
+  job.taps = &phase;
+  for (std::int32_t t = 0; t < phase.count; ++t) job.rows[t] = InputRow(position.source + phase.row[t]);
+  job.ahead[0] = nullptr;
+  job.ahead[1] = nullptr;
+  job.shift = precisionBits;
+  job.bytes = Shape().RowBytes();
+  job.out = out;
+  kernels.filterRowsVertically(job);
+}
+
+/// The kernel may overrun short rows.
+void VerticalPass::WriteRow(std::int32_t y, std::uint8_t* out) {
+  if (Shape().RowBytes() >= kMinRowBytes) return MakeRow(y, out);
+  std::memcpy(out, HeldRow(y), static_cast<std::size_t>(Shape().RowBytes()));
+}
+
+HorizontalPass::HorizontalPass(Stage& input, const AxisPass& pass, const KernelTable& kernels)
+    : Stage(WithWidth(input.Shape(), pass.positions.size())),
+      input(input),
+      kernels(kernels),
+      layout(RequestOf(input.Shape(), pass, kernels)) {
+  input.Hold(1);
+}
+
+void HorizontalPass::MakeRow(std::int32_t y, std::uint8_t* out) {
+  std::uint8_t* const row = input.HeldRow(y);
+  kernels.repeatEdges(row, input.Shape().RowBytes(), input.Shape().sampleBytes);
+  kernels.scaleRow({&layout.Plan(), row, out});
+}
+
+}  // namespace vidproc

@@ -1,0 +1,49 @@
+// A scaling step of a component: the vertical pass, then the horizontal one. Each gives bytes.
+#pragma once
+
+#include <vector>
+
+#include "kernels/kernel_table.h"
+#include "kernels/row_jobs.h"
+#include "pipeline/axis_pass.h"
+#include "pipeline/stage.h"
+#include "plan/horizontal_row_layout.h"
+
+namespace vidproc {
+
+class VerticalPass : public Stage {
+ public:
+  /// @throws std::bad_alloc
+  VerticalPass(Stage& input, const AxisPass& pass, const KernelTable& kernels);
+  void WriteRow(std::int32_t y, std::uint8_t* out) override;
+
+ protected:
+  void MakeRow(std::int32_t y, std::uint8_t* out) override;
+
+ private:
+  const std::uint8_t* InputRow(std::int32_t row);
+
+  Stage& input;
+  const KernelTable& kernels;
+  const std::vector<RowPosition> positions;
+  const std::int32_t rowShift;  ///< 1: every input row stands twice
+  const std::int32_t lastRow;
+  const std::int32_t precisionBits;
+  VerticalTaps taps[kPhases];
+};
+
+class HorizontalPass : public Stage {
+ public:
+  /// @throws std::bad_alloc
+  HorizontalPass(Stage& input, const AxisPass& pass, const KernelTable& kernels);
+
+ protected:
+  void MakeRow(std::int32_t y, std::uint8_t* out) override;
+
+ private:
+  Stage& input;
+  const KernelTable& kernels;
+  const HorizontalRowLayout layout;
+};
+
+}  // namespace vidproc
