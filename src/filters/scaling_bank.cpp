@@ -24,7 +24,7 @@ KernelShape Shape(ScalingKernel kernel, int up, int down, int taps) {
   const double stretch = std::min(ratio, reach - 0.5);
   switch (kernel) {
     case ScalingKernel::kAutomatic:
-      return AutomaticShape(up, down, taps);
+      return AutomaticShape(kAutomaticRule, up, down, taps);
     case ScalingKernel::kBilinear:
       return Triangle(std::min(ratio, reach));
     case ScalingKernel::kCatmullRom:
@@ -39,9 +39,6 @@ KernelShape Shape(ScalingKernel kernel, int up, int down, int taps) {
       return Triangle(1);
   }
 }
-
-// Phases 0 and 8, whose samples lie symmetrically about the output sample.
-bool IsSymmetric(int phase) { return phase % (kPhases / 2) == 0; }
 
 // Tap t becomes itself plus sharpening/16 x (2 t - its neighbours), the end taps repeated: the sum stays.
 void Sharpen(double* samples, int used, std::uint32_t sharpening) {
@@ -89,40 +86,47 @@ void MirrorPhases(int taps, Bank& bank) {
   }
 }
 
-void DesignDescribedBank(const ScalingFilter& filter, int taps, int total, int precisionBits, Bank& bank) {
+// From the samples of a phase to its coefficients. Phase 0 leaves out its last tap, which has no mirror.
+void FinishPhase(double* samples, int phase, std::uint32_t sharpening, int taps, int precisionBits,
+                 std::int16_t* coefficients) {
+  const int used = phase == 0 ? taps - 1 : taps;
+  Sharpen(samples, used, sharpening);
+  RoundToSum(samples, used, phase % (kPhases / 2) == 0, 1 << precisionBits, coefficients);
+}
+
+void DesignDescribedBank(const ScalingFilter& filter, int taps, int precisionBits, Bank& bank) {
+  std::fill_n(&bank[0][0], kPhases * kMaxTaps, std::int16_t{0});
   DesignResamplingBank(filter.described, taps, precisionBits, bank);
   if (filter.sharpening == 0) return;
   for (int phase = 0; phase <= kPhases / 2; ++phase) {
-    const int used = phase == 0 ? taps - 1 : taps;
     double samples[kMaxTaps];
-    std::copy_n(bank[phase], used, samples);
-    Sharpen(samples, used, filter.sharpening);
-    RoundToSum(samples, used, IsSymmetric(phase), total, bank[phase]);
+    std::copy_n(bank[phase], taps, samples);
+    FinishPhase(samples, phase, filter.sharpening, taps, precisionBits, bank[phase]);
   }
   MirrorPhases(taps, bank);
 }
 
 }  // namespace
 
-bool DesignScalingBank(const ScalingFilter& filter, int up, int down, int taps, int precisionBits, Bank& bank) {
-  if (!IsScalingBank(filter, up, down, taps, precisionBits)) return false;
-  const int total = 1 << precisionBits;
+void DesignShapeBank(const KernelShape& shape, std::uint32_t sharpening, int taps, int precisionBits, Bank& bank) {
   std::fill_n(&bank[0][0], kPhases * kMaxTaps, std::int16_t{0});
-  if (filter.kernel == ScalingKernel::kDescribed) {
-    DesignDescribedBank(filter, taps, total, precisionBits, bank);
-    return true;
-  }
-  const KernelShape shape = Shape(filter.kernel, up, down, taps);
   for (int phase = 0; phase <= kPhases / 2; ++phase) {
-    const int used = phase == 0 ? taps - 1 : taps;
     double samples[kMaxTaps];
-    for (int t = 0; t < used; ++t) {
+    for (int t = 0; t < taps; ++t) {
       samples[t] = SampleShape(shape, t - CentreTap(taps) - static_cast<double>(phase) / kPhases);
     }
-    Sharpen(samples, used, filter.sharpening);
-    RoundToSum(samples, used, IsSymmetric(phase), total, bank[phase]);
+    FinishPhase(samples, phase, sharpening, taps, precisionBits, bank[phase]);
   }
   MirrorPhases(taps, bank);
+}
+
+bool DesignScalingBank(const ScalingFilter& filter, int up, int down, int taps, int precisionBits, Bank& bank) {
+  if (!IsScalingBank(filter, up, down, taps, precisionBits)) return false;
+  if (filter.kernel == ScalingKernel::kDescribed) {
+    DesignDescribedBank(filter, taps, precisionBits, bank);
+  } else {
+    DesignShapeBank(Shape(filter.kernel, up, down, taps), filter.sharpening, taps, precisionBits, bank);
+  }
   return true;
 }
 

@@ -4,6 +4,7 @@
 
 #include <cstdint>
 
+#include "filters/kernel_shape.h"
 #include "filters/phase_bank.h"
 #include "filters/resampling_bank.h"
 
@@ -33,6 +34,9 @@ struct ScalingFilter {
 /// size, positive, need not be reduced), `taps` 4, 8 or 16, `precisionBits` 6 or 7. False, with the bank untouched, for
 /// anything else. kept: the phases of a described kernel that is not sharpened may miss their sum by one.
 bool DesignScalingBank(const ScalingFilter& filter, int up, int down, int taps, int precisionBits, Bank& bank);
+
+/// The same bank from a kernel of one's own.
+void DesignShapeBank(const KernelShape& shape, std::uint32_t sharpening, int taps, int precisionBits, Bank& bank);
 
 /// Whether every coefficient of a phase lies in -127..127; one tap alone may be 128.
 bool FitsSignedBytes(const std::int16_t* phase, int taps);
