@@ -5,6 +5,7 @@ find_package(nlohmann_json QUIET)
 find_package(benchmark QUIET)
 if(PkgConfig_FOUND)
   pkg_check_modules(FFMPEG QUIET IMPORTED_TARGET libavformat libavcodec libavutil libswscale)
+  pkg_check_modules(SWSCALE QUIET IMPORTED_TARGET libswscale libavutil)
 endif()
 
 # vidproc_add_optional(DIRECTORY WHAT PACKAGE...): adds the directory if every <PACKAGE>_FOUND holds.
