@@ -1,0 +1,377 @@
+// The row kernels at every level and in every form against the plain passes over a row: rows of all lengths between
+// forbidden pages, banks of every kind and at the bounds of what the byte forms can hold.
+#include "reference/rows.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdint>
+#include <functional>
+#include <numeric>
+#include <string>
+#include <vector>
+
+#include "kernels/kernel_table.h"
+#include "kernels/noise_field.h"
+#include "kernels/row_jobs.h"
+#include "levels/general_forms.h"
+#include "plan/centred_position.h"
+#include "plan/horizontal_row_layout.h"
+#include "plan/row_taps.h"
+#include "reference/lane.h"
+#include "support/kernel_harness.h"
+
+namespace {
+
+using namespace testing_support;
+using reference::Row;
+using vidproc::kMaxTaps;
+
+constexpr std::uint32_t kCases = 300;
+
+vidproc::ByteRowShape Shape() {
+  return vidproc::GeneralFormsOnly() ? vidproc::ByteRowShape{} : vidproc::Kernels().byteRowShape;
+}
+
+/// Runs each case at every level and in every form, with the same numbers drawn.
+void RunCases(const std::function<void(Random&)>& runCase) {
+  for (const KernelForms& forms : AvailableForms()) {
+    const FormsInUse inUse(forms);
+    for (std::uint32_t seed = 1; seed <= kCases && !testing::Test::HasFailure(); ++seed) {
+      SCOPED_TRACE(forms.Name() + ", seed " + std::to_string(seed));
+      Random random(seed);
+      runCase(random);
+    }
+  }
+}
+
+/// A row with room on both sides, right after a forbidden page or right before one; all around it must survive.
+class GuardedRow {
+ public:
+  GuardedRow(const Row& content, int before, int after, Random& random)
+      : start(static_cast<std::size_t>(before)),
+        memory(start + content.size() + static_cast<std::size_t>(after), random.OneIn(2) ? Flush::kEnd : Flush::kBegin,
+               random) {
+    memory.PutRows(content, content.size(), start, content.size());
+    memory.Load();
+  }
+  std::uint8_t* Bytes() { return memory.Live() + start; }
+  /// Compares all of the memory with what it was, but for the row itself.
+  void ExpectRow(const Row& row) {
+    std::copy(row.begin(), row.end(), memory.Expected() + start);
+    EXPECT_EQ(memory.FirstDifference(start, std::size_t{1} << 20), "");
+  }
+
+ private:
+  std::size_t start;
+  GuardedMemory memory;
+};
+
+/// Rows under a vertical pass, as a caller's frame holds them: nothing may be read before the first or past the last.
+GuardedRow PutRowsTogether(const std::vector<Row>& rows, Random& random) {
+  Row all;
+  for (const Row& row : rows) all.insert(all.end(), row.begin(), row.end());
+  const int slack = std::max(0, vidproc::kMinRowBytes - static_cast<int>(rows[0].size()));
+  return {all, 0, slack, random};
+}
+
+/// What a kernel may overrun is anything.
+class StateRow {
+ public:
+  explicit StateRow(const Row& content) : size(content.size()), memory(content) {
+    memory.resize(size + vidproc::kRowSlack);
+  }
+  std::uint8_t* Bytes() { return memory.data(); }
+  Row Content() const { return {memory.begin(), memory.begin() + static_cast<std::ptrdiff_t>(size)}; }
+
+ private:
+  std::size_t size;
+  Row memory;
+};
+
+Row DrawRow(int bytes, Random& random) {
+  Row row;
+  Paint(random.Pick({Content::kNoise, Content::kExtreme, Content::kSmooth, Content::kSteps}), bytes, 1, random, row);
+  return row;
+}
+
+/// A row that differs from the other by little, or by as much as the motion test wraps at.
+Row DrawNear(const Row& other, Random& random) {
+  Row row = other;
+  for (std::uint8_t& byte : row) {
+    const int change = random.Pick({0, 1, -3, 14, 15, 16, 17, -15, -16, 181, 182, -181, -182, 90});
+    byte = reference::ClampToByte(byte + change);
+  }
+  return row;
+}
+
+int DrawLength(int step, Random& random) {
+  const int samples = random.Pick({random.Between(1, 12), random.Between(13, 140), random.Between(128, 420)});
+  return step * samples;
+}
+
+using Bank = std::int16_t[16][kMaxTaps];
+enum class Weights { kRandom, kLobes, kIdentity, kSharpened, kBounds };
+constexpr Weights kAllWeights[] = {Weights::kRandom, Weights::kLobes, Weights::kIdentity, Weights::kSharpened,
+                                   Weights::kBounds};
+
+/// Totals of positive and of negative taps around the bounds of 16-bit sums of bytes, beside one tap around those of a
+/// byte.
+void DrawNearBounds(int taps, Random& random, std::int16_t* c) {
+  const int largest = random.Between(0, taps - 1);
+  int rest[2] = {random.Pick({60, 127, 128, 129}), random.Pick({0, 127, 128, 129})};
+  for (int t = 0; t < taps; ++t) {
+    int& left = rest[t % 2];
+    const int part = random.OneIn(3) ? left : random.Between(0, left);
+    left -= part;
+    c[t] = static_cast<std::int16_t>(t % 2 == 0 ? part : -part);
+  }
+  c[largest] = static_cast<std::int16_t>(random.Pick({126, 127, 128, 129, 254, 255}));
+}
+
+void DrawPhase(Weights weights, int taps, int shift, Random& random, std::int16_t* c) {
+  const int centre = taps / 2 - 1;
+  std::fill_n(c, kMaxTaps, std::int16_t{0});
+  if (weights == Weights::kBounds) return DrawNearBounds(taps, random, c);
+  if (weights == Weights::kRandom) {
+    for (int t = 0; t < taps; ++t) c[t] = static_cast<std::int16_t>(random.Between(-300, 300));
+    return;
+  }
+  c[centre + random.Between(0, 1)] = static_cast<std::int16_t>(1 << shift);
+  if (weights == Weights::kIdentity) return;
+  const int reach = weights == Weights::kSharpened ? 1 : random.Between(1, taps / 2);
+  for (int t = centre + 1 - reach; t <= centre + reach; ++t) {
+    // What one tap loses its neighbour towards the middle gains.
+    const int part = random.Between(weights == Weights::kSharpened ? -40 : -16, 16);
+    c[t] = static_cast<std::int16_t>(c[t] + part);
+    const int inner = t <= centre ? t + 1 : t - 1;
+    c[inner] = static_cast<std::int16_t>(c[inner] - part);
+  }
+}
+
+/// Sets some bytes to what makes the sum of the tap largest, or smallest.
+void PullToExtremes(std::int16_t coefficient, std::uint8_t* bytes, int count) {
+  for (int b = 0; b < count; ++b) {
+    if (b % 5 < 2) bytes[b] = (coefficient > 0) == (b % 5 == 0) ? 255 : 0;
+  }
+}
+
+TEST(RowKernelTest, FilterRowsVertically) {
+  RunCases([](Random& random) {
+    const int taps = random.Pick({4, 8});
+    const int shift = random.Pick({6, 7});
+    const int bytes = DrawLength(1, random);
+    std::int16_t coefficients[kMaxTaps];
+    DrawPhase(random.Pick(kAllWeights), taps, shift, random, coefficients);
+    std::vector<Row> rows;
+    for (int t = 0; t < taps; ++t) {
+      rows.push_back(DrawRow(bytes, random));
+      PullToExtremes(coefficients[t], rows.back().data(), bytes);
+    }
+    GuardedRow source = PutRowsTogether(rows, random);
+    GuardedRow out(Row(rows[0].size()), 0, 0, random);
+    std::vector<const std::uint8_t*> sources;
+    for (int t = 0; t < taps; ++t) sources.push_back(source.Bytes() + t * bytes);
+
+    const vidproc::VerticalTaps plan = vidproc::PlanVerticalTaps(coefficients, taps, Shape());
+    vidproc::VerticalRowJob job{&plan, {},    {nullptr, random.OneIn(2) ? sources[0] : nullptr},
+                                shift, bytes, out.Bytes()};
+    for (int i = 0; i < plan.count; ++i) job.rows[i] = sources.data()[taps / 2 - 1 + plan.row[i]];
+    vidproc::Kernels().filterRowsVertically(job);
+    out.ExpectRow(reference::FilterVertically(sources, coefficients, shift, bytes));
+  });
+}
+
+/// Positions along a row: by the ratio of two sizes, from a random start.
+std::vector<reference::Place> DrawPlaces(int inputs, int outputs, Random& random) {
+  std::vector<reference::Place> places;
+  const int offset = random.OneIn(2) ? 0 : random.Between(-400, 400);
+  const int coarseness = random.Pick({1, 1, 2, 16});
+  for (int k = 0; k < outputs; ++k) {
+    int sixteenths = (16 * k * inputs + 8 * (inputs - outputs)) / outputs + offset;
+    sixteenths -= sixteenths & (coarseness - 1);
+    places.push_back({sixteenths >> 4, sixteenths & 15});
+  }
+  return places;
+}
+
+TEST(RowKernelTest, ScaleRow) {
+  RunCases([](Random& random) {
+    const int step = random.Pick({1, 2});
+    const int taps = random.Pick({8, 16});
+    const int shift = random.Pick({6, 7});
+    const int inputs = DrawLength(1, random);
+    struct Ratio {
+      int up, down;
+    };
+    constexpr Ratio kRatios[] = {{1, 1}, {1, 2}, {2, 1}, {2, 3}, {3, 2}, {3, 4},
+                                 {1, 3}, {1, 4}, {1, 8}, {8, 1}, {9, 16}};
+    const Ratio ratio = random.OneIn(3) ? Ratio{random.Between(1, 300), inputs} : random.Pick(kRatios);
+    const int outputs = std::clamp(inputs * ratio.up / ratio.down, 1, 800);
+    Bank bank;
+    const Weights weights = random.Pick(kAllWeights);
+    for (auto& phase : bank) DrawPhase(weights, taps, shift, random, phase);
+    Row in = DrawRow(inputs * step, random);
+    for (int i = 0; i + 2 * taps < inputs && random.OneIn(2); i += 2 * taps) {
+      // Some outputs meet the extremes of their phase there.
+      for (int t = 0; t < taps; ++t) PullToExtremes(bank[i / 2 / taps % 16][t], in.data() + (i + t) * step, step);
+    }
+    const std::vector<reference::Place> places = DrawPlaces(inputs, outputs, random);
+    std::vector<vidproc::RowPosition> positions;
+    for (const reference::Place& place : places) positions.push_back({place.source, place.phase});
+
+    const vidproc::HorizontalRowLayout layout({bank, taps, shift, positions.data(), outputs, inputs, step, Shape()});
+    GuardedRow working(in, vidproc::kRowMargin, vidproc::kRowMargin, random);
+    vidproc::Kernels().repeatEdges(working.Bytes(), inputs * step, step);
+    GuardedRow out(Row(static_cast<std::size_t>(outputs * step)), 0, 0, random);
+    vidproc::Kernels().scaleRow({&layout.Plan(), working.Bytes(), out.Bytes()});
+    out.ExpectRow(reference::ScaleHorizontally(in, bank, taps, shift, places, step));
+  });
+}
+
+/// Phase 0 of an edge-preserving bank: taps around the centre, none negative, 128 in all.
+void DrawDenoiseTaps(int taps, Random& random, std::int16_t* c) {
+  std::fill_n(c, kMaxTaps, std::int16_t{0});
+  const int centre = taps / 2 - 1;
+  int left = 128;
+  const int reach = random.Between(0, centre);
+  for (int distance = 1; distance <= reach; ++distance) {
+    const int part = random.OneIn(6) ? 0 : random.Between(0, std::min(left / 2, 127 / reach));
+    c[centre - distance] = c[centre + distance] = static_cast<std::int16_t>(part);
+    left -= 2 * part;
+  }
+  c[centre] = static_cast<std::int16_t>(left);
+}
+
+TEST(RowKernelTest, DenoiseRowVertically) {
+  RunCases([](Random& random) {
+    const int taps = random.Pick({4, 8});
+    const int edge = random.Between(1, 8);
+    const int bytes = DrawLength(1, random);
+    const bool smoothsMotion = random.OneIn(2);
+    std::int16_t coefficients[kMaxTaps];
+    DrawDenoiseTaps(taps, random, coefficients);
+    std::vector<Row> rows{DrawRow(bytes, random)};
+    while (rows.size() < static_cast<std::size_t>(taps)) {
+      rows.push_back(random.OneIn(4) ? DrawRow(bytes, random) : DrawNear(rows[0], random));
+    }
+    const Row before = DrawNear(rows.data()[taps / 2 - 1], random);
+    StateRow previous(before);
+    GuardedRow source = PutRowsTogether(rows, random);
+    GuardedRow out(Row(rows[0].size()), 0, 0, random);
+    std::vector<const std::uint8_t*> sources;
+    for (int t = 0; t < taps; ++t) sources.push_back(source.Bytes() + t * bytes);
+    const std::uint8_t* const centre = sources.data()[taps / 2 - 1];
+
+    const vidproc::DenoiseTaps plan = vidproc::PlanDenoiseTaps(coefficients, taps, edge);
+    vidproc::VerticalDenoiseJob job{
+        &plan, centre, {}, {centre, nullptr}, smoothsMotion ? previous.Bytes() : nullptr, bytes, out.Bytes()};
+    for (int i = 0; i < plan.count; ++i) job.rows[i] = sources.data()[taps / 2 - 1 + plan.offset[i]];
+    vidproc::Kernels().denoiseRowVertically(job);
+    out.ExpectRow(
+        reference::DenoiseVertically(sources, coefficients, edge, smoothsMotion ? before.data() : nullptr, bytes));
+    EXPECT_EQ(previous.Content(), smoothsMotion ? rows.data()[taps / 2 - 1] : before);
+  });
+}
+
+TEST(RowKernelTest, DenoiseRowHorizontally) {
+  RunCases([](Random& random) {
+    const int step = random.Pick({1, 2});
+    const int taps = random.Pick({8, 16});
+    const int edge = random.Between(1, 8);
+    const int strength = random.Between(0, 127);
+    const int shift = random.Between(0, 8);
+    const bool smoothsMotion = random.OneIn(2);
+    const bool blends = !random.OneIn(3);
+    const bool keepsHistory = blends || random.OneIn(2);
+    const bool wantsOut = !keepsHistory || !random.OneIn(3);
+    std::int16_t coefficients[kMaxTaps];
+    DrawDenoiseTaps(taps, random, coefficients);
+    const Row in = DrawRow(DrawLength(step, random), random);
+    const Row before = DrawNear(in, random);
+    const Row historyBefore = DrawNear(in, random);
+    const int bytes = static_cast<int>(in.size());
+    GuardedRow working(in, vidproc::kRowMargin, vidproc::kRowMargin, random);
+    vidproc::Kernels().repeatEdges(working.Bytes(), bytes, step);
+    StateRow previous(before);
+    StateRow history(historyBefore);
+    GuardedRow out(Row(in.size()), 0, 0, random);
+
+    const bool spatial = !random.OneIn(8);
+    const vidproc::DenoiseTaps plan =
+        spatial ? vidproc::PlanDenoiseTaps(coefficients, taps, edge) : vidproc::DenoiseTaps{};
+    const vidproc::HistoryBlend blend = vidproc::PlanHistoryBlend(strength, shift);
+    vidproc::Kernels().denoiseRowHorizontally({&plan, working.Bytes(), smoothsMotion ? previous.Bytes() : nullptr,
+                                               blends ? &blend : nullptr, keepsHistory ? history.Bytes() : nullptr,
+                                               step, bytes, wantsOut ? out.Bytes() : nullptr});
+    Row expected = in;
+    if (spatial) {
+      expected =
+          reference::DenoiseHorizontally(in, coefficients, taps, edge, smoothsMotion ? before.data() : nullptr, step);
+    }
+    if (blends) expected = reference::BlendRow(expected, historyBefore.data(), strength, shift);
+    out.ExpectRow(wantsOut ? expected : Row(in.size()));
+    EXPECT_EQ(history.Content(), keepsHistory ? expected : historyBefore);
+    EXPECT_EQ(previous.Content(), smoothsMotion ? in : before);
+  });
+}
+
+TEST(RowKernelTest, ShiftLumaRow) {
+  RunCases([](Random& random) {
+    const Row luma = DrawRow(DrawLength(1, random), random);
+    const auto gain = static_cast<std::int16_t>(random.Between(-127, 127));
+    const auto offset = static_cast<std::int16_t>(random.Between(-255, 255));
+    Row expected;
+    for (const int value : luma) {
+      expected.push_back(reference::ClampToByte(reference::MultiplyLow(value - offset, gain) >> 6));
+    }
+    GuardedRow row(luma, 0, 0, random);
+    vidproc::Kernels().shiftLumaRow(row.Bytes(), static_cast<int>(luma.size()), gain, offset, row.Bytes());
+    row.ExpectRow(expected);
+  });
+}
+
+/// Noise on luma alone is the luma of noise on 2vuy, whose reference is tested with the frames.
+TEST(RowKernelTest, AddNoiseToLumaRow) {
+  RunCases([](Random& random) {
+    const Row luma = DrawRow(DrawLength(1, random), random);
+    signed char tile[vidproc::kNoiseTileCells];
+    for (signed char& cell : tile) cell = static_cast<signed char>(random.Between(-8, 7));
+    std::uint16_t positions[32];
+    for (std::uint16_t& position : positions)
+      position = static_cast<std::uint16_t>(random.Between(0, 24) * 128 + random.Between(0, 12) * 4);
+    Row expected = luma;
+    for (std::size_t x = 0; x < luma.size(); ++x) {
+      expected[x] = reference::ClampToByte(luma[x] + tile[positions[x / 16] + 3 * vidproc::kNoiseTileSize + x % 16]);
+    }
+    GuardedRow row(luma, 0, 0, random);
+    vidproc::Kernels().addNoiseToLumaRow(tile + 3 * vidproc::kNoiseTileSize, positions, row.Bytes(),
+                                         static_cast<int>(luma.size()));
+    row.ExpectRow(expected);
+  });
+}
+
+TEST(RowPositionTest, CentresMeet) {
+  const struct {
+    vidproc::SampleGrid grid;
+    double spacing, first;
+  } grids[] = {{vidproc::kLumaGrid, 1, 0.5}, {vidproc::kLeftChromaGrid, 2, 0.5}, {vidproc::kCentredChromaGrid, 2, 1}};
+  for (std::uint32_t seed = 1; seed <= 200; ++seed) {
+    Random random(seed);
+    const int inSize = random.Between(1, 16384), outSize = random.Pick({inSize, 2 * inSize, random.Between(1, 16384)});
+    const int divisor = std::gcd(inSize, outSize);
+    for (const auto& in : grids) {
+      for (const auto& out : grids) {
+        const int k = random.Between(0, outSize - 1);
+        const vidproc::RowPosition found =
+            vidproc::LocateCentred(k, {outSize / divisor, inSize / divisor}, in.grid, out.grid);
+        const reference::Place expected =
+            reference::CentredPlace(k, outSize, inSize, in.spacing, in.first, out.spacing, out.first);
+        EXPECT_EQ(found.source, expected.source) << inSize << " to " << outSize << ", sample " << k;
+        EXPECT_EQ(found.phase, expected.phase) << inSize << " to " << outSize << ", sample " << k;
+      }
+    }
+  }
+}
+
+}  // namespace
