@@ -3,12 +3,10 @@
 
 #include <algorithm>
 #include <cstddef>
-#include <limits>
-#include <memory>
-#include <new>
 
 #include "frame/filter_setup.h"
 #include "frame/frame_checks.h"
+#include "frame/working_buffers.h"
 #include "frame/workspace.h"
 #include "vidproc/cpu_level.h"
 
@@ -22,21 +20,6 @@ std::int8_t ProbeProcessor() {
   if (!vidproc::IsLevelAvailable(vidproc::Level::kSse41)) return 0;
 #endif
   return 1;
-}
-
-/// Larger of two sizes, rounded up to whole groups of 16.
-std::uint64_t LargerIn16(std::uint32_t a, std::uint32_t b) { return (std::uint64_t{std::max(a, b)} + 15) / 16 * 16; }
-
-/// Size of a buffer of `rows` rows; working buffers end where sizes no longer fit a signed 32-bit number.
-std::uint64_t BufferBytes(std::uint64_t rows, std::uint64_t rowBytes) {
-  constexpr std::uint64_t kMaxBytes = std::numeric_limits<std::int32_t>::max();
-  if (rowBytes != 0 && rows > kMaxBytes / rowBytes) throw std::bad_array_new_length();
-  return rows * rowBytes;
-}
-
-template <typename Sample>
-std::unique_ptr<Sample[]> NewZeroed(std::uint64_t bytes) {
-  return std::make_unique<Sample[]>(static_cast<std::size_t>(bytes / sizeof(Sample)));
 }
 
 void RecordName(char (&field)[255], const char* name) {
@@ -114,11 +97,7 @@ VideoProcessor::VideoProcessor(int preProcessor, int soften)
 
 // kept: ditherTable is not released.
 VideoProcessor::~VideoProcessor() {
-  delete[] scratchA;
-  delete[] scratchB;
-  delete[] previousFrame;
-  delete[] smoothingBufferSmall;
-  delete[] smoothingBufferLarge;
+  vidproc::ReleaseAllBuffers(*this);
   delete workspace;
 }
 
@@ -152,27 +131,13 @@ unsigned char VideoProcessor::GetTaps() { return use16Taps; }
 
 int VideoProcessor::SetUseSpatialMotionSmoothing(unsigned char enable) {
   spatialMotionSmoothing = enable;
-  if (enable == 0) {
-    delete[] smoothingBufferSmall;
-    delete[] smoothingBufferLarge;
-    smoothingBufferSmall = smoothingBufferLarge = nullptr;
-    if (workspace != nullptr) workspace->held.smoothingSmall = workspace->held.smoothingLarge = 0;
+  if (enable != 0) {
+    if (workspace == nullptr) workspace = new vidproc::Workspace;
+    vidproc::TakeSmoothingBuffers(*this, workspace->held);
     return 0;
   }
-  if (workspace == nullptr) workspace = new vidproc::Workspace;
-  vidproc::BufferCapacities& held = workspace->held;
-  const std::uint64_t rows = LargerIn16(inHeight, outHeight);
-  const std::uint64_t stride = LargerIn16(inStride, outStride);
-  if (smoothingBufferSmall == nullptr) {
-    const std::uint64_t bytes = BufferBytes(rows, 4 * stride);
-    smoothingBufferSmall = NewZeroed<std::uint8_t>(bytes).release();
-    held.smoothingSmall = bytes;
-  }
-  if (smoothingBufferLarge == nullptr) {
-    const std::uint64_t bytes = BufferBytes(rows, 16 * stride);
-    smoothingBufferLarge = NewZeroed<std::uint8_t>(bytes).release();
-    held.smoothingLarge = bytes;
-  }
+  vidproc::ReleaseSmoothingBuffers(*this);
+  if (workspace != nullptr) workspace->held.smoothingSmall = workspace->held.smoothingLarge = 0;
   return 0;
 }
 
@@ -212,25 +177,10 @@ int VideoProcessor::SetEnhanceFilter(EnhanceFilterTypes type, unsigned int stren
   InitLuminanceShiftTables(gain, offset);
 
   if (workspace == nullptr) workspace = new vidproc::Workspace;
-  vidproc::BufferCapacities& held = workspace->held;
-  // kept: buffers that exist keep their size, however large the frames of a later set-up.
-  const std::uint64_t rows = LargerIn16(inHeight, outHeight) + 32;
-  const std::uint64_t rowBytes = 2 * LargerIn16(inStride, outStride) + 64;
-  if (scratchA == nullptr || scratchB == nullptr) {
-    const std::uint64_t bytes = BufferBytes(2 * rows, rowBytes);
-    auto newA = scratchA == nullptr ? NewZeroed<std::int16_t>(bytes) : nullptr;
-    auto newB = scratchB == nullptr ? NewZeroed<std::int16_t>(bytes) : nullptr;
-    held.scratch = newA && newB ? bytes : std::min(held.scratch, bytes);
-    if (newA) scratchA = newA.release();
-    if (newB) scratchB = newB.release();
-  }
-  if (previousFrame == nullptr) {
-    const std::uint64_t bytes = BufferBytes(rows, rowBytes);
-    previousFrame = NewZeroed<std::uint8_t>(bytes).release();
-    held.previousFrame = bytes;
-  }
+  vidproc::TakeWorkingBuffers(*this, workspace->held);
   // Frames that outgrow the buffers are accepted and never processed: they get no working memory either.
-  if (vidproc::FitsScaler(*this, held, vidproc::kPlainScaler)) workspace->Reserve(vidproc::FrameSizesOf(*this));
+  if (vidproc::FitsScaler(*this, workspace->held, vidproc::kPlainScaler))
+    workspace->Reserve(vidproc::FrameSizesOf(*this));
   filtersReady = 1;
   return 0;
 }

@@ -1,7 +1,6 @@
 // One block of memory, divided into pieces that start on cache lines of their own.
 #include "frame/workspace.h"
 
-#include <limits>
 #include <new>
 
 #include "vidproc/video_processor.h"
@@ -55,9 +54,8 @@ void Workspace::Reserve(const FrameSizes& sizes) {
   Arena measure(nullptr);
   AllocateAll(measure, sizes, *this);
   const std::uint64_t bytes = measure.Used() + kCacheLine;
-  if (bytes > std::numeric_limits<std::size_t>::max()) throw std::bad_alloc();
   if (bytes > memoryBytes) {
-    memory = std::make_unique<std::uint8_t[]>(static_cast<std::size_t>(bytes));
+    memory = TakeZeroed<std::uint8_t>(bytes);
     memoryBytes = bytes;
   }
   const auto misaligned = reinterpret_cast<std::uintptr_t>(memory.get()) % kCacheLine;

@@ -4,8 +4,8 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <memory>
 
+#include "frame/zeroed_memory.h"
 #include "kernels/scale_job.h"
 #include "plan/scale_plan.h"
 
@@ -44,7 +44,7 @@ struct Workspace {
   ScalePlan plan;
 
  private:
-  std::unique_ptr<std::uint8_t[]> memory;
+  ZeroedMemory<std::uint8_t> memory;
   std::uint64_t memoryBytes = 0;
   FrameSizes reservedFor{};
 };

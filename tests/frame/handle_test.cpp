@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <fstream>
 #include <new>
 #include <tuple>
 #include <vector>
@@ -157,6 +158,22 @@ TEST(SetUp, TakesZeroedBuffersOfTheStatedSizes) {
   EXPECT_TRUE(std::all_of(handle->scratchA, handle->scratchA + kFrameBytes, isZero));
   EXPECT_TRUE(std::all_of(handle->scratchB, handle->scratchB + kFrameBytes, isZero));
   EXPECT_TRUE(std::all_of(handle->previousFrame, handle->previousFrame + kFrameBytes, isZero));
+}
+
+/// Memory of this process that is in use, in bytes; 0 where the system does not tell.
+std::size_t ResidentBytes() {
+  std::ifstream statistics("/proc/self/statm");
+  std::size_t total = 0, resident = 0;
+  return statistics >> total >> resident ? resident * 4096 : 0;
+}
+
+TEST(SetUp, LeavesMemoryThatNoFrameNeedsUntouched) {
+  if (ResidentBytes() == 0) GTEST_SKIP() << "no figures on this system";
+  constexpr std::size_t kBufferBytes = std::size_t{5} * 48 * 2 * 500'000;
+  Handle handle;
+  const std::size_t before = ResidentBytes();
+  ASSERT_EQ(PreProcInit(&handle.value, 16, 16, 500'000, 16, 16, 500'000, 0, 0, 0), 1);
+  EXPECT_LT(ResidentBytes() - std::min(before, ResidentBytes()), kBufferBytes / 4);
 }
 
 TEST(SetUp, RefusesBuffersBeyond31Bits) {

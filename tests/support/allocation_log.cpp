@@ -1,9 +1,16 @@
-// The replaced operator new of the test program.
+// The replaced operator new and the wrapped calloc of the test program.
 #include "support/allocation_log.h"
 
 #include <algorithm>
 #include <cstdlib>
 #include <new>
+
+extern "C" {
+// NOLINTBEGIN(bugprone-reserved-identifier,readability-identifier-naming): the linker's names.
+void* __real_calloc(std::size_t count, std::size_t bytes);
+void* __wrap_calloc(std::size_t count, std::size_t bytes);
+// NOLINTEND(bugprone-reserved-identifier,readability-identifier-naming)
+}
 
 namespace testing_support {
 namespace {
@@ -50,7 +57,19 @@ void* AllocationLog::Serve(std::size_t bytes, std::size_t alignment) {
   return memory;
 }
 
+void* AllocationLog::ServeZeroed(std::size_t count, std::size_t bytes) {
+  const std::size_t number = active != nullptr ? active->total++ : kMost;
+  const bool refused = number < kMost && active->fails[number];
+  void* const memory = refused ? nullptr : __real_calloc(count, bytes);
+  if (number < kMost) active->requests[number] = {count * bytes, memory};
+  return memory;
+}
+
 }  // namespace testing_support
+
+void* __wrap_calloc(std::size_t count, std::size_t bytes) {
+  return testing_support::AllocationLog::ServeZeroed(count, bytes);
+}
 
 void* operator new(std::size_t bytes) { return testing_support::AllocationLog::Serve(bytes, 1); }
 void* operator new[](std::size_t bytes) { return testing_support::AllocationLog::Serve(bytes, 1); }

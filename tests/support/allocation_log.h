@@ -1,4 +1,5 @@
-// Watches operator new of the whole test program: what was asked for, and which requests are to fail.
+// Watches operator new and calloc of the whole test program: what was asked for, and which requests are to fail. The
+// linker sends the calls of calloc here (--wrap=calloc).
 #pragma once
 
 #include <array>
@@ -7,8 +8,8 @@
 
 namespace testing_support {
 
-/// Logs every request of its lifetime, from 0; those numbered in `failing` throw std::bad_alloc. One at a time, one
-/// thread.
+/// Logs every request of its lifetime, from 0; those numbered in `failing` throw std::bad_alloc, or
+/// give null where it was calloc. One at a time, one thread.
 class AllocationLog {
  public:
   struct Request {
@@ -27,8 +28,9 @@ class AllocationLog {
   int Count(std::size_t bytes) const;
   std::size_t Total() const { return total; }
 
-  /// For operator new.
+  /// For operator new, and for calloc.
   static void* Serve(std::size_t bytes, std::size_t alignment);
+  static void* ServeZeroed(std::size_t count, std::size_t bytes);
 
  private:
   static constexpr std::size_t kMost = 256;
