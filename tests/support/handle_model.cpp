@@ -5,6 +5,9 @@
 #include <iterator>
 #include <limits>
 #include <new>
+#include <numeric>
+
+#include "reference/filter_design.h"
 
 namespace testing_support {
 namespace {
@@ -15,6 +18,22 @@ void Take(std::uint64_t& buffer, std::uint64_t bytes) {
   if (buffer != 0) return;  // buffers that exist keep their size
   if (bytes > std::numeric_limits<std::int32_t>::max()) throw std::bad_alloc();
   buffer = bytes;
+}
+
+/// Puts a bank where kernels read it.
+template <std::size_t kTaps>
+void FillLanes(const reference::FilterBank& bank, std::int16_t (&lanes)[16][kTaps][8]) {
+  for (std::size_t phase = 0; phase < 16; ++phase) {
+    for (std::size_t tap = 0; tap < kTaps; ++tap) {
+      std::fill_n(lanes[phase][tap], 8, static_cast<std::int16_t>(bank[phase][tap]));
+    }
+  }
+}
+
+void SetRatio(std::uint32_t inSize, std::uint32_t outSize, std::int32_t& up, std::int32_t& down) {
+  const std::uint32_t divisor = std::gcd(inSize, outSize);
+  up = static_cast<std::int32_t>(outSize / divisor);
+  down = static_cast<std::int32_t>(inSize / divisor);
 }
 
 const Kernel& KernelThatRuns(int (VideoProcessor::*run)()) {
@@ -91,25 +110,34 @@ bool HandleModel::Fits(const Kernel& kernel) const {
                                 2 * std::max(inRow, outRow) * set.outHeight <= largeBytes);
 }
 
-/// An object with the fields that a frame's kernel is to read; its banks are designed from nothing.
+/// An object with the fields that a frame's kernel is to read.
 Processor HandleModel::MakeFields() const {
-  Processor p(new VideoProcessor(preProcessor, static_cast<int>(set.softenLevel)));
+  Processor p(new VideoProcessor(preProcessor, 0));
   p->inWidth = set.inWidth;
   p->inHeight = set.inHeight;
   p->inStride = set.inStride;
   p->outWidth = set.outWidth;
   p->outHeight = set.outHeight;
   p->outStride = set.outStride;
-  p->windowKind = windowKind;
-  p->lanczosLobes = 3;
-  p->use16Taps = use16Taps;
-  p->SetEnhanceFilter(EnhanceLaplacian4, set.enhanceStrength, precisionBits, 128, 0);
+  SetRatio(set.inWidth, set.outWidth, p->horizontalUp, p->horizontalDown);
+  SetRatio(set.inHeight, set.outHeight, p->verticalUp, p->verticalDown);
+  const int taps = use16Taps != 0 ? 16 : 8, strength = static_cast<int>(set.enhanceStrength);
+  reference::ResamplingDesign design = {windowKind, set.softenLevel, 3, taps, precisionBits};
+  FillLanes(reference::MakeScalerBank(design, strength, taps), p->horizontalFilterLanes);
+  design.taps = taps / 2;
+  FillLanes(reference::MakeScalerBank(design, strength, taps), p->verticalFilterLanes);
+  p->enhanceStrength = set.enhanceStrength;
+  p->softenLevel = set.softenLevel;
+  p->PostProcDitherNoiseLUTCreation(&p->ditherTable);
   p->adaptive = adaptive;
   p->temporalStrength = temporalStrength;
   p->temporalShift = temporalShift;
   p->ditherLevel = set.ditherLevel;
   p->ditherSeed = ditherSeed;
-  p->InitDeblocker(deblockLevel);
+  p->deblockLevel = deblockLevel;
+  const reference::FilterBank deblocking = reference::MakeDeblockingBank(deblockLevel, 8, 7);
+  FillLanes(deblocking, p->deblockHorizontalFilterLanes);
+  FillLanes(deblocking, p->deblockVerticalFilterLanes);
   p->deblockTestPattern = deblockTestPattern;
   return p;
 }

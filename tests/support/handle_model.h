@@ -62,7 +62,8 @@ class HandleModel {
   bool exists = false;
   bool preProcessor = true;
   SetUpArguments set = {};
-  std::uint32_t windowKind = 0, precisionBits = 0;
+  std::uint32_t windowKind = 0;
+  int precisionBits = 0;
   std::uint8_t adaptive = 0, use16Taps = 0, motionSmoothing = 0;
   std::uint8_t temporalStrength = 0, temporalShift = 0;
   std::uint8_t deblockLevel = 0;
