@@ -1,12 +1,15 @@
-// Dither noise on its own: the tiles of a processor, direct calls with every geometry against the reference, their
-// failures, and frames handed to the kernel in pieces.
+// Dither noise on its own: its tables, which frames get any, direct calls with every geometry against the reference,
+// their failures, and frames handed to the kernel in pieces.
 #include "reference/noise.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cmath>
 #include <cstdint>
+#include <iterator>
 #include <memory>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -61,6 +64,71 @@ class NoiseTest : public testing::Test {
   Processor processor;
   Random random{7};
 };
+
+/// Mean product of two of the tile's samples so far apart, counted from the mean; the tile repeats in all directions.
+double Covariance(int down, int right, double mean) {
+  double sum = 0;
+  for (int cell = 0; cell < 4096; ++cell) {
+    const int other = (cell / 64 + down) % 64 * 64 + (cell + right + 64) % 64;
+    sum += (Spherical_Theta2_Guassian_Scaled_2By3[cell] - mean) * (Spherical_Theta2_Guassian_Scaled_2By3[other] - mean);
+  }
+  return sum / 4096;
+}
+
+TEST(NoiseTables, HaveTheStatedFigures) {
+  const std::vector<int> tile(std::begin(Spherical_Theta2_Guassian_Scaled_2By3),
+                              std::end(Spherical_Theta2_Guassian_Scaled_2By3));
+  double mean = 0;
+  for (const int z : tile) mean += z / 4096.0;
+  const double variance = Covariance(0, 0, mean);
+  EXPECT_NEAR(mean, 0.2, 0.05);
+  EXPECT_NEAR(std::sqrt(variance), 19.6, 0.05);
+  EXPECT_EQ(std::ranges::min(tile), -73);
+  EXPECT_EQ(std::ranges::max(tile), 70);
+  EXPECT_EQ(std::vector<int>(tile.begin() + 64, tile.begin() + 68), (std::vector{-18, 14, 29, 16}));
+  const struct {
+    int down, right;
+    double correlation;
+  } kLags[] = {{0, 1, 0.33}, {1, 0, 0.31}, {1, 1, 0.13}, {1, -1, 0.13}, {0, 2, 0},
+               {2, 0, 0},    {2, 2, 0},    {1, -2, 0},   {2, 1, 0}};
+  for (const auto& lag : kLags) {
+    EXPECT_NEAR(Covariance(lag.down, lag.right, mean) / variance, lag.correlation, 0.005)
+        << lag.down << " " << lag.right;
+  }
+  const std::set<std::uint32_t> seeds(std::begin(LFSR_SEED_TABLE), std::end(LFSR_SEED_TABLE));
+  EXPECT_EQ(seeds.size(), 256u);
+  EXPECT_EQ(*seeds.begin(), 0x008B9DA1u);
+  EXPECT_EQ(*seeds.rbegin(), 0x7FC6AEF1u);
+  EXPECT_EQ(LFSR_SEED_TABLE[0], 0x6C85C15Cu);
+}
+
+TEST_F(NoiseTest, FramesGetNoiseByRuleLevelAndTable) {
+  using vidproc::NoiseRule;
+  constexpr std::uint32_t kNegative = 0xFFFFFFFF;
+  const struct {
+    NoiseRule rule;
+    std::uint32_t level;
+    bool hasTable;
+    std::uint32_t levelLeft, blocks;
+  } kCases[] = {
+      {NoiseRule::kNone, 20, true, 20, 0},          {NoiseRule::kSizedByInput, 0, true, 0, 0},
+      {NoiseRule::kSizedByInput, 12, true, 12, 2},  {NoiseRule::kSizedByInput, kNegative, true, 12, 2},
+      {NoiseRule::kSizedByOutput, 13, true, 12, 3}, {NoiseRule::kSizedByOutput, kNegative, true, kNegative, 0},
+      {NoiseRule::kSizedByInput, 20, false, 12, 0}};
+  processor->inWidth = 17;
+  processor->outWidth = 48;
+  signed char* const table = processor->ditherTable;
+  for (const auto& c : kCases) {
+    SCOPED_TRACE(testing::Message() << "rule " << static_cast<int>(c.rule) << " level " << c.level);
+    const auto field = std::make_unique<vidproc::NoiseField>();
+    processor->ditherLevel = c.level;
+    processor->ditherTable = c.hasTable ? table : nullptr;
+    EXPECT_EQ(vidproc::StartFrameNoise(*processor, c.rule, *field), c.blocks > 0);
+    EXPECT_EQ(field->blocksPerRow, c.blocks);
+    EXPECT_EQ(processor->ditherLevel, c.levelLeft);
+  }
+  processor->ditherTable = table;
+}
 
 TEST_F(NoiseTest, TilesOfAllStrengthsReplaceATable) {
   const std::vector<signed char> expected = reference::MakeNoiseTiles(Spherical_Theta2_Guassian_Scaled_2By3);
