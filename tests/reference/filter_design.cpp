@@ -98,8 +98,8 @@ FilterBank Enhance(const FilterBank& bank, const std::array<int, 3>& columnSums,
       row[t] = (oldSum / 2 + row[t] * total) / oldSum;
       newSum += row[t];
     }
-    const auto largest = std::max_element(row.begin(), row.begin() + taps);
-    *(*largest > 0 ? largest : row.begin()) += total - newSum;
+    int& largest = *std::max_element(row.begin(), row.begin() + taps);
+    (largest > 0 ? largest : row[0]) += total - newSum;
   }
   return enhanced;
 }
