@@ -1,4 +1,4 @@
-// The dumps of the separable smoothing trial, and the plane that it must not touch.
+// The dumps of BilatFilter, and the plane that it must not touch.
 #include <gtest/gtest.h>
 
 #include <cstdint>
@@ -53,7 +53,7 @@ Dumps Smooth(const std::uint8_t* plane, int rowBytes, int rows, int pitch) {
   return dumps;
 }
 
-TEST(SeparableSmoothingTest, DumpsAConstantPlane) {
+TEST(BilatFilter, DumpsAConstantPlane) {
   const std::vector<std::uint8_t> plane(50 * 40, 100);
   const Dumps dumps = Smooth(plane.data(), 50, 40, 50);
   const Dump constant(kDumpSize, std::vector<int>(kDumpSize, 100));
@@ -65,7 +65,7 @@ TEST(SeparableSmoothingTest, DumpsAConstantPlane) {
   EXPECT_EQ(plane, std::vector<std::uint8_t>(50 * 40, 100));
 }
 
-TEST(SeparableSmoothingTest, RepeatsEdgeRowsAndSkipsPadding) {
+TEST(BilatFilter, RepeatsEdgeRowsAndSkipsPadding) {
   constexpr int kWidth = 24, kRows = 30, kPitch = 31;
   std::vector<std::uint8_t> plane(kPitch * kRows, 255);
   for (int y = 0; y < kRows; ++y) {
@@ -83,7 +83,7 @@ TEST(SeparableSmoothingTest, RepeatsEdgeRowsAndSkipsPadding) {
   EXPECT_EQ(plane, before);
 }
 
-TEST(SeparableSmoothingTest, SpreadsARowDownTheColumns) {
+TEST(BilatFilter, SpreadsARowDownTheColumns) {
   constexpr int kSize = 32, kRow = 10;
   std::vector<std::uint8_t> plane(kSize * kSize, 0);
   for (int x = 0; x < kSize; ++x) plane[kRow * kSize + static_cast<std::size_t>(x)] = 255;
@@ -92,7 +92,7 @@ TEST(SeparableSmoothingTest, SpreadsARowDownTheColumns) {
   EXPECT_EQ(dumps.vertical, Dump(kDumpSize, column));
 }
 
-TEST(SeparableSmoothingTest, StaysInsideWhateverTheShape) {
+TEST(BilatFilter, StaysInsideWhateverTheShape) {
   constexpr int kShapes[][2] = {{1, 1}, {3, 5}, {19, 19}, {1, 500}, {500, 1}, {2, 1000}, {1000, 2}, {13, 12}};
   for (const auto& [width, height] : kShapes) {
     SCOPED_TRACE(std::to_string(width) + "x" + std::to_string(height));
@@ -103,7 +103,7 @@ TEST(SeparableSmoothingTest, StaysInsideWhateverTheShape) {
   }
 }
 
-TEST(SeparableSmoothingTest, IgnoresWhatIsNoPlane) {
+TEST(BilatFilter, IgnoresWhatIsNoPlane) {
   std::uint8_t plane[1] = {};
   testing::internal::CaptureStdout();
   EXPECT_EQ(BilatFilter(nullptr, 1, 1, 1), 0);

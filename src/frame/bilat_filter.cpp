@@ -1,13 +1,17 @@
-// Trial of a separable smoothing filter on one plane of bytes: 7 taps down the columns, then along the rows at spacings
-// of 2, 4 and 2. Nothing but three printed dumps of the intermediate data comes out.
+// BilatFilter: a separable smoothing filter of 7 taps, run on a copy of a plane of bytes. Nothing comes of it but three
+// dumps of the working memory on standard output:
 //
-//   vertical    v(x, y) = (sum of k(i) b(x, y + i - 3) + 256) >> 9, edge rows repeated; stored column by column
-//   horizontal  the same along a row of the column store, written back transposed
+//   pC     the copied rows, edge rows repeated
+//   pS     the columns after the vertical pass
+//   AFTER  the rows after three horizontal passes wrote their results over them
 //
-// kept: the margins of the column store are filled from columns that the vertical pass has not written, the horizontal
-// pass counts columns from the store's start rather than from the plane's first column, and later horizontal passes
-// overwrite earlier ones. In small or very uneven planes these reach outside the working memory: there reads give 0 and
-// writes are left out.
+// kept, because the dumps show it:
+//   - Filling the margins counts from the plane's first column instead of the left margin of 12: columns 12 to 15 are
+//     copied over columns 0 to 11, and the right margin takes columns that nothing has written.
+//   - The horizontal passes count their taps from the left margin and run over `height` columns and `width / spacing`
+//     rows; the later ones overwrite results of the earlier ones.
+//   - In small or very uneven planes this reaches outside the working memory: there reads give 0 and writes are left
+//     out.
 #include <algorithm>
 #include <cstdint>
 #include <cstdio>
@@ -19,14 +23,15 @@
 namespace {
 
 constexpr int kTaps = 7;
-constexpr int kKernel[kTaps] = {3, 31, 124, 196, 124, 31, 3};  // sums to 512: results stay bytes
+constexpr int kKernel[kTaps] = {3, 31, 124, 196, 124, 31, 3};
+constexpr int kKernelSumBits = 9;  // it sums to 512: results stay bytes
 constexpr int kEdgeRows = kTaps / 2;
 constexpr int kMarginColumns = 12;
-constexpr int kDumpSize = 20;
+constexpr int kDumpedSide = 20;
 
-int Rounded(int sum) { return (sum + 256) >> 9; }
+int Rounded(int sum) { return (sum + (1 << (kKernelSumBits - 1))) >> kKernelSumBits; }
 
-/// Zero-filled working memory that can be addressed anywhere.
+/// Zero-filled memory that may be addressed anywhere.
 template <class Value>
 class WorkingMemory {
  public:
@@ -46,19 +51,28 @@ class WorkingMemory {
   std::unique_ptr<Value[]> values;
 };
 
+template <class Value>
+void Dump(const char* title, const WorkingMemory<Value>& memory, std::int64_t start, std::int64_t stride) {
+  std::puts(title);
+  for (int r = 0; r < kDumpedSide; ++r) {
+    for (int c = 0; c < kDumpedSide; ++c) std::printf("%d, ", memory.Read(start + r * stride + c));
+    std::putchar('\n');
+  }
+}
+
 class SeparableSmoothing {
  public:
   SeparableSmoothing(std::int64_t width, std::int64_t height)
-      : width(width), height(height), bytes(Count()), columns(Count()) {}
+      : width(width), height(height), rows(Count()), columns(Count()) {}
 
   void Run(const unsigned char* plane, std::ptrdiff_t pitch) {
     CopyWithEdges(plane, pitch);
-    Dump("pC\n", bytes, 0, width);
+    Dump("pC\n", rows, 0, width);
     FilterVertically();
     Dump("pS\n", columns, ColumnStart(0), height);
     FillMargins();
-    for (int step : {2, 4, 2}) FilterHorizontally(step);
-    Dump("AFTER\n", bytes, 0, width);
+    for (const int spacing : {2, 4, 2}) FilterHorizontally(spacing);
+    Dump("AFTER\n", rows, 0, width);
   }
 
  private:
@@ -70,7 +84,7 @@ class SeparableSmoothing {
   void CopyWithEdges(const unsigned char* plane, std::ptrdiff_t pitch) {
     for (std::int64_t y = 0; y < height + 2 * kEdgeRows; ++y) {
       const std::int64_t row = std::clamp<std::int64_t>(y - kEdgeRows, 0, height - 1);
-      for (std::int64_t x = 0; x < width; ++x) bytes.Write(y * width + x, plane[row * pitch + x]);
+      for (std::int64_t x = 0; x < width; ++x) rows.Write(y * width + x, plane[row * pitch + x]);
     }
   }
 
@@ -78,7 +92,7 @@ class SeparableSmoothing {
     for (std::int64_t y = 0; y < height; ++y) {
       for (std::int64_t x = 0; x < width; ++x) {
         int sum = 0;
-        for (int k = 0; k < kTaps; ++k) sum += kKernel[k] * bytes.Read((y + k) * width + x);
+        for (int tap = 0; tap < kTaps; ++tap) sum += kKernel[tap] * rows.Read((y + tap) * width + x);
         columns.Write(ColumnStart(x) + y, Rounded(sum));
       }
     }
@@ -91,32 +105,26 @@ class SeparableSmoothing {
     }
   }
   void CopyFourColumns(std::int64_t from, std::int64_t to) {
-    for (std::int64_t i = 0; i < 4 * height; ++i)
+    for (std::int64_t i = 0; i < 4 * height; ++i) {
       columns.Write(ColumnStart(to) + i, columns.Read(ColumnStart(from) + i));
-  }
-
-  void FilterHorizontally(int step) {
-    for (std::int64_t y = 0; y < height; ++y) {
-      for (std::int64_t j = 0; j * step < width; ++j) {
-        int sum = 0;
-        for (int c = 0; c < kTaps; ++c) sum += kKernel[c] * columns.Read(y * height + j + c * step * height);
-        bytes.Write(y + j * width, Rounded(sum));
-      }
     }
   }
 
-  template <class Value>
-  static void Dump(const char* title, const WorkingMemory<Value>& memory, std::int64_t start, std::int64_t stride) {
-    std::puts(title);
-    for (int r = 0; r < kDumpSize; ++r) {
-      for (int c = 0; c < kDumpSize; ++c) std::printf("%d, ", memory.Read(start + r * stride + c));
-      std::putchar('\n');
+  void FilterHorizontally(int spacing) {
+    for (std::int64_t x = 0; x < height; ++x) {
+      for (std::int64_t y = 0; y * spacing < width; ++y) {
+        int sum = 0;
+        for (int tap = 0; tap < kTaps; ++tap) {
+          sum += kKernel[tap] * columns.Read((x + std::int64_t{tap} * spacing) * height + y);
+        }
+        rows.Write(y * width + x, Rounded(sum));
+      }
     }
   }
 
   std::int64_t width;
   std::int64_t height;
-  WorkingMemory<std::uint8_t> bytes;
+  WorkingMemory<std::uint8_t> rows;
   WorkingMemory<std::uint16_t> columns;
 };
 
