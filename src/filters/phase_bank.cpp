@@ -29,8 +29,7 @@ bool LimitPeak(std::int16_t* begin, std::int16_t* end) {
   return true;
 }
 
-}  // namespace
-
+// Scales the samples to a sum of `total` and rounds each; their rounded sum misses `total` by the residue.
 void RoundSamples(const double* samples, int taps, std::int32_t total, std::int16_t* coefficients) {
   const double sum = std::accumulate(samples, samples + taps, 0.0);
   for (int tap = 0; tap < taps; ++tap) {
@@ -41,6 +40,8 @@ void RoundSamples(const double* samples, int taps, std::int32_t total, std::int1
 std::int32_t Residue(const std::int16_t* coefficients, int taps, std::int32_t total) {
   return total - std::accumulate(coefficients, coefficients + taps, std::int32_t{0});
 }
+
+}  // namespace
 
 void QuantisePhase(const double* samples, int phase, int taps, int precisionBits, PeakRule peakRule,
                    std::int16_t* coefficients) {

@@ -39,12 +39,6 @@ void SampleKernel(Kernel kernel, int phase, int taps, double* samples) {
   }
 }
 
-/// Scales samples to a sum of `total` and rounds each of them; their rounded sum may miss `total` by its residue.
-void RoundSamples(const double* samples, int taps, std::int32_t total, std::int16_t* coefficients);
-
-/// What the coefficients lack to `total`.
-std::int32_t Residue(const std::int16_t* coefficients, int taps, std::int32_t total);
-
 enum class PeakRule { kFree, kAtMost100 };
 
 /// Rounds the samples of a phase and adds the residue, so that they sum to 1 << precisionBits. With
