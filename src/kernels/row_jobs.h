@@ -9,6 +9,7 @@
 
 #include <cstdint>
 
+#include "kernels/byte_row_plan.h"
 #include "kernels/scale_job.h"
 
 namespace vidproc {
@@ -35,14 +36,35 @@ struct VerticalRowJob {
   std::uint8_t* out;
 };
 
-/// How a row is scaled horizontally; the layout that belongs to it is made by HorizontalRowLayout.
+constexpr int kMaxRowTapPairs = 10;
+
+enum class HorizontalForm : std::uint8_t {
+  kGeneral,        ///< output by output, for every bank
+  kSamePhase,      ///< every output one sample after the one before: a vertical pass over shifted copies of the row
+  kPatterns,       ///< in vectors, by the windows and patterns of byte_row_plan.h
+  kOnePattern,     ///< the same pattern for all vectors
+  kAdjacentPairs,  ///< the same, of single samples at 2:1: vectors of the row hold the pairs as they are
+};
+
+/// How a row is scaled horizontally. HorizontalRowLayout makes it and holds what it points to.
 struct HorizontalRowPlan {
+  HorizontalForm form;
   std::int32_t outputs;  ///< samples, or pairs
   std::int32_t step;     ///< bytes from a sample to the next: 1, or 2 for pairs
   std::int32_t shift;
+
+  // kGeneral
   std::int32_t taps;
   const RowPosition* positions;      ///< of every output: the sample under the first tap, the phase
   const std::int16_t* coefficients;  ///< kMaxTaps of each phase
+
+  VerticalTaps shifted;  ///< kSamePhase: `row` counts samples from the output's own
+
+  // The forms by pairs of taps. Sums of products stay in 16 bits until the last pair is added.
+  std::int32_t pairs;
+  std::int32_t pairOffset[kMaxRowTapPairs];  ///< bytes from a result's first tap to each pair
+  ByteRowGrid grid;                          ///< for as many whole vectors of bytes as the outputs fill
+  ByteRowGrid end;                           ///< for the rest: two vectors of results
 };
 
 /// Writes outputs * step bytes; `in` is a working row.

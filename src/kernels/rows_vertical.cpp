@@ -1,18 +1,105 @@
 // The vertical pass of a single row.
 #include "kernels/kernel_table.h"
+#include "kernels/passes/byte_vertical_pass.h"
 #include "kernels/passes/vector_walk.h"
 #include "kernels/row_jobs.h"
 #include "simd/simd.h"
 
 namespace vidproc::VIDPROC_TARGET {
+namespace {
 
-void FilterRowsVertically(const VerticalRowJob& job) {
+/// Rows shorter than what a pass writes at a time are made elsewhere.
+template <class Filter>
+void WithRoomFor(const VerticalRowJob& job, int step, const Filter& filter) {
+  if (job.bytes >= step) return filter(job.out);
+  std::uint8_t row[kMinRowBytes];
+  filter(row);
+  __builtin_memcpy(job.out, row, static_cast<std::size_t>(job.bytes));
+}
+
+/// Sums in 32 bits: one vector of bytes.
+template <int kShift>
+U8 FilterVector(const VerticalRowJob& job, std::ptrdiff_t b) {
   const VerticalTaps& taps = *job.taps;
-  for (int b = 0; b < job.bytes; ++b) {
-    int sum = 1 << (job.shift - 1);
-    for (int t = 0; t < taps.count; ++t) sum += taps.coefficient[t] * job.rows[t][b];
-    job.out[b] = static_cast<std::uint8_t>(Clamp(sum >> job.shift, 0, 255));
+  const I32 half = SplatI32(1 << (kShift - 1));
+  I32 sum[4] = {half, half, half, half};
+  for (int t = 0; t < taps.count; t += 2) {
+    const bool isPair = t + 1 < taps.count;
+    const int coefficients = (taps.coefficient[t] & 0xFFFF) | (isPair ? taps.coefficient[t + 1] * 65536 : 0);
+    const I16 pair{SplatI32(coefficients).raw};
+    const Halves first = Split(LoadU8(job.rows[t] + b));
+    const Halves second = Split(LoadU8(job.rows[isPair ? t + 1 : t] + b));
+    sum[0] = Add(sum[0], MultiplyAdd(I16{ZipLow16(first.low.raw, second.low.raw)}, pair));
+    sum[1] = Add(sum[1], MultiplyAdd(I16{ZipHigh16(first.low.raw, second.low.raw)}, pair));
+    sum[2] = Add(sum[2], MultiplyAdd(I16{ZipLow16(first.high.raw, second.high.raw)}, pair));
+    sum[3] = Add(sum[3], MultiplyAdd(I16{ZipHigh16(first.high.raw, second.high.raw)}, pair));
+  }
+  return Join(JoinSigned(ShiftRight<kShift>(sum[0]), ShiftRight<kShift>(sum[1])),
+              JoinSigned(ShiftRight<kShift>(sum[2]), ShiftRight<kShift>(sum[3])));
+}
+
+template <int kShift>
+void FilterInWords(const VerticalRowJob& job) {
+  WithRoomFor(job, kVectorBytes, [&](std::uint8_t* out) {
+    for (int start = 0; start < job.bytes; start += kVectorBytes) {
+      const int b = VectorStart(start, job.bytes, kVectorBytes);
+      Store(out + b, FilterVector<kShift>(job, b));
+    }
+  });
+}
+
+#if VIDPROC_HAS_BYTE_OPS
+
+template <int kTaps, int kShift>
+void FilterTapsInBytes(const VerticalRowJob& job) {
+  const auto ahead = [&](int i) { return job.ahead[i] != nullptr ? job.ahead[i] : job.rows[0]; };
+  WithRoomFor(job, 2 * kVectorBytes, [&](std::uint8_t* out) {
+    FilterRowBytes<kTaps, kShift>(job.rows, job.taps->coefficient, job.bytes, {ahead(0), ahead(1)}, PlaneResult{out});
+  });
+}
+
+template <int kShift>
+void FilterInBytes(const VerticalRowJob& job) {
+  switch (job.taps->count) {
+    case 1:
+      return FilterTapsInBytes<1, kShift>(job);
+    case 2:
+      return FilterTapsInBytes<2, kShift>(job);
+    case 3:
+      return FilterTapsInBytes<3, kShift>(job);
+    case 4:
+      return FilterTapsInBytes<4, kShift>(job);
+    case 5:
+    case 6:
+      return FilterTapsInBytes<6, kShift>(job);
+    default:
+      return FilterTapsInBytes<8, kShift>(job);
   }
 }
+
+#else
+
+template <int kShift>
+void FilterInBytes(const VerticalRowJob& job) {
+  FilterInWords<kShift>(job);
+}
+
+#endif
+
+template <int kShift>
+void Filter(const VerticalRowJob& job) {
+  const VerticalTaps& taps = *job.taps;
+  if (taps.count == 1 && taps.coefficient[0] == 1 << kShift) {
+    __builtin_memcpy(job.out, job.rows[0], static_cast<std::size_t>(job.bytes));
+  } else if (taps.inBytes) {
+    FilterInBytes<kShift>(job);
+  } else {
+    FilterInWords<kShift>(job);
+  }
+}
+
+}  // namespace
+
+void FilterRowsVertically(const VerticalRowJob& job) { job.shift == 7 ? Filter<7>(job) : Filter<6>(job); }
 
 }  // namespace vidproc::VIDPROC_TARGET

@@ -1,5 +1,5 @@
-// How a row of one plane is scaled horizontally: the form of the kernel that is exact for its bank and positions, laid
-// out in memory of its own.
+// How a row of one plane is scaled horizontally: the fastest form of the kernel that is exact for its bank and reaches
+// its positions, laid out in memory of its own.
 #pragma once
 
 #include <cstdint>
@@ -7,14 +7,15 @@
 
 #include "kernels/kernel_table.h"
 #include "kernels/row_jobs.h"
+#include "plan/tap_pairs.h"
 
 namespace vidproc {
 
 struct HorizontalRowRequest {
   const std::int16_t (*bank)[kMaxTaps];  ///< by phase
-  std::int32_t taps;                     ///< 8 or 16
-  std::int32_t shift;                    ///< every phase adds up to 1 << shift: 6 or 7
-  const RowPosition* positions;          ///< of every output: the sample under the centre tap, the phase
+  std::int32_t taps;                     ///< 4, 8 or 16
+  std::int32_t shift;                    ///< of the rounded sums: 6 or 7
+  const RowPosition* positions;          ///< of every output, ascending: the sample under the centre tap, the phase
   std::int32_t outputs;                  ///< samples, or pairs
   std::int32_t inputs;
   std::int32_t step;   ///< bytes from a sample to the next: 1, or 2 for Cb Cr pairs
@@ -32,8 +33,25 @@ class HorizontalRowLayout {
   const HorizontalRowPlan& Plan() const { return plan; }
 
  private:
+  struct GridMemory {
+    std::vector<std::int32_t> windows;
+    std::vector<std::uint8_t> patterns;
+  };
+
+  std::uint32_t UsedPhases() const;
+  /// Whether outputs k and k + distance have the same phase, and the same way between them, for all k below `count`.
+  bool Repeats(std::int32_t distance, std::int32_t count) const;
+  bool ChooseShiftedRows(const ByteRowShape& shape);
+  bool ChoosePairs(const ByteRowShape& shape);
+  bool LayOutGrid(const ByteRowShape& shape, const TapPairs& pairs, std::int32_t firstVector, std::int32_t vectors,
+                  GridMemory& memory, ByteRowGrid& grid);
+  bool LayOutVector(const ByteRowShape& shape, const TapPairs& pairs, std::int32_t firstResult, std::int32_t* windows,
+                    std::uint8_t* pattern) const;
+
   std::vector<RowPosition> positions;
   std::vector<std::int16_t> bank;
+  GridMemory grid;
+  GridMemory end;
   HorizontalRowPlan plan{};
 };
 

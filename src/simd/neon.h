@@ -55,6 +55,15 @@ inline I32 MultiplyAdd(I16 a, I16 b) {
 inline I32 Add(I32 a, I32 b) {
   return {vreinterpretq_u8_u32(vaddq_u32(vreinterpretq_u32_u8(a.raw), vreinterpretq_u32_u8(b.raw)))};
 }
+inline I32 SplatI32(int value) { return {vreinterpretq_u8_s32(vdupq_n_s32(value))}; }
+template <int kCount>
+inline I32 ShiftRight(I32 a) {
+  return {vreinterpretq_u8_s32(vshrq_n_s32(vreinterpretq_s32_u8(a.raw), kCount))};
+}
+/// To 16-bit lanes with signed saturation, in the order that Zip*16 has left.
+inline I16 JoinSigned(I32 low, I32 high) {
+  return FromWords(vqmovn_high_s32(vqmovn_s32(vreinterpretq_s32_u8(low.raw)), vreinterpretq_s32_u8(high.raw)));
+}
 inline I16 MinUnsigned(I16 a, I16 b) { return FromWords(vminq_u16(UnsignedWords(a), UnsignedWords(b))); }
 inline I16 Absolute(I16 a) { return FromWords(vabsq_s16(Words(a))); }
 inline I16 Less(I16 a, I16 b) { return FromWords(vcltq_s16(Words(a), Words(b))); }

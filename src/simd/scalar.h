@@ -157,6 +157,28 @@ inline I32 Add(I32 a, I32 b) {
   for (int i = 0; i < kLanes / 2; ++i) SetLane(result, i, Lane(a, i) + Lane(b, i));
   return result;
 }
+inline I32 SplatI32(int value) {
+  I32 result;
+  for (int i = 0; i < kLanes / 2; ++i) SetLane(result, i, static_cast<std::uint32_t>(value));
+  return result;
+}
+template <int kCount>
+inline I32 ShiftRight(I32 a) {
+  I32 result;
+  for (int i = 0; i < kLanes / 2; ++i) {
+    SetLane(result, i, static_cast<std::uint32_t>(static_cast<std::int32_t>(Lane(a, i)) >> kCount));
+  }
+  return result;
+}
+/// To 16-bit lanes with signed saturation, in the order that Zip*16 has left.
+inline I16 JoinSigned(I32 low, I32 high) {
+  I16 result;
+  for (int i = 0; i < kLanes; ++i) {
+    const std::uint32_t value = i < kLanes / 2 ? Lane(low, i) : Lane(high, i - kLanes / 2);
+    SetLane(result, i, Saturated16(static_cast<std::int32_t>(value)));
+  }
+  return result;
+}
 inline I16 MinUnsigned(I16 a, I16 b) {
   return EachLane(a, b, [](int x, int y) { return (x & 0xFFFF) < (y & 0xFFFF) ? x : y; });
 }

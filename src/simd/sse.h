@@ -53,6 +53,13 @@ inline I16 MultiplyLow(I16 a, I16 b) { return {_mm_mullo_epi16(a.raw, b.raw)}; }
 /// a[2i] * b[2i] + a[2i+1] * b[2i+1].
 inline I32 MultiplyAdd(I16 a, I16 b) { return {_mm_madd_epi16(a.raw, b.raw)}; }
 inline I32 Add(I32 a, I32 b) { return {_mm_add_epi32(a.raw, b.raw)}; }
+inline I32 SplatI32(int value) { return {_mm_set1_epi32(value)}; }
+template <int kCount>
+inline I32 ShiftRight(I32 a) {
+  return {_mm_srai_epi32(a.raw, kCount)};
+}
+/// To 16-bit lanes with signed saturation, in the order that Zip*16 has left.
+inline I16 JoinSigned(I32 low, I32 high) { return {_mm_packs_epi32(low.raw, high.raw)}; }
 inline I16 MinUnsigned(I16 a, I16 b) {
 #if VIDPROC_HAS_BYTE_OPS
   return {_mm_min_epu16(a.raw, b.raw)};

@@ -18,6 +18,7 @@ inline U8 LookUpBelow16(U8 table, U8 index) { return ShuffleTiles(table, AddSatu
 inline U8 SplatPair(int first, int second) { return AsU8(SplatI16((first & 0xFF) | second << 8)); }
 
 inline Halves Add(Halves a, Halves b) { return {Add(a.low, b.low), Add(a.high, b.high)}; }
+inline Halves AddSaturate(Halves a, Halves b) { return {AddSaturate(a.low, b.low), AddSaturate(a.high, b.high)}; }
 
 /// a0 * b0 + a1 * b1 of every byte, a unsigned, b signed.
 inline Halves MultiplyZipped(U8 a0, U8 a1, U8 b0, U8 b1) {

@@ -1,6 +1,6 @@
 // The byte row scaler: horizontal pass along one row of bytes, without transposes. kernels/byte_row_plan.h explains its
-// windows and patterns. Sums of products stay in 16 bits, and only what stores them clamps them to bytes: for banks
-// whose sums of byte products cannot leave 16 bits.
+// windows and patterns. Sums of products stay in 16 bits, but for the last addition, which saturates; only what stores
+// them clamps them to bytes.
 #pragma once
 
 #include "kernels/byte_row_plan.h"
@@ -24,17 +24,23 @@ inline void RepeatEdges(std::uint8_t* row, int samples) {
 
 constexpr int kWindows = kVectorBytes / kWindowBytes;
 
-/// The windows of a vector: each anywhere in the row, or side by side.
+/// The windows of a vector, from which Gather brings two samples to each result: each window anywhere in the row; side
+/// by side; or side by side and with the samples already in their places.
 struct SpreadWindows {
   explicit SpreadWindows(const std::int32_t* offsets) {
     __builtin_memcpy(this->offsets, offsets, sizeof this->offsets);
   }
-  U8 Load(const std::uint8_t* row) const { return LoadWindows(row, offsets); }
+  U8 Gather(const std::uint8_t* row, U8 indices) const { return ShuffleWindows(LoadWindows(row, offsets), indices); }
   std::int32_t offsets[kWindows];
 };
 struct AdjacentWindows {
   explicit AdjacentWindows(const std::int32_t* offsets) : first(offsets[0]) {}
-  U8 Load(const std::uint8_t* row) const { return LoadU8(row + first); }
+  U8 Gather(const std::uint8_t* row, U8 indices) const { return ShuffleWindows(LoadU8(row + first), indices); }
+  std::ptrdiff_t first;
+};
+struct PairsInPlace {
+  explicit PairsInPlace(const std::int32_t* offsets) : first(offsets[0]) {}
+  U8 Gather(const std::uint8_t* row, U8 /*indices*/) const { return LoadU8(row + first); }
   std::ptrdiff_t first;
 };
 
@@ -55,30 +61,49 @@ struct Pattern {
   U8 coefficients[kPairs];
 };
 
-/// One vector of rounded sums. Samples of a component lie kSampleBytes apart: 1 for luma, 2 for Cb and Cr.
-template <int kPairs, int kShift, int kSampleBytes, class Windows>
-[[gnu::always_inline]] inline I16 FilterWindows(const std::uint8_t* row, const Windows& windows,
+/// Where the pairs of a result's taps lie, counted from the first one, and how their sums are rounded: one pair after
+/// the other, with samples kSampleBytes apart (1 for luma, 2 for Cb and Cr); or as a plan lists them.
+template <int kShift, int kSampleBytes>
+struct PairsInOrder {
+  static int Offset(int p) { return p * 2 * kSampleBytes; }
+  static I16 Round(I16 sum) { return RoundShift<kShift>(sum); }
+};
+template <int kPairs>
+struct ListedPairs {
+  ListedPairs(const std::int32_t* list, int shift) : factor(SplatI16(1 << (15 - shift))) {
+    for (int p = 0; p < kPairs; ++p) offsets[p] = list[p];
+  }
+  std::ptrdiff_t Offset(int p) const { return offsets[p]; }
+  I16 Round(I16 sum) const { return MultiplyRound(sum, factor); }
+  std::ptrdiff_t offsets[kPairs];
+  I16 factor;
+};
+
+/// One vector of rounded sums.
+template <int kPairs, class Pairs, class Windows>
+[[gnu::always_inline]] inline I16 FilterWindows(const std::uint8_t* row, const Pairs& pairs, const Windows& windows,
                                                 const Pattern<kPairs>& pattern) {
   I16 sum;
   for (int p = 0; p < kPairs; ++p) {
-    const U8 samples = ShuffleWindows(windows.Load(row + p * 2 * kSampleBytes), pattern.indices);
+    const U8 samples = windows.Gather(row + pairs.Offset(p), pattern.indices);
     const I16 products = MultiplyPairs(samples, pattern.coefficients[p]);
-    sum = p == 0 ? products : Add(sum, products);
+    sum = p == 0 ? products : p + 1 < kPairs ? Add(sum, products) : AddSaturate(sum, products);
   }
-  return RoundShift<kShift>(sum);
+  return pairs.Round(sum);
 }
 
 /// Walks the vectors of a grid along a row; the patterns change from vector to vector.
-template <int kPairs, int kShift, int kSampleBytes>
+template <int kPairs, class Pairs>
 class GridWalk {
  public:
-  GridWalk(const ByteRowGrid& grid, const std::uint8_t* row) : grid(grid), row(row) {}
+  GridWalk(const ByteRowGrid& grid, const std::uint8_t* row, const Pairs& pairs = {})
+      : grid(grid), row(row), pairs(pairs) {}
 
   /// The next vector of results.
   [[gnu::always_inline]] I16 Next() {
     const Pattern<kPairs> pattern(grid.patterns + vector * (kVectorBytes * (1 + kPairs)));
     const SpreadWindows windows(grid.windows + vector * kWindows);
-    const I16 result = FilterWindows<kPairs, kShift, kSampleBytes>(row, windows, pattern);
+    const I16 result = FilterWindows(row, pairs, windows, pattern);
     if (++vector == grid.vectors) {
       vector = 0;
       row += grid.advance;
@@ -89,18 +114,19 @@ class GridWalk {
  private:
   const ByteRowGrid& grid;
   const std::uint8_t* row;
+  Pairs pairs;
   int vector = 0;
 };
 
 /// The same with one pattern for all vectors, which then stays in registers: ratios like 2:1, 3:2 and 1:2.
-template <int kPairs, int kShift, int kSampleBytes, class Windows>
+template <int kPairs, class Pairs, class Windows>
 class UniformGridWalk {
  public:
-  UniformGridWalk(const ByteRowGrid& grid, const std::uint8_t* row)
-      : row(row), advance(grid.advance), windows(grid.windows), pattern(grid.patterns) {}
+  UniformGridWalk(const ByteRowGrid& grid, const std::uint8_t* row, const Pairs& pairs = {})
+      : row(row), advance(grid.advance), pairs(pairs), windows(grid.windows), pattern(grid.patterns) {}
 
   [[gnu::always_inline]] I16 Next() {
-    const I16 result = FilterWindows<kPairs, kShift, kSampleBytes>(row, windows, pattern);
+    const I16 result = FilterWindows(row, pairs, windows, pattern);
     row += advance;
     return result;
   }
@@ -108,6 +134,7 @@ class UniformGridWalk {
  private:
   const std::uint8_t* row;
   std::ptrdiff_t advance;
+  Pairs pairs;
   Windows windows;
   Pattern<kPairs> pattern;
 };
@@ -116,12 +143,12 @@ class UniformGridWalk {
 template <int kPairs>
 struct AnyGrid {
   template <int kShift, int kSampleBytes>
-  using Walk = GridWalk<kPairs, kShift, kSampleBytes>;
+  using Walk = GridWalk<kPairs, PairsInOrder<kShift, kSampleBytes>>;
 };
 template <int kPairs, class Windows>
 struct UniformGrid {
   template <int kShift, int kSampleBytes>
-  using Walk = UniformGridWalk<kPairs, kShift, kSampleBytes, Windows>;
+  using Walk = UniformGridWalk<kPairs, PairsInOrder<kShift, kSampleBytes>, Windows>;
 };
 
 template <int kPairs, class Scale, class... Grids>

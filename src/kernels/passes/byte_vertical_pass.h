@@ -1,6 +1,6 @@
-// Vertical pass in bytes: filters up to four rows of bytes into one. Only for phases whose taps are not negative and
-// add up to at most the whole, so that every result is a byte: sums then end at 255 << kShift, and no rounding
-// saturates.
+// Vertical pass in bytes: filters up to eight rows of bytes into one. Sums of products are 16-bit lanes: all pairs of
+// taps but the last must not leave them together, nor the last one by itself; then adding the last saturates only where
+// the result would not be a byte, and its rounding clamps to the same.
 #pragma once
 
 #include "kernels/passes/byte_arithmetic.h"
@@ -51,7 +51,7 @@ template <int kTaps, int kShift>
       const U8 first = LoadU8(rows[t] + b);
       const U8 second = t + 1 < kTaps ? LoadU8(rows[t + 1] + b) : SplatU8(0);
       const Halves products = MultiplyZipped(first, second, pairs[t / 2]);
-      sum = t == 0 ? products : Add(sum, products);
+      sum = t == 0 ? products : t + 2 < kTaps ? Add(sum, products) : AddSaturate(sum, products);
     }
     return RoundToBytes<kShift>(sum);
   }
@@ -66,7 +66,7 @@ struct RowsAhead {
 template <int kTaps, int kShift, class Result>
 inline void FilterRowBytes(const std::uint8_t* const* rows, const std::int16_t* coefficients, int bytes,
                            const RowsAhead& ahead, const Result& result) {
-  U8 pairs[2];
+  U8 pairs[kTaps / 2 + 1];
   for (int t = 0; t < kTaps; t += 2) {
     pairs[t / 2] = SplatPair(coefficients[t], t + 1 < kTaps ? coefficients[t + 1] : 0);
   }
