@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <numeric>
+#include <utility>
 
 #include "filters/scaling_bank.h"
 
@@ -10,9 +11,7 @@ namespace {
 
 constexpr std::int32_t kInterfaceBits = 7;
 constexpr std::int32_t kDescribedPostBits = 6;
-
-/// Kernels whose width is given, whatever the ratio.
-bool IsDescribed(ScalingFilter filter) { return filter >= ScalingFilter::kGaussian; }
+constexpr std::int32_t kFewestTaps = 4;
 
 filters::ScalingKernel KernelOf(ScalingFilter filter) {
   switch (filter) {
@@ -31,11 +30,6 @@ filters::ScalingKernel KernelOf(ScalingFilter filter) {
     default:
       return filters::ScalingKernel::kDescribed;
   }
-}
-
-filters::KernelKind KindOf(ScalingFilter filter) {
-  if (filter == ScalingFilter::kGaussian) return filters::kGaussian;
-  return filter == ScalingFilter::kHammingSinc ? filters::kHammingSinc : filters::kTwoSincs;
 }
 
 filters::ScalingFilter FilterOf(const ScalingSettings& settings, bool keepsPlaces) {
@@ -100,6 +94,17 @@ bool PlanLastStep(const ScalingSettings& settings, const AxisRequest& axis, std:
 }
 
 }  // namespace
+
+filters::KernelKind KindOf(ScalingFilter filter) {
+  if (filter == ScalingFilter::kGaussian) return filters::kGaussian;
+  return filter == ScalingFilter::kHammingSinc ? filters::kHammingSinc : filters::kTwoSincs;
+}
+
+AxisPass PickSamples(std::vector<RowPosition> positions) {
+  AxisPass pass{std::move(positions), {}, kFewestTaps, kInterfaceBits, 0};
+  filters::DesignScalingBank({.kernel = filters::ScalingKernel::kIdentity}, 1, 1, pass.taps, kInterfaceBits, pass.bank);
+  return pass;
+}
 
 std::int32_t HalvingsOf(const ScalingSettings& settings, const AxisRequest& axis) {
   if (IsDescribed(settings.filter)) return 0;

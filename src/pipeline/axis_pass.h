@@ -6,11 +6,16 @@
 #include <vector>
 
 #include "filters/phase_bank.h"
+#include "filters/resampling_bank.h"
 #include "kernels/scale_job.h"
 #include "pipeline/pipeline.h"
 #include "plan/centred_position.h"
 
 namespace vidproc {
+
+/// Kernels whose width is given, whatever the ratio; and what kind they are.
+inline bool IsDescribed(ScalingFilter filter) { return filter >= ScalingFilter::kGaussian; }
+filters::KernelKind KindOf(ScalingFilter filter);
 
 /// One pass: where its outputs lie and what their taps weigh.
 struct AxisPass {
@@ -33,6 +38,9 @@ struct AxisRequest {
   std::int32_t taps;
   bool operator==(const AxisRequest&) const = default;
 };
+
+/// A pass that picks samples and leaves them as they are.
+AxisPass PickSamples(std::vector<RowPosition> positions);
 
 /// How often the axis is halved first. Every component is halved as often as luma is.
 std::int32_t HalvingsOf(const ScalingSettings& settings, const AxisRequest& axis);

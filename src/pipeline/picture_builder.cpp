@@ -2,7 +2,9 @@
 
 #include <algorithm>
 
+#include "pipeline/deblock_step.h"
 #include "pipeline/luma_finish.h"
+#include "pipeline/processor_step.h"
 #include "pipeline/scaling_stages.h"
 
 namespace vidproc {
@@ -69,24 +71,43 @@ void PictureBuilder::AddSources() {
   rows.cr = sources[2];
 }
 
-/// Where luma and chroma rows take the same first vertical pass, the packed rows take it in one.
+/// Where luma and chroma rows take the same first vertical pass, and nothing comes before it, packed rows take it
+/// whole.
 void PictureBuilder::AddPackedSource() {
   const FrameShape& in = settings.input;
   const PackedOrder order = in.format == PixelFormat::kYuyv ? PackedOrder::kLumaFirst : PackedOrder::kChromaFirst;
   sources[0] = &Add<PackedSource>(in.width, in.height, order);
   Stage* packed = sources[0];
-  if (!Denoises(settings) && VerticalAxis(true) == VerticalAxis(false)) {
+  const bool scalesFirst = !Denoises(settings) && settings.deblockLevel == 0 && !ProcessorStep::Serves(settings);
+  if (scalesFirst && VerticalAxis(true) == VerticalAxis(false)) {
     packed = AddPass(packed, VerticalAxis(true), true, 0);
     hasFirstVerticalPass = true;
   }
-  packed->Hold(1);
-  const std::int32_t ahead = RowsThatLumaLeads();
-  auto& luma = Add<SplitStage>(SplitStage::Part::kLuma, *packed, in.width, order, ahead, kernels);
-  auto& pairs = Add<SplitStage>(SplitStage::Part::kPairs, *packed, in.width, order, ahead, kernels);
+  Split(*packed, in.width, order);
+}
+
+void PictureBuilder::Split(Stage& packed, std::int32_t width, PackedOrder order) {
+  packed.Hold(1);
+  const std::int32_t lead = RowsThatLumaLeads();
+  const PlaneShape lumaShape{width, packed.Shape().height, 1};
+  const PlaneShape pairShape{packed.Shape().width, packed.Shape().height, 2};
+  auto& luma = Add<SplitStage>(SplitStage::Part::kLuma, lumaShape, packed, order, lead, kernels);
+  auto& pairs = Add<SplitStage>(SplitStage::Part::kPairs, pairShape, packed, order, lead, kernels);
   luma.Join(pairs);
   pairs.Join(luma);
-  rows.luma = &luma;
-  rows.pairs = &pairs;
+  rows = {.luma = &luma, .pairs = &pairs};
+}
+
+void PictureBuilder::SplitApart(Stage& packed, std::int32_t width, std::int32_t chromaRows) {
+  Split(packed, width, PackedOrder::kChromaFirst);
+  Stage* const luma = rows.luma;
+  // The luma that is split off along with the pairs is not used, nor are the pairs along with luma.
+  rows.luma->Hold(1);
+  rows.pairs->Hold(1);
+  Split(packed, width, PackedOrder::kChromaFirst);
+  rows.luma->Hold(1);
+  PickChromaRows(chromaRows, [](std::int32_t y) { return y; });
+  rows.luma = luma;
 }
 
 /// Two rows of luma are written before the row of chroma between them. Beyond the limit packed rows are split twice.
@@ -96,6 +117,30 @@ std::int32_t PictureBuilder::RowsThatLumaLeads() const {
   const AxisRequest axis = VerticalAxis(true);
   const std::int32_t ratio = axis.in / axis.out + 1;
   return std::min(ratio / 2 + (2 << std::min(HalvingsOf(settings.scaling, axis), 8)) + 2, kMostRows);
+}
+
+/// Chroma as `count` rows, copies of row rowOf(y) each.
+template <class RowOf>
+void PictureBuilder::PickChromaRows(std::int32_t count, const RowOf& rowOf) {
+  std::vector<RowPosition> positions;
+  for (std::int32_t y = 0; y < count; ++y) positions.push_back({rowOf(y), 0});
+  const AxisPass pass = PickSamples(std::move(positions));
+  for (Stage** const component : {&rows.pairs, &rows.cb, &rows.cr}) {
+    if (*component != nullptr) *component = &Add<VerticalPass>(**component, pass, kernels);
+  }
+}
+
+void PictureBuilder::AddDeblocking() {
+  if (settings.deblockLevel == 0) return;
+  const FrameShape& in = settings.input;
+  const std::int32_t chromaRows = ChromaRows(in);
+  const bool halved = HalvesChromaRows(in.format);
+  if (halved) PickChromaRows(in.height, [=](std::int32_t y) { return std::min(y, chromaRows - 1); });
+  wholeFrameSteps.push_back(std::make_unique<DeblockStep>(settings.deblockLevel, rows, kernels));
+  auto& packed = Add<PackedSource>(2 * ChromaColumns(in), in.height, PackedOrder::kChromaFirst);
+  wholeFrameSteps.back()->output = &packed;
+  if (halved) return SplitApart(packed, in.width, chromaRows);
+  Split(packed, in.width, PackedOrder::kChromaFirst);
 }
 
 void PictureBuilder::AddDenoising() {
@@ -136,7 +181,28 @@ Stage* PictureBuilder::ScaleComponent(Stage* input, bool isLuma) {
   return AddPass(input, horizontal, false, horizontalHalvings);
 }
 
+bool PictureBuilder::NeedsLumaPass() const {
+  AxisPass pass;
+  return PlanAxisPass(settings.scaling, settings.role, VerticalAxis(true), 0, pass) ||
+         PlanAxisPass(settings.scaling, settings.role, HorizontalAxis(true), 0, pass);
+}
+
+/// Chroma rows of 4:2:0 stand twice in the processor's frame; of every two that come out the second is taken.
+void PictureBuilder::ScaleByProcessor() {
+  const FrameShape& out = settings.output;
+  if (HalvesChromaRows(settings.input.format)) {
+    PickChromaRows(settings.input.height, [](std::int32_t y) { return y / 2; });
+  }
+  wholeFrameSteps.push_back(std::make_unique<ProcessorStep>(settings, rows, kernels));
+  auto& packed = Add<PackedSource>(out.width, out.height, PackedOrder::kChromaFirst);
+  wholeFrameSteps.back()->output = &packed;
+  Split(packed, out.width, PackedOrder::kChromaFirst);
+  if (!HalvesChromaRows(out.format)) return;
+  PickChromaRows(ChromaRows(out), [=](std::int32_t y) { return std::min(2 * y + 1, out.height - 1); });
+}
+
 void PictureBuilder::AddScaling() {
+  if (ProcessorStep::Serves(settings) && NeedsLumaPass()) return ScaleByProcessor();
   for (Stage** const component : {&rows.luma, &rows.pairs, &rows.cb, &rows.cr}) {
     if (*component != nullptr) *component = ScaleComponent(*component, component == &rows.luma);
   }

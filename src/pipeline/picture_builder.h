@@ -11,6 +11,7 @@
 #include "pipeline/frame_sink.h"
 #include "pipeline/pipeline.h"
 #include "pipeline/source_stages.h"
+#include "pipeline/whole_frame_step.h"
 
 namespace vidproc {
 
@@ -21,14 +22,16 @@ class PictureBuilder {
   PictureBuilder(const PipelineSettings& settings, const KernelTable& kernels);
 
   void AddSources();
+  void AddDeblocking();
   void AddDenoising();
   void AddScaling();
   void AddLumaFinish();
 
   std::vector<std::unique_ptr<Stage>> stages;  ///< inputs first
-  PlaneSource* sources[3] = {};                ///< of the input's planes
-  DenoiseStage* denoisers[3] = {};             ///< of luma; of pairs, or of Cb and Cr
-  PictureRows rows;                            ///< the last stages so far
+  std::vector<std::unique_ptr<WholeFrameStep>> wholeFrameSteps;
+  PlaneSource* sources[3] = {};     ///< of the input's planes
+  DenoiseStage* denoisers[3] = {};  ///< of luma; of pairs, or of Cb and Cr
+  PictureRows rows;                 ///< the last stages so far
 
  private:
   template <class StageType, class... Arguments>
@@ -41,8 +44,15 @@ class PictureBuilder {
   AxisRequest HorizontalAxis(bool isLuma) const;
   AxisRequest VerticalAxis(bool isLuma) const;
   void AddPackedSource();
-  void Split(Stage& packed);
+  /// Luma and pairs of packed rows from a plane of whole pairs.
+  void Split(Stage& packed, std::int32_t width, PackedOrder order);
+  /// The same of a frame whose chroma rows are fewer, but lie on top.
+  void SplitApart(Stage& packed, std::int32_t width, std::int32_t chromaRows);
   std::int32_t RowsThatLumaLeads() const;
+  template <class RowOf>
+  void PickChromaRows(std::int32_t count, const RowOf& rowOf);
+  void ScaleByProcessor();
+  bool NeedsLumaPass() const;
   Stage* AddPass(Stage* input, const AxisRequest& axis, bool isVertical, std::int32_t number);
   Stage* ScaleComponent(Stage* input, bool isLuma);
 

@@ -18,6 +18,7 @@ struct Pipeline::Stages {
 
 Pipeline::Stages::Stages(const PipelineSettings& settings) : settings(settings) {
   picture.AddSources();
+  picture.AddDeblocking();
   picture.AddDenoising();
   picture.AddScaling();
   picture.AddLumaFinish();
@@ -30,6 +31,7 @@ void Pipeline::Stages::Process(const InputPlanes& input, const OutputPlanes& out
   for (int i = 0; i < 3; ++i) {
     if (picture.sources[i] != nullptr) picture.sources[i]->Attach(input.plane[i], input.stride[i], inPlace);
   }
+  for (const auto& step : picture.wholeFrameSteps) step->Run();
   sink->Write(output);
   for (const auto& stage : picture.stages) stage->EndFrame();
 }

@@ -44,14 +44,9 @@ void PackedSource::MakeRow(std::int32_t y, std::uint8_t* out) {
   lastPair[luma + 2] = lastPair[luma];
 }
 
-SplitStage::SplitStage(Part part, Stage& packed, std::int32_t width, PackedOrder order, std::int32_t lead,
+SplitStage::SplitStage(Part part, const PlaneShape& shape, Stage& packed, PackedOrder order, std::int32_t lead,
                        const KernelTable& kernels)
-    : Stage({part == Part::kLuma ? width : Pairs(width), packed.Shape().height, part == Part::kLuma ? 1 : 2}),
-      part(part),
-      packed(packed),
-      order(order),
-      lead(lead),
-      kernels(kernels) {}
+    : Stage(shape), part(part), packed(packed), order(order), lead(lead), kernels(kernels) {}
 
 void SplitStage::MakeRow(std::int32_t y, std::uint8_t* out) {
   std::uint8_t* const rest = other->PlaceFor(y);

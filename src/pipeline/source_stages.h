@@ -48,8 +48,9 @@ class PackedSource : public PlaneSource {
 class SplitStage : public Stage {
  public:
   enum class Part { kLuma, kPairs };
-  /// @param lead  rows by which the part that is asked for first may be ahead of the other one
-  SplitStage(Part part, Stage& packed, std::int32_t width, PackedOrder order, std::int32_t lead,
+  /// @param shape  of the part; of an odd width, the packed rows hold one luma sample more
+  /// @param lead   rows by which the part that is asked for first may be ahead of the other one
+  SplitStage(Part part, const PlaneShape& shape, Stage& packed, PackedOrder order, std::int32_t lead,
              const KernelTable& kernels);
 
   /// Sets the stage that takes the other part of the same rows.
