@@ -79,7 +79,9 @@ void PictureBuilder::AddPackedSource() {
   sources[0] = &Add<PackedSource>(in.width, in.height, order);
   Stage* packed = sources[0];
   const bool scalesFirst = !Denoises(settings) && settings.deblockLevel == 0 && !ProcessorStep::Serves(settings);
-  if (scalesFirst && VerticalAxis(true) == VerticalAxis(false)) {
+  const bool startsVertically =
+      HalvingsOf(settings.scaling, HorizontalAxis(true)) == 0 || HalvingsOf(settings.scaling, VerticalAxis(true)) > 0;
+  if (scalesFirst && startsVertically && VerticalAxis(true) == VerticalAxis(false)) {
     packed = AddPass(packed, VerticalAxis(true), true, 0);
     hasFirstVerticalPass = true;
   }
