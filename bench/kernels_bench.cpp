@@ -4,7 +4,7 @@
 #include <vector>
 
 #include "contest.h"
-#include "vidproc/cpu_level.h"
+#include "levels/cpu_level.h"
 #include "vidproc/video_processor.h"
 
 namespace bench {

@@ -2,7 +2,7 @@
 #include <cstring>
 #include <iterator>
 
-#include "vidproc/cpu_level.h"
+#include "levels/cpu_level.h"
 #include "vidproc/vidproc.h"
 
 namespace {

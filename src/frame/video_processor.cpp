@@ -8,16 +8,16 @@
 #include "frame/frame_checks.h"
 #include "frame/working_buffers.h"
 #include "frame/workspace.h"
-#include "vidproc/cpu_level.h"
+#include "levels/cpu_level.h"
 
 namespace {
 
 constexpr std::size_t kRecordedNameLength = 250;
 
 std::int8_t ProbeProcessor() {
-#ifdef VIDPROC_HAS_sse2
-  if (!vidproc::IsLevelAvailable(vidproc::Level::kSse2)) return -1;
-  if (!vidproc::IsLevelAvailable(vidproc::Level::kSse41)) return 0;
+#if defined(__x86_64__) || defined(__i386__)
+  if (!vidproc::MachineHasLevel(vidproc::Level::kSse2)) return -1;
+  if (!vidproc::MachineHasLevel(vidproc::Level::kSse41)) return 0;
 #endif
   return 1;
 }

@@ -3,8 +3,8 @@
 #include <iterator>
 
 #include "kernels/kernel_table.h"
+#include "levels/cpu_level.h"
 #include "levels/general_forms.h"
-#include "vidproc/cpu_level.h"
 
 namespace vidproc {
 
@@ -13,16 +13,12 @@ namespace vidproc {
   extern const KernelTable kKernels; \
   }
 VIDPROC_DECLARE_LEVEL(scalar)
-#ifdef VIDPROC_HAS_sse2
 VIDPROC_DECLARE_LEVEL(sse2)
 VIDPROC_DECLARE_LEVEL(sse41)
 VIDPROC_DECLARE_LEVEL(avx2)
 VIDPROC_DECLARE_LEVEL(avx512)
 VIDPROC_DECLARE_LEVEL(avx512vbmi)
-#endif
-#ifdef VIDPROC_HAS_neon
 VIDPROC_DECLARE_LEVEL(neon)
-#endif
 #undef VIDPROC_DECLARE_LEVEL
 
 namespace {
@@ -30,52 +26,18 @@ namespace {
 struct LevelEntry {
   Level level;
   const char* name;
-  const KernelTable* kernels;
-  bool (*machineHasIt)();
+  const KernelTable* kernels;  ///< null: this build lacks the level
 };
 
-bool Always() { return true; }
-
-#ifdef VIDPROC_HAS_sse2
-bool HasAvx512() {
-#ifdef VIDPROC_EMULATE_WIDE
-  return __builtin_cpu_supports("avx2") != 0;
-#else
-  return __builtin_cpu_supports("avx512f") != 0 && __builtin_cpu_supports("avx512bw") != 0 &&
-         __builtin_cpu_supports("avx512dq") != 0 && __builtin_cpu_supports("avx512vl") != 0;
-#endif
-}
-bool HasVbmi() {
-#ifdef VIDPROC_EMULATE_WIDE
-  return HasAvx512();
-#else
-  return HasAvx512() && __builtin_cpu_supports("avx512vbmi") != 0;
-#endif
-}
-#endif
-
-// Lowest first; a level that the build lacks has no kernels.
+// Lowest first. The build system defines VIDPROC_HAS_<level> as 1 for the levels that it compiles, else as 0.
+#define VIDPROC_LEVEL(level, name) \
+  { Level::level, #name, VIDPROC_HAS_##name ? &name::kKernels : nullptr }
 constexpr LevelEntry kEntries[] = {
-    {Level::kScalar, "scalar", &scalar::kKernels, Always},
-#ifdef VIDPROC_HAS_sse2
-    {Level::kSse2, "sse2", &sse2::kKernels, [] { return __builtin_cpu_supports("sse2") != 0; }},
-    {Level::kSse41, "sse41", &sse41::kKernels, [] { return __builtin_cpu_supports("sse4.1") != 0; }},
-    {Level::kAvx2, "avx2", &avx2::kKernels, [] { return __builtin_cpu_supports("avx2") != 0; }},
-    {Level::kAvx512, "avx512", &avx512::kKernels, HasAvx512},
-    {Level::kAvx512Vbmi, "avx512vbmi", &avx512vbmi::kKernels, HasVbmi},
-#else
-    {Level::kSse2, "sse2", nullptr, Always},
-    {Level::kSse41, "sse41", nullptr, Always},
-    {Level::kAvx2, "avx2", nullptr, Always},
-    {Level::kAvx512, "avx512", nullptr, Always},
-    {Level::kAvx512Vbmi, "avx512vbmi", nullptr, Always},
-#endif
-#ifdef VIDPROC_HAS_neon
-    {Level::kNeon, "neon", &neon::kKernels, Always},
-#else
-    {Level::kNeon, "neon", nullptr, Always},
-#endif
+    VIDPROC_LEVEL(kScalar, scalar), VIDPROC_LEVEL(kSse2, sse2),     VIDPROC_LEVEL(kSse41, sse41),
+    VIDPROC_LEVEL(kAvx2, avx2),     VIDPROC_LEVEL(kAvx512, avx512), VIDPROC_LEVEL(kAvx512Vbmi, avx512vbmi),
+    VIDPROC_LEVEL(kNeon, neon),
 };
+#undef VIDPROC_LEVEL
 
 static_assert(std::size(kEntries) == std::size(kAllLevels));
 constexpr Level kHighestLevel = std::end(kAllLevels)[-1];
@@ -83,9 +45,12 @@ constexpr Level kHighestLevel = std::end(kAllLevels)[-1];
 const LevelEntry& EntryOf(Level level) { return kEntries[static_cast<int>(level)]; }
 
 const LevelEntry& BestEntryUpTo(Level highest) {
-  const LevelEntry* best = &kEntries[0];
+  const LevelEntry* best = nullptr;
   for (const LevelEntry& entry : kEntries) {
-    if (entry.level <= highest && IsLevelAvailable(entry.level)) best = &entry;
+    // The lowest level of the build is taken as it is: there is nothing else to run.
+    const bool usable =
+        best == nullptr ? entry.kernels != nullptr : entry.level <= highest && IsLevelAvailable(entry.level);
+    if (usable) best = &entry;
   }
   return *best;
 }
@@ -105,12 +70,41 @@ const LevelEntry& EntryInUse() {
 
 }  // namespace
 
-bool IsLevelAvailable(Level level) {
-#ifdef VIDPROC_HAS_sse2
+#if defined(__x86_64__) || defined(__i386__)
+bool MachineHasLevel(Level level) {
   __builtin_cpu_init();  // a static object may ask before the compiler's own constructor has looked at the processor
+  const bool hasAvx2 = __builtin_cpu_supports("avx2") != 0;
+#ifdef VIDPROC_EMULATE_WIDE
+  const bool hasAvx512 = hasAvx2, hasVbmi = hasAvx2;
+#else
+  const bool hasAvx512 = __builtin_cpu_supports("avx512f") != 0 && __builtin_cpu_supports("avx512bw") != 0 &&
+                         __builtin_cpu_supports("avx512dq") != 0 && __builtin_cpu_supports("avx512vl") != 0;
+  const bool hasVbmi = hasAvx512 && __builtin_cpu_supports("avx512vbmi") != 0;
 #endif
-  return EntryOf(level).kernels != nullptr && EntryOf(level).machineHasIt();
+  switch (level) {
+    case Level::kScalar:
+      return true;
+    case Level::kSse2:
+      return __builtin_cpu_supports("sse2") != 0;
+    case Level::kSse41:
+      return __builtin_cpu_supports("sse4.1") != 0;
+    case Level::kAvx2:
+      return hasAvx2;
+    case Level::kAvx512:
+      return hasAvx512;
+    case Level::kAvx512Vbmi:
+      return hasVbmi;
+    case Level::kNeon:
+      return false;
+  }
+  return false;
 }
+#elif defined(__aarch64__)
+bool MachineHasLevel(Level level) { return level == Level::kScalar || level == Level::kNeon; }
+#else
+bool MachineHasLevel(Level level) { return level == Level::kScalar; }
+#endif
+bool IsLevelAvailable(Level level) { return EntryOf(level).kernels != nullptr && MachineHasLevel(level); }
 Level BestLevel() { return BestEntryUpTo(kHighestLevel).level; }
 Level LevelInUse() { return EntryInUse().level; }
 Level CapLevel(Level highest) {

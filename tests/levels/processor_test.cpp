@@ -11,8 +11,8 @@
 #include <new>
 #include <string>
 
+#include "levels/cpu_level.h"
 #include "support/allocation_log.h"
-#include "vidproc/cpu_level.h"
 #include "vidproc/video_processor.h"
 
 namespace {

@@ -7,9 +7,9 @@
 #include <sstream>
 #include <vector>
 
+#include "levels/cpu_level.h"
 #include "support/format_frame.h"
 #include "support/pipeline_settings.h"
-#include "vidproc/cpu_level.h"
 
 namespace {
 

@@ -11,11 +11,11 @@
 #include <string>
 #include <vector>
 
+#include "levels/cpu_level.h"
 #include "reference/scaler.h"
 #include "reference/stream_state.h"
 #include "support/frame_content.h"
 #include "support/guarded_memory.h"
-#include "vidproc/cpu_level.h"
 #include "vidproc/video_processor.h"
 
 namespace testing_support {

@@ -5,8 +5,8 @@
 #include <optional>
 #include <string>
 
+#include "levels/cpu_level.h"
 #include "picture.h"
-#include "vidproc/cpu_level.h"
 
 namespace vidproc::tool {
 

@@ -1,5 +1,5 @@
-// The instruction set that the kernels run on. All sets give the same bytes; tests, benches and bug reports may ask for
-// a lower one than the machine has. Static library only: libvidproc.so does not export these functions.
+// The instruction set that the kernels run on. All sets give the same bytes; tests, benches and the tool may ask for a
+// lower one than the machine has. Not installed: libvidproc.so does not export these functions.
 #pragma once
 
 namespace vidproc {
@@ -12,6 +12,9 @@ inline constexpr Level kAllLevels[] = {Level::kScalar, Level::kSse2,       Level
 
 /// The best level that this machine and this build have.
 Level BestLevel();
+
+/// True when the processor has the instructions of `level`, whether this build has its kernels or not.
+bool MachineHasLevel(Level level);
 
 /// True when this machine and this build can run `level`.
 bool IsLevelAvailable(Level level);
