@@ -87,14 +87,21 @@ Watch() {
   [[ -z $line ]] || printf '\n'
 }
 
-# Build DIRECTORY TARGET OPTION...: configures with the options and builds one target. A directory that somebody has
-# configured keeps its generator.
+# Configure DIRECTORY OPTION...: configures with the options of cmake, a preset's among them. A directory that somebody
+# has configured keeps its generator.
+Configure() {
+  local directory=$1 generator=Ninja
+  shift
+  [[ ! -f $directory/CMakeCache.txt ]] ||
+    generator=$(sed -n 's/^CMAKE_GENERATOR:INTERNAL=//p' "$directory/CMakeCache.txt")
+  Quietly cmake -S . -B "$directory" -G "$generator" "$@"
+}
+
+# Build DIRECTORY TARGET OPTION...: configures with the options and builds one target.
 Build() {
-  local directory=$1 target=$2 generator=()
+  local directory=$1 target=$2
   shift 2
-  [[ -f $directory/CMakeCache.txt ]] || generator=(-G Ninja)
-  Quietly cmake -S . -B "$directory" "${generator[@]}" "$@" &&
-    Quietly cmake --build "$directory" --target "$target" --parallel "$(nproc)"
+  Configure "$directory" "$@" && Quietly cmake --build "$directory" --target "$target" --parallel "$(nproc)"
 }
 
 # Step TITLE COMMAND...: runs one announced step, prints how long it took and notes it in stepSummary. COMMAND must not
