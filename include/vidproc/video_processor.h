@@ -6,6 +6,21 @@
 // Threads: nothing here locks. An object, or the handle that owns one, is used by one thread at a time; separate
 // objects share nothing but constants. Frames belong to the caller and are borrowed for the length of one call; no
 // pointer needs any alignment.
+//
+// Refused frames: no call that processes a frame says whether it did. A frame is refused, and its destination left
+// untouched, when a pointer is null, a side is below 2 x 1 pixels, a stride is below the row's bytes, the frames do not
+// fit the buffers that the first set-up of the object made, ratios written by hand reach past the source, or memory is
+// out. No set-up checks for this beyond sizes of 0. The functions of vidproc.h return a status instead.
+//
+// Overlap: the source may overlap the destination in any way. The result is that of reading the whole source first;
+// only the temporal filter, when both are one packed frame, filters in place, so that each segment is filtered beside
+// neighbours that have been filtered already.
+//
+// Edges: nothing is read past the last byte of the source's last row or written past the last byte of the destination's
+// last row. Between rows only the pass-through's dither noise writes (see PostProcExecute). A row of odd width ends
+// with a Cb and a luma sample; where their Cr is asked for, the Cr before it stands in.
+//
+// "kept:" marks behaviour that may surprise and stays, because hosts have been built on it.
 #pragma once
 
 #include <cstdint>
@@ -55,13 +70,16 @@ class VIDPROC_API VideoProcessor {
   /// Owned, present only while motion smoothing is on: previous vertical result (16-bit, transposed), previous input.
   std::uint8_t* smoothingBufferLarge;
   std::uint8_t* smoothingBufferSmall;
-  /// Luma gain (64 is unity), 4096 / gain, and luma offset, the same value in every lane.
+  /// Luma gain (64 is unity), 4096 / gain, and luma offset, the same value in every lane. Only a direct call of
+  /// PreProcExecute_SSE2 uses them.
   alignas(16) std::int16_t lumaGain[8];
   alignas(16) std::int16_t lumaGainInverse[8];
   alignas(16) std::int16_t lumaOffset[16];
   /// Non-zero: the scaling and deblocking kernels list their banks on standard output, every frame.
   std::uint32_t debugPrint;
-  /// 0..: extra low-pass softening of the resampling kernels; applies at the next SetEnhanceFilter.
+  /// 0..: extra low-pass softening of the resampling kernels; applies at the next SetEnhanceFilter. At 0 the Gaussian
+  /// of pre-processors is so narrow that phase 0 has one tap left: a 2:1 downscale, which has no other phase, keeps
+  /// every second sample and filters nothing, whatever `adaptive` says. 10 is a useful low-pass there.
   std::uint32_t softenLevel;
   /// Amplitude of the dither noise, 0 (none) to 12; kernels write larger values back as 12.
   std::uint32_t ditherLevel;
@@ -154,7 +172,8 @@ class VIDPROC_API VideoProcessor {
   /// Non-zero allocates the two smoothing buffers where missing, zero releases them.
   /// @throws std::bad_alloc
   int SetUseSpatialMotionSmoothing(unsigned char enable);
-  /// Gain is clamped to [-127, 127] with 0 taken as 1, offset to [-255, 255].
+  /// Stores lumaGain, its inverse and lumaOffset. Gain is clamped to [-127, 127] with 0 taken as 1, offset to
+  /// [-255, 255].
   int InitLuminanceShiftTables(short gain, short offset);
   /// Stores deblockTestPattern.
   int SetDeblockTestPattern(unsigned char enable);
@@ -171,7 +190,9 @@ class VIDPROC_API VideoProcessor {
 
   /// Rebuilds ratios, banks, lane copies and luminance vectors from the fields, and allocates the buffers and the
   /// dither table where they are still missing. precisionBits is 7 for a pre-processor, 6 for a post-processor.
-  /// @throws std::bad_alloc
+  /// Memory: about 10 x height x stride bytes, of the larger height and stride of the two sides; motion smoothing takes
+  /// 20 x height x stride more. Buffers that exist are kept as they are, also when later frames are larger.
+  /// @throws std::bad_alloc, also for buffers of 2^31 bytes and more
   int SetEnhanceFilter(EnhanceFilterTypes type, unsigned int strength, unsigned int precisionBits, short gain,
                        short offset);
   /// Divides both sizes by their greatest common divisor; two sizes without one give up and down 0.
@@ -195,8 +216,10 @@ class VIDPROC_API VideoProcessor {
   int Go(unsigned char* source, unsigned char* destination, unsigned char plainScaler);
   /// 4:2:0 frames as a luma plane of width x height bytes and a plane of interleaved Cb, Cr pairs: (height + 1) / 2
   /// rows, also of width bytes. An odd width's last Cb has no Cr in a source; in a destination it gets one if the
-  /// chroma stride has room for it. Widths and heights in pixels, strides in bytes; the sizes must be those of the
-  /// set-up.
+  /// chroma stride has room for it. kept: that is the first byte of the frame's next row, and in the last row the Cr
+  /// before. Every chroma row serves two luma rows; of the two chroma rows made for them the second stays. Widths and
+  /// heights in pixels, strides in bytes; the sizes must be those of the set-up. Destination planes are written after
+  /// the whole source has been read.
   int Go(unsigned char* sourceLuma, unsigned char* sourceChroma, unsigned char* destinationLuma,
          unsigned char* destinationChroma, unsigned int sourceWidth, unsigned int sourceHeight,
          unsigned int sourceLumaStride, unsigned int sourceChromaStride, unsigned int destinationWidth,
@@ -216,10 +239,13 @@ class VIDPROC_API VideoProcessor {
   int PreProcAdaptiveMotionSmoothingExecute();  ///< the same, full low-pass where the picture moves
   int PreProcAdaptive16TapTemporalExecute();    ///< edge-preserving 16 + 8 taps, temporal blend
   int PreProcAdaptive16TapExecute();            ///< the same without the blend
-  int PreProcTemporalExecute();                 ///< same-size temporal noise filter
-  int PostProcExecute();                        ///< deblocking, post-processor scaler or pass-through, dither
-  int PostProcExecute_SSE2();                   ///< the same; the resampled frame is never dithered
-  int Deblock8x8();                             ///< smooths the 8 x 8 grid of the source frame in place
+  /// Same-size temporal noise filter. It takes the source as one packed frame, whatever inStride says, and works on it
+  /// as 2 x width segments of height bytes; kept: of each segment the last height mod 16 bytes are not written.
+  int PreProcTemporalExecute();
+
+  int PostProcExecute();       ///< deblocking, post-processor scaler or pass-through, dither
+  int PostProcExecute_SSE2();  ///< the same; the resampled frame is never dithered
+  int Deblock8x8();            ///< smooths the 8 x 8 grid of the source frame in place
 
   // --- Dither noise. ---
 
@@ -239,15 +265,22 @@ class VIDPROC_API VideoProcessor {
 };
 
 /// Sets up pre-processing of camera frames; *handle is null (a new processor is made) or from an earlier set-up (the
-/// processor is re-configured; its buffers keep their size). enhanceStrength 0 is none; ditherLevel 0..12; softenLevel
-/// 0 is the sharpest.
+/// processor is re-configured; its buffers keep their size, so larger frames than those of the first set-up may be
+/// refused: clean up and set up anew). A set-up with the arguments of the last one changes the dither level alone.
+/// enhanceStrength 0 is none; ditherLevel 0..12; softenLevel 0 filters least, and nothing at 2:1 (see
+/// VideoProcessor::softenLevel).
 /// @return 1, or 0 with no effect when `handle` is null or any size or stride is 0.
-/// @throws std::bad_alloc
+/// @throws std::bad_alloc. The handle may then hold a processor without all of its buffers, on which the same set-up
+/// would find nothing to do: clean it up and set up anew.
 VIDPROC_API int PreProcInit(void** handle, unsigned int inWidth, unsigned int inHeight, unsigned int inStride,
                             unsigned int outWidth, unsigned int outHeight, unsigned int outStride,
                             unsigned int enhanceStrength, unsigned int ditherLevel, unsigned int softenLevel);
-/// Processes one frame of the set-up's sizes; a null handle is ignored. adaptive 0..8; temporalStrength 0..127 and
-/// temporalShift 0..8 (larger values are clamped); lumaGain 64 is unity.
+/// Processes one frame of the set-up's sizes; a null handle is ignored. adaptive 0..8, 0 is the plain scaler;
+/// temporalStrength 0..127 and temporalShift 0..8 (larger values are clamped). lumaGain and lumaOffset are stored and
+/// used by none of the kernels that this function runs.
+/// Equal sizes with softenLevel 0 go to the temporal filter alone, see PreProcTemporalExecute: a height that is no
+/// multiple of 16 leaves bytes of the destination unwritten, and kept: the first frame into padded rows is not the
+/// source but what the staging buffer holds. Every other route writes every row whole.
 /// @throws std::bad_alloc when a switch needs new buffers.
 VIDPROC_API void PreProcExecute(void* handle, unsigned char* source, unsigned char* destination, unsigned char adaptive,
                                 unsigned char use16Taps, unsigned char motionSmoothing, unsigned char temporalStrength,
@@ -259,9 +292,13 @@ VIDPROC_API void PreProcCleanup(void** handle);
 VIDPROC_API int PostProcInit(void** handle, unsigned int inWidth, unsigned int inHeight, unsigned int inStride,
                              unsigned int outWidth, unsigned int outHeight, unsigned int outStride,
                              unsigned int enhanceStrength, unsigned int ditherLevel, unsigned int softenLevel);
-/// Processes one frame. deblock above 20 turns deblocking on at that level; kept: nothing turns it off again.
-/// Deblocking is for frames that keep their size, with packed source rows, and overwrites `source`: with the filtered
-/// picture, or by default a filtered test pattern (see deblockTestPattern).
+/// Processes one frame; a null handle is ignored. deblock above 20 turns deblocking on at that level; kept: nothing
+/// turns it off again. Deblocking is for frames that keep their size, with packed source rows, and overwrites `source`:
+/// with the filtered picture, or by default a filtered test pattern (see deblockTestPattern). lumaGain and lumaOffset
+/// are stored and not used.
+/// Equal sizes without sharpening and softening pass through: rows are copied, then dithered. kept: the noise counts
+/// rows from the frame's first byte by a pitch of its own, the width rounded up to 16 pixels, so with padded rows it
+/// falls on padding bytes of the destination too, never past its last row.
 VIDPROC_API void PostProcExecute(void* handle, unsigned char* source, unsigned char* destination, unsigned char deblock,
                                  short lumaGain, short lumaOffset);
 /// As PreProcCleanup.
@@ -272,7 +309,8 @@ VIDPROC_API void PostProcCleanup(void** handle);
 /// @throws std::bad_alloc
 VIDPROC_API bool VidProc420InterleavedInit(void** handle, unsigned int inWidth, unsigned int inHeight,
                                            unsigned int outWidth, unsigned int outHeight);
-/// Processes one 4:2:0 frame with the plain scaler; sizes must be the set-up's.
+/// Processes one 4:2:0 frame with the plain scaler; sizes must be the set-up's. A null handle is ignored. lumaGain and
+/// lumaOffset are stored and not used. The layout of odd sizes is that of VideoProcessor::Go for planes.
 VIDPROC_API void VidProc420InterleavedExecute(void* handle, unsigned char* sourceLuma, unsigned char* sourceChroma,
                                               unsigned char* destinationLuma, unsigned char* destinationChroma,
                                               unsigned int sourceWidth, unsigned int sourceHeight,
