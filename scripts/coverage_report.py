@@ -1,0 +1,93 @@
+"""Prints the coverage of each file of src/ and in total, and exits with 1 where a total is too low.
+
+A line or a branch counts as covered when any level and any instantiation of a template has run it. Conditions that the
+compiler decides (if constexpr and the like) have no branches.
+"""
+import collections
+import json
+import os
+import re
+import sys
+
+MIN_LINES, MIN_BRANCHES = 99.0, 95.0
+
+
+def read_lines(path):
+    """Of each file: line number -> how often it ran."""
+    files, current = {}, None
+    for record in open(path):
+        if record.startswith("SF:"):
+            current = files.setdefault(os.path.relpath(record[3:].strip()), collections.Counter())
+        elif record.startswith("DA:"):
+            line, count = record[3:].split(",")[:2]
+            current[int(line)] += int(count)
+    return files
+
+
+def read_branches(path):
+    """Of each file: position of a condition -> how often it was true and false."""
+    files = {}
+    for entry in json.load(open(path))["data"][0]["files"]:
+        branches = files.setdefault(os.path.relpath(entry["filename"]), {})
+        for line, column, end_line, end_column, taken, not_taken, *_ in entry["branches"]:
+            counts = branches.setdefault((line, column, end_line, end_column), [0, 0])
+            counts[0] += taken
+            counts[1] += not_taken
+    return files
+
+
+def condition_text(source, position):
+    line, column, end_line, end_column = position
+    if line == end_line:
+        return source[line - 1][column - 1:end_column - 1]
+    return " ".join([source[line - 1][column - 1:], *source[line:end_line - 1], source[end_line - 1][:end_column - 1]])
+
+
+def is_decided_by_compiler(source, position):
+    """Conditions of constants: kNames, template arguments and sizes."""
+    before = source[position[0] - 1][:position[1] - 1]
+    if re.search(r"if constexpr \(", before) or re.search(r"if constexpr \($", source[position[0] - 2]):
+        return True
+    names = re.findall(r"[A-Za-z_]\w*", condition_text(source, position))
+    return bool(names) and all(re.match(r"k[A-Z]|[A-Z]|std$|sizeof$|value$", name) for name in names)
+
+
+def percent(covered, total):
+    return 100.0 * covered / total if total else 100.0
+
+
+def main(lines_path, branches_path, missed_path):
+    all_lines, all_branches = read_lines(lines_path), read_branches(branches_path)
+    totals, missed = [0, 0, 0, 0], []
+    print(f"{'':44} {'lines':>15} {'branches':>18}")
+    for name in sorted(all_lines):
+        source = open(name).read().split("\n")
+        lines, branches = all_lines[name], []
+        for position, counts in sorted(all_branches.get(name, {}).items()):
+            if counts == [0, 0] and is_decided_by_compiler(source, position):
+                continue
+            branches += counts
+            for way, count in zip(("true", "false"), counts):
+                if count == 0:
+                    missed.append(f"{name}:{position[0]}: never {way}: {condition_text(source, position)}")
+        missed += [f"{name}:{n}: never run: {source[n - 1].strip()}" for n in sorted(lines) if lines[n] == 0]
+        counts = [sum(c > 0 for c in lines.values()), len(lines), sum(c > 0 for c in branches), len(branches)]
+        totals = [a + b for a, b in zip(totals, counts)]
+        print(format_row(name, counts))
+    print(format_row("total", totals))
+    with open(missed_path, "w") as file:
+        file.write("\n".join(missed) + "\n")
+    enough = percent(*totals[:2]) >= MIN_LINES and percent(*totals[2:]) >= MIN_BRANCHES
+    print(f"{len(missed)} misses in {missed_path}; at least {MIN_LINES} % of lines and {MIN_BRANCHES} % of branches "
+          f"are asked for: {'met' if enough else 'not met'}")
+    return 0 if enough else 1
+
+
+def format_row(name, counts):
+    lines, all_lines, branches, all_branches = counts
+    return (f"{name:44} {lines:5}/{all_lines:<5}{percent(lines, all_lines):6.1f}%"
+            f" {branches:5}/{all_branches:<5}{percent(branches, all_branches):6.1f}%")
+
+
+if __name__ == "__main__":
+    sys.exit(main(*sys.argv[1:]))
