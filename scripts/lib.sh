@@ -14,6 +14,9 @@ benchPackages=(libbenchmark-dev valgrind)
 peerPackages=(pkg-config libswscale-dev libavfilter-dev libpostproc-dev libzimg-dev libyuv-dev
   libgstreamer-plugins-base1.0-dev)
 
+# What scripts/demo shows and docs/before-after.jpg is made with.
+demoSettings=(--soften 10 --adaptive 2 --temporal 100:0)
+
 Say() { printf '%s\n' "$*"; }
 
 Fail() {
