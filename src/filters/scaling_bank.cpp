@@ -50,33 +50,84 @@ void Sharpen(double* samples, int used, std::uint32_t sharpening) {
   std::copy_n(sharpened, used, samples);
 }
 
+// Distance of a tap from the output sample, in sixteenths of a sample.
+int Distance(int tap, int phase, int taps) { return kPhases * (tap - CentreTap(taps)) - phase; }
+
+// Brings the centroid of the samples to the output sample, each sample giving by its weight: zeros stay zeros.
+void Centre(double* samples, int phase, int taps) {
+  double moment = 0, weight = 0, weightedMean = 0, variance = 0;
+  for (int t = 0; t < taps; ++t) {
+    moment += samples[t] * Distance(t, phase, taps);
+    weight += std::abs(samples[t]);
+    weightedMean += std::abs(samples[t]) * Distance(t, phase, taps);
+  }
+  weightedMean /= weight;
+  for (int t = 0; t < taps; ++t) {
+    const double deviation = Distance(t, phase, taps) - weightedMean;
+    variance += std::abs(samples[t]) * deviation * deviation;
+  }
+  for (int t = 0; t < taps; ++t) {
+    samples[t] -= moment / variance * std::abs(samples[t]) * (Distance(t, phase, taps) - weightedMean);
+  }
+}
+
+struct RoundedPhase {
+  std::int16_t* coefficients;
+  double remainders[kMaxTaps];  // of the exact coefficients; less 1 where the coefficient is rounded up
+
+  void Add(std::ptrdiff_t tap, int amount) {
+    coefficients[tap] = static_cast<std::int16_t>(coefficients[tap] + amount);
+    remainders[tap] -= amount;
+  }
+};
+
 // Scales the samples to a sum of `total` and rounds them down; what is then missing goes, one each, to the taps with
 // the largest remainders. Of equal remainders the first tap takes it; taps of a symmetric phase take it in pairs, and
 // an odd one goes to the tap in the middle.
-void RoundToSum(const double* samples, int used, bool symmetric, int total, std::int16_t* coefficients) {
+void RoundToSum(const double* samples, int used, bool symmetric, int total, RoundedPhase& phase) {
   double sum = 0;
   for (int t = 0; t < used; ++t) sum += samples[t];
-  double remainders[kMaxTaps];
   int missing = total;
   for (int t = 0; t < used; ++t) {
     const double exact = total * samples[t] / sum;
-    coefficients[t] = static_cast<std::int16_t>(std::floor(exact));
-    remainders[t] = exact - coefficients[t];
-    missing -= coefficients[t];
+    phase.coefficients[t] = static_cast<std::int16_t>(std::floor(exact));
+    phase.remainders[t] = exact - phase.coefficients[t];
+    missing -= phase.coefficients[t];
   }
   if (symmetric && missing % 2 != 0) {
-    ++coefficients[used / 2];
+    phase.Add(used / 2, 1);
     --missing;
   }
   const int candidates = symmetric ? used / 2 : used;
-  while (missing > 0) {
-    const auto tap = std::max_element(remainders, remainders + candidates) - remainders;
-    remainders[tap] = -1;
-    ++coefficients[tap];
-    --missing;
-    if (!symmetric) continue;
-    ++coefficients[used - 1 - tap];
-    --missing;
+  for (; missing > 0; missing -= symmetric ? 2 : 1) {
+    const auto tap = std::max_element(phase.remainders, phase.remainders + candidates) - phase.remainders;
+    phase.Add(tap, 1);
+    if (symmetric) phase.Add(used - 1 - tap, 1);
+  }
+}
+
+// Where rounding has moved the centroid by more than 1/64 of a sample, units go from one tap to another until it is
+// back: each time between the two taps that it rounds best.
+void Recentre(const double* samples, int phaseIndex, int taps, int total, RoundedPhase& phase) {
+  for (;;) {
+    int moment = 0;
+    for (int t = 0; t < taps; ++t) moment += phase.coefficients[t] * Distance(t, phaseIndex, taps);
+    if (64 * std::abs(moment) <= kPhases * total) return;
+    int bestFrom = -1, bestTo = -1;
+    double leastError = 0;
+    for (int from = 0; from < taps; ++from) {
+      for (int to = 0; to < taps; ++to) {
+        const double error = phase.remainders[from] - phase.remainders[to];
+        const bool helps = std::abs(moment + kPhases * (to - from)) < std::abs(moment);
+        if (!helps || samples[from] == 0 || samples[to] == 0 || (bestTo >= 0 && error >= leastError)) continue;
+        bestFrom = from;
+        bestTo = to;
+        leastError = error;
+      }
+    }
+    if (bestTo < 0) return;
+    phase.Add(bestFrom, -1);
+    phase.Add(bestTo, 1);
   }
 }
 
@@ -86,12 +137,20 @@ void MirrorPhases(int taps, Bank& bank) {
   }
 }
 
+enum class Centroid { kFree, kAtOutputSample };
+
 // From the samples of a phase to its coefficients. Phase 0 leaves out its last tap, which has no mirror.
-void FinishPhase(double* samples, int phase, std::uint32_t sharpening, int taps, int precisionBits,
+void FinishPhase(double* samples, int phase, std::uint32_t sharpening, Centroid centroid, int taps, int precisionBits,
                  std::int16_t* coefficients) {
   const int used = phase == 0 ? taps - 1 : taps;
+  const int total = 1 << precisionBits;
+  const bool symmetric = phase % (kPhases / 2) == 0;
+  const bool centred = centroid == Centroid::kAtOutputSample && !symmetric;
+  RoundedPhase rounded = {coefficients, {}};
   Sharpen(samples, used, sharpening);
-  RoundToSum(samples, used, phase % (kPhases / 2) == 0, 1 << precisionBits, coefficients);
+  if (centred) Centre(samples, phase, taps);
+  RoundToSum(samples, used, symmetric, total, rounded);
+  if (centred) Recentre(samples, phase, taps, total, rounded);
 }
 
 void DesignDescribedBank(const ScalingFilter& filter, int taps, int precisionBits, Bank& bank) {
@@ -101,7 +160,7 @@ void DesignDescribedBank(const ScalingFilter& filter, int taps, int precisionBit
   for (int phase = 0; phase <= kPhases / 2; ++phase) {
     double samples[kMaxTaps];
     std::copy_n(bank[phase], taps, samples);
-    FinishPhase(samples, phase, filter.sharpening, taps, precisionBits, bank[phase]);
+    FinishPhase(samples, phase, filter.sharpening, Centroid::kFree, taps, precisionBits, bank[phase]);
   }
   MirrorPhases(taps, bank);
 }
@@ -110,12 +169,15 @@ void DesignDescribedBank(const ScalingFilter& filter, int taps, int precisionBit
 
 void DesignShapeBank(const KernelShape& shape, std::uint32_t sharpening, int taps, int precisionBits, Bank& bank) {
   std::fill_n(&bank[0][0], kPhases * kMaxTaps, std::int16_t{0});
+  // A mean of covered samples would not be one with other weights.
+  const Centroid centroid =
+      shape.family == KernelFamily::kBox && shape.width > 1 ? Centroid::kFree : Centroid::kAtOutputSample;
   for (int phase = 0; phase <= kPhases / 2; ++phase) {
     double samples[kMaxTaps];
     for (int t = 0; t < taps; ++t) {
-      samples[t] = SampleShape(shape, t - CentreTap(taps) - static_cast<double>(phase) / kPhases);
+      samples[t] = SampleShape(shape, Distance(t, phase, taps) / static_cast<double>(kPhases));
     }
-    FinishPhase(samples, phase, sharpening, taps, precisionBits, bank[phase]);
+    FinishPhase(samples, phase, sharpening, centroid, taps, precisionBits, bank[phase]);
   }
   MirrorPhases(taps, bank);
 }

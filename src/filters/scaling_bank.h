@@ -1,5 +1,6 @@
 // Banks of the interface's scaler, by filter, ratio and taps. A flat field stays flat and nothing drifts: every phase
-// sums to exactly 1 << precisionBits, phase 16 - q mirrors phase q, and phases 0 and 8 are symmetric.
+// sums to exactly 1 << precisionBits and has its centroid within 1/64 of a sample of the output sample, phase 16 - q
+// mirrors phase q, and phases 0 and 8 are symmetric.
 #pragma once
 
 #include <cstdint>
@@ -17,7 +18,7 @@ enum class ScalingKernel {
   kCatmullRom,
   kMitchell,
   kLanczos,    ///< of three lobes; of two with 4 taps
-  kArea,       ///< mean of the covered samples; upscales are bilinear
+  kArea,       ///< mean of the covered samples, whose centroid may lie 1/8 of a sample off; upscales are bilinear
   kDescribed,  ///< ScalingFilter::described, whatever the ratio
 };
 
