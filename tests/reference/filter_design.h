@@ -1,5 +1,5 @@
-// The described resampling and deblocking banks, written plainly: a prototype sampled every sixteenth of a pixel, and
-// the phases read from it.
+// The resampling and deblocking banks of the object, written plainly: a prototype sampled every sixteenth of a pixel,
+// and the phases read from it.
 #pragma once
 
 #include <array>
