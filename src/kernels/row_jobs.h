@@ -10,6 +10,7 @@
 #include <cstdint>
 
 #include "kernels/byte_row_plan.h"
+#include "kernels/denoise_taps.h"
 #include "kernels/scale_job.h"
 
 namespace vidproc {
@@ -74,19 +75,9 @@ struct HorizontalRowJob {
   std::uint8_t* out;
 };
 
-/// The edge-preserving taps of one direction around their centre, and what weight a sample keeps by its difference from
-/// the centre; from 16 on it has none.
-struct DenoiseTaps {
-  std::int32_t count;             ///< taps beside the centre; 0: the centre passes as it is
-  std::int32_t offset[kMaxTaps];  ///< in rows or in samples, counted from the centre; of unused taps 0
-  std::int16_t coefficient[kMaxTaps];
-  std::int16_t centreCoefficient;
-  alignas(16) std::uint8_t weights[kMaxTaps][16];
-};
-
 /// The share of the history, in 128ths, by its difference from the new value.
 struct HistoryBlend {
-  alignas(16) std::uint8_t weights[16];
+  alignas(16) std::uint8_t table[16];  ///< below 16
   std::uint8_t weightFrom16;
 };
 

@@ -8,15 +8,6 @@
 namespace vidproc::VIDPROC_TARGET {
 namespace {
 
-/// Rows shorter than what a pass writes at a time are made elsewhere.
-template <class Filter>
-void WithRoomFor(const VerticalRowJob& job, int step, const Filter& filter) {
-  if (job.bytes >= step) return filter(job.out);
-  std::uint8_t row[kMinRowBytes];
-  filter(row);
-  __builtin_memcpy(job.out, row, static_cast<std::size_t>(job.bytes));
-}
-
 /// Sums in 32 bits: one vector of bytes.
 template <int kShift>
 U8 FilterVector(const VerticalRowJob& job, std::ptrdiff_t b) {
@@ -40,7 +31,7 @@ U8 FilterVector(const VerticalRowJob& job, std::ptrdiff_t b) {
 
 template <int kShift>
 void FilterInWords(const VerticalRowJob& job) {
-  WithRoomFor(job, kVectorBytes, [&](std::uint8_t* out) {
+  WithRoomForStep(job.out, job.bytes, kVectorBytes, [&](std::uint8_t* out) {
     for (int start = 0; start < job.bytes; start += kVectorBytes) {
       const int b = VectorStart(start, job.bytes, kVectorBytes);
       Store(out + b, FilterVector<kShift>(job, b));
@@ -53,7 +44,7 @@ void FilterInWords(const VerticalRowJob& job) {
 template <int kTaps, int kShift>
 void FilterTapsInBytes(const VerticalRowJob& job) {
   const auto ahead = [&](int i) { return job.ahead[i] != nullptr ? job.ahead[i] : job.rows[0]; };
-  WithRoomFor(job, 2 * kVectorBytes, [&](std::uint8_t* out) {
+  WithRoomForStep(job.out, job.bytes, 2 * kVectorBytes, [&](std::uint8_t* out) {
     FilterRowBytes<kTaps, kShift>(job.rows, job.taps->coefficient, job.bytes, {ahead(0), ahead(1)}, PlaneResult{out});
   });
 }

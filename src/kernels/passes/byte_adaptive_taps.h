@@ -1,0 +1,102 @@
+// Edge-preserving taps on bytes, for banks whose outer taps are not negative and add up to at most the whole. Then the
+// result is the centre sample plus a weighted mean of differences,
+//
+//   v = s_c + ((sum of a_t (s_t - s_c) + 64) >> 7)
+//
+// and a tap has weight only where its difference is below 16, so that weights, differences and results all fit bytes.
+// The weight of a difference comes from a table of 16 by a byte shuffle, which gives 0 by itself for larger ones.
+#pragma once
+
+#include "kernels/denoise_taps.h"
+#include "kernels/passes/byte_arithmetic.h"
+#include "kernels/passes/motion_test.h"
+#include "kernels/passes/vector_walk.h"
+
+namespace vidproc::VIDPROC_TARGET {
+namespace {
+
+#if VIDPROC_HAS_BYTE_OPS
+
+/// The weight that a table gives to the difference of sample and centre.
+inline U8 WeightOf(U8 sample, U8 centre, U8 table) { return LookUpBelow16(table, AbsoluteDifference(sample, centre)); }
+
+/// A phase's taps in registers.
+template <int kOuter>
+class ByteTaps {
+ public:
+  explicit ByteTaps(const DenoiseTaps& outer) {
+    for (int k = 0; k < kOuter; ++k) table[k] = LoadRepeated(outer.table[k]);
+    for (int k = 0; k < kOuter; k += 2) pair[k / 2] = SplatPair(outer.coefficient[k], outer.coefficient[k + 1]);
+    pair[kOuter / 2] = SplatPair(outer.centreCoefficient, 0);
+  }
+
+  /// Edges preserved where the motion test finds rest.
+  template <class MotionTest>
+  U8 Filter(U8 centre, const U8 (&sample)[kOuter + 1], const MotionTest& motionTest, int offset) const {
+    return motionTest.FindStill(centre, offset).Select(Adapt(centre, sample), Smooth(centre, sample));
+  }
+
+ private:
+  /// Edges preserved.
+  U8 Adapt(U8 centre, const U8 (&sample)[kOuter + 1]) const {
+    Halves sum{SplatI16(0), SplatI16(0)};
+    for (int k = 0; k < kOuter; k += 2) {
+      const U8 weight0 = WeightOf(sample[k], centre, table[k]);
+      const U8 weight1 = WeightOf(sample[k + 1], centre, table[k + 1]);
+      sum = Add(sum, MultiplyZipped(weight0, weight1, Subtract(sample[k], centre), Subtract(sample[k + 1], centre)));
+    }
+    return Add(centre, RoundToSignedBytes<7>(sum));
+  }
+
+  /// The full low-pass, for samples that have moved.
+  U8 Smooth(U8 centre, const U8 (&sample)[kOuter + 1]) const {
+    if constexpr (kOuter == 0) return centre;
+    Halves sum = MultiplyZipped(centre, SplatU8(0), pair[kOuter / 2]);
+    for (int k = 0; k < kOuter; k += 2) sum = Add(sum, MultiplyZipped(sample[k], sample[k + 1], pair[k / 2]));
+    return RoundToBytes<7>(sum);
+  }
+
+  U8 table[kOuter + 1];
+  U8 pair[kOuter / 2 + 1];
+};
+
+/// Blends values with their history by the same kind of table.
+struct ByteBlend {
+  U8 table;
+  U8 Blend(U8 history, U8 value) const {
+    const U8 alpha = WeightOf(history, value, table);
+    const U8 difference = Subtract(history, value);
+    return Add(value, RoundToSignedBytes<7>(MultiplyZipped(alpha, SplatU8(0), difference, difference)));
+  }
+};
+
+/// Calls filter with the phase's taps as ByteTaps of the next even count that the library has a form for.
+template <class Filter>
+inline void WithByteTaps(const DenoiseTaps& outer, const Filter& filter) {
+  if (outer.count == 0) return filter(ByteTaps<0>(outer));
+  if (outer.count <= 2) return filter(ByteTaps<2>(outer));
+  if (outer.count <= 4) return filter(ByteTaps<4>(outer));
+  if (outer.count <= 6) return filter(ByteTaps<6>(outer));
+  if (outer.count <= 8) return filter(ByteTaps<8>(outer));
+  if (outer.count <= 12) return filter(ByteTaps<12>(outer));
+  filter(ByteTaps<kMaxTaps>(outer));
+}
+
+/// A row between rows: `centre` is the one under the centre tap, `ahead` one to fetch.
+template <int kOuter, class MotionTest>
+inline void FilterRowAdaptively(const ByteTaps<kOuter>& taps, const MotionTest& rowTest,
+                                const std::uint8_t* const* rows, const std::uint8_t* centre, const std::uint8_t* ahead,
+                                int bytes, std::uint8_t* out) {
+  for (int start = 0; start < bytes; start += kVectorBytes) {
+    const int b = VectorStart(start, bytes, kVectorBytes);
+    __builtin_prefetch(ahead + b);
+    U8 sample[kOuter + 1];
+    for (int k = 0; k < kOuter; ++k) sample[k] = LoadU8(rows[k] + b);
+    Store(out + b, taps.Filter(LoadU8(centre + b), sample, rowTest, b));
+  }
+}
+
+#endif
+
+}  // namespace
+}  // namespace vidproc::VIDPROC_TARGET
