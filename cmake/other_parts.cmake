@@ -10,7 +10,7 @@ if(PkgConfig_FOUND)
   pkg_check_modules(SWSCALE QUIET IMPORTED_TARGET libswscale libavutil)
 endif()
 include(CheckLinkerFlag)
-check_linker_flag(CXX LINKER:--wrap=malloc VIDPROC_LINKER_WRAPS)
+check_linker_flag(CXX LINKER:--wrap=vidproc_nothing VIDPROC_LINKER_WRAPS)
 set(linker_wrap_FOUND ${VIDPROC_LINKER_WRAPS})
 
 # vidproc_add_optional(DIRECTORY WHAT PACKAGE...): adds the directory if every <PACKAGE>_FOUND holds.
