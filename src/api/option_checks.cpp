@@ -182,12 +182,9 @@ PipelineSettings SettingsOf(const vidproc_post_options& options) {
 
 vidproc_status CheckSettings(const PipelineSettings& settings, ErrorText& error) noexcept {
   const std::int32_t lowest = 255 - kLargestLumaProduct / settings.lumaGain;
-  if (settings.lumaOffset < lowest) {
-    return error.Set(VIDPROC_ERROR_UNSUPPORTED, "luma_offset is %d, allowed %d to 255 with luma_gain %d",
-                     settings.lumaOffset, lowest, settings.lumaGain);
-  }
-  const char* reason = UnsupportedReason(settings);
-  return reason == nullptr ? VIDPROC_OK : error.Set(VIDPROC_ERROR_UNSUPPORTED, "%s", reason);
+  if (settings.lumaOffset >= lowest) return VIDPROC_OK;
+  return error.Set(VIDPROC_ERROR_UNSUPPORTED, "luma_offset is %d, allowed %d to 255 with luma_gain %d",
+                   settings.lumaOffset, lowest, settings.lumaGain);
 }
 
 }  // namespace vidproc::api

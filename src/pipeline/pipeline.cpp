@@ -59,6 +59,4 @@ void Pipeline::Process(const InputPlanes& input, const OutputPlanes& output) noe
   stages->Process(input, output);
 }
 
-const char* UnsupportedReason(const PipelineSettings& /*settings*/) { return nullptr; }
-
 }  // namespace vidproc

@@ -78,8 +78,4 @@ class Pipeline {
   std::unique_ptr<Stages> stages;
 };
 
-/// Null where a pipeline of these settings can be built; else one clause that says what cannot be combined ("..."), for
-/// the caller's error text. Constant time.
-const char* UnsupportedReason(const PipelineSettings& settings);
-
 }  // namespace vidproc
