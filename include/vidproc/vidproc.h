@@ -180,12 +180,16 @@ typedef struct vidproc_pre_options {
   int32_t luma_offset;          ///< -255..255; default 0. Gains over 64: (255 - luma_offset) * luma_gain <= 32767
   int32_t dither_level;         ///< 0..12, amplitude of the noise added to luma; default 0, none
   int32_t dither_seed;          ///< 0..255, the same noise in every frame; -1, by the clock; default -1
-  int32_t denoise_edge;         ///< 0..8: how little two samples may differ to be averaged; default 0, no averaging
-  int32_t denoise_softening;    ///< 0..255, width of the averaging, 0 is none; default 10
-  int32_t denoise_taps;         ///< 8 (and 4 vertical) or 16 (and 8 vertical) samples to average; default 8
-  int32_t temporal_strength;    ///< 0..127 128ths, weight of the previous frame at rest; default 0, none
-  int32_t temporal_shift;       ///< 0..8: how fast that weight falls as samples differ; default 0, at once
-  int32_t motion_smoothing;     ///< 0 or 1: average fully where the picture moves; default 0
+  /// 0..8; default 0, no averaging of neighbours. A neighbour counts the less the more it differs, and no more from a
+  /// difference of 16 / 2^((denoise_edge - 1) / 2) on: 16 at 1, which averages most, 8 at 3, 4 at 5.
+  int32_t denoise_edge;
+  int32_t denoise_softening;  ///< 0..255, width of the averaging; 0 is none; default 10
+  int32_t denoise_taps;       ///< neighbours: 8 (and 4 vertical) or 16 (and 8 vertical), for wide averaging; default 8
+  int32_t temporal_strength;  ///< 0..127 128ths, weight of the previous frame at rest; default 0, none
+  /// 0..8; default 0. The previous frame counts the less the more it differs, and no more from a difference of
+  /// 16 / 2^(temporal_shift / 2) on; at 8 it counts fully again from 16 on.
+  int32_t temporal_shift;
+  int32_t motion_smoothing;  ///< 0 or 1: average all neighbours fully where the picture moves; default 0
 } vidproc_pre_options;
 
 /// Makes a handle that is not configured yet. *pre is null after a failure.
@@ -202,8 +206,9 @@ VIDPROC_API void vidproc_pre_destroy(vidproc_pre* pre);
 /// @return VIDPROC_ERROR_INVALID_ARGUMENT for null or a size below that of version 1.0 or above 4096.
 VIDPROC_API vidproc_status vidproc_pre_options_init(vidproc_pre_options* options, size_t size);
 
-/// Takes new settings, sizes and formats, at any time. History continues unless input size or chroma sampling (4:2:2 or
-/// 4:2:0) change. After any failure the handle is exactly as it was, and works on with its former settings.
+/// Takes new settings, sizes and formats, at any time. The history of temporal_strength and motion_smoothing continues
+/// while these stay on and neither input size nor chroma sampling (4:2:2 or 4:2:0) change. After any failure the handle
+/// is exactly as it was, and works on with its former settings.
 /// @return VIDPROC_ERROR_INVALID_ARGUMENT, VIDPROC_ERROR_UNSUPPORTED, VIDPROC_ERROR_OUT_OF_MEMORY.
 VIDPROC_API vidproc_status vidproc_pre_configure(vidproc_pre* pre, const vidproc_pre_options* options);
 
