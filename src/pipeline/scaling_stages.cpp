@@ -1,6 +1,5 @@
 #include "pipeline/scaling_stages.h"
 
-#include <algorithm>
 #include <cstring>
 
 #include "levels/general_forms.h"
@@ -48,18 +47,23 @@ VerticalPass::VerticalPass(Stage& input, const AxisPass& pass, const KernelTable
   input.Hold(pass.taps);
 }
 
-const std::uint8_t* VerticalPass::InputRow(std::int32_t row) {
-  return input.Row(std::clamp(row, 0, lastRow) >> rowShift);
+/// The last rows under output row y, which those before it have not read.
+void VerticalPass::Announce(std::int32_t y, VerticalRowJob& job) const {
+  if (y >= Shape().height) return;
+  const RowPosition& position = positions[static_cast<std::size_t>(y)];
+  const VerticalTaps& phase = taps[position.phase];
+  const std::int32_t last = position.source + phase.row[phase.count - 1];
+  job.ahead[0] = input.GivenRow(InputRow(last));
+  job.ahead[1] = input.GivenRow(InputRow(last - 1));
 }
 
 void VerticalPass::MakeRow(std::int32_t y, std::uint8_t* out) {
   const RowPosition& position = positions[static_cast<std::size_t>(y)];
   const VerticalTaps& phase = taps[position.phase];
-  VerticalRowJob job;
+  VerticalRowJob job{};
   job.taps = &phase;
-  for (std::int32_t t = 0; t < phase.count; ++t) job.rows[t] = InputRow(position.source + phase.row[t]);
-  job.ahead[0] = nullptr;
-  job.ahead[1] = nullptr;
+  for (std::int32_t t = 0; t < phase.count; ++t) job.rows[t] = input.Row(InputRow(position.source + phase.row[t]));
+  Announce(y + 1, job);
   job.shift = precisionBits;
   job.bytes = Shape().RowBytes();
   job.out = out;

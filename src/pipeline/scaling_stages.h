@@ -1,6 +1,7 @@
 // A scaling step of a component: the vertical pass, then the horizontal one. Each gives bytes.
 #pragma once
 
+#include <algorithm>
 #include <vector>
 
 #include "kernels/kernel_table.h"
@@ -21,7 +22,8 @@ class VerticalPass : public Stage {
   void MakeRow(std::int32_t y, std::uint8_t* out) override;
 
  private:
-  const std::uint8_t* InputRow(std::int32_t row);
+  std::int32_t InputRow(std::int32_t row) const { return std::clamp(row, 0, lastRow) >> rowShift; }
+  void Announce(std::int32_t y, VerticalRowJob& job) const;
 
   Stage& input;
   const KernelTable& kernels;

@@ -35,7 +35,12 @@ class Stage {
   /// for that lies as many rows further as are held.
   const std::uint8_t* Row(std::int32_t y) { return givenRows != nullptr ? givenRows + y * givenStride : HeldRow(y); }
 
-  /// The same in held memory, whose margins are the reader's to write to.
+  /// Row y where it lies in the caller's frame, which may be far from the processor; null: rows are held.
+  const std::uint8_t* GivenRow(std::int32_t y) const {
+    return givenRows != nullptr ? givenRows + y * givenStride : nullptr;
+  }
+
+  /// The same as Row in held memory, whose margins are the reader's to write to.
   std::uint8_t* HeldRow(std::int32_t y) {
     std::int32_t& heldRow = rowInSlot[Slot(y)];
     std::uint8_t* const row = rows.Row(y & slotMask);
