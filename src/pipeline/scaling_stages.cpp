@@ -47,12 +47,13 @@ VerticalPass::VerticalPass(Stage& input, const AxisPass& pass, const KernelTable
   input.Hold(pass.taps);
 }
 
-/// The last rows under output row y, which those before it have not read.
-void VerticalPass::Announce(std::int32_t y, VerticalRowJob& job) const {
-  if (y >= Shape().height) return;
-  const RowPosition& position = positions[static_cast<std::size_t>(y)];
-  const VerticalTaps& phase = taps[position.phase];
-  const std::int32_t last = position.source + phase.row[phase.count - 1];
+/// Rows of the caller's frame; and, to be fetched ahead, the last ones under the next output row.
+void VerticalPass::TakeGivenRows(std::int32_t y, const VerticalTaps& phase, VerticalRowJob& job) const {
+  const std::int32_t source = positions[static_cast<std::size_t>(y)].source;
+  for (std::int32_t t = 0; t < phase.count; ++t) job.rows[t] = input.GivenRow(InputRow(source + phase.row[t]));
+  const std::size_t next = static_cast<std::size_t>(std::min(y + 1, Shape().height - 1));
+  const VerticalTaps& nextPhase = taps[positions[next].phase];
+  const std::int32_t last = positions[next].source + nextPhase.row[nextPhase.count - 1];
   job.ahead[0] = input.GivenRow(InputRow(last));
   job.ahead[1] = input.GivenRow(InputRow(last - 1));
 }
@@ -60,10 +61,16 @@ void VerticalPass::Announce(std::int32_t y, VerticalRowJob& job) const {
 void VerticalPass::MakeRow(std::int32_t y, std::uint8_t* out) {
   const RowPosition& position = positions[static_cast<std::size_t>(y)];
   const VerticalTaps& phase = taps[position.phase];
-  VerticalRowJob job{};
+  VerticalRowJob job;
   job.taps = &phase;
-  for (std::int32_t t = 0; t < phase.count; ++t) job.rows[t] = input.Row(InputRow(position.source + phase.row[t]));
-  Announce(y + 1, job);
+  if (input.GivesRows()) {
+    TakeGivenRows(y, phase, job);
+  } else {
+    for (std::int32_t t = 0; t < phase.count; ++t)
+      job.rows[t] = input.HeldRow(InputRow(position.source + phase.row[t]));
+    job.ahead[0] = nullptr;
+    job.ahead[1] = nullptr;
+  }
   job.shift = precisionBits;
   job.bytes = Shape().RowBytes();
   job.out = out;

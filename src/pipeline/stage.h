@@ -33,12 +33,11 @@ class Stage {
 
   /// Row y, to be asked for in ascending order, but for steps back within the held rows. It stays until a row is asked
   /// for that lies as many rows further as are held.
-  const std::uint8_t* Row(std::int32_t y) { return givenRows != nullptr ? givenRows + y * givenStride : HeldRow(y); }
+  const std::uint8_t* Row(std::int32_t y) { return GivesRows() ? GivenRow(y) : HeldRow(y); }
 
-  /// Row y where it lies in the caller's frame, which may be far from the processor; null: rows are held.
-  const std::uint8_t* GivenRow(std::int32_t y) const {
-    return givenRows != nullptr ? givenRows + y * givenStride : nullptr;
-  }
+  /// Whether rows are given out where they lie in the caller's frame, from where they may have to be fetched.
+  bool GivesRows() const { return givenRows != nullptr; }
+  const std::uint8_t* GivenRow(std::int32_t y) const { return givenRows + y * givenStride; }
 
   /// The same as Row in held memory, whose margins are the reader's to write to.
   std::uint8_t* HeldRow(std::int32_t y) {
