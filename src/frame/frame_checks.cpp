@@ -1,7 +1,7 @@
 #include "frame/frame_checks.h"
 
 #include "frame/frame_memory.h"
-#include "plan/scale_plan.h"
+#include "plan/phase_position.h"
 
 namespace vidproc {
 namespace {
@@ -20,9 +20,8 @@ bool SidesAreProcessed(const VideoProcessor& p) {
 bool RatiosStayInside(const VideoProcessor& p) {
   const auto half = [](std::uint32_t width) { return std::int64_t{width / 2 + width % 2}; };
   const Ratio horizontal{p.horizontalUp, p.horizontalDown};
-  return RatioReachesNoFurther(horizontal, p.outWidth, p.inWidth) &&
-         RatioReachesNoFurther(horizontal, half(p.outWidth), half(p.inWidth)) &&
-         RatioReachesNoFurther({p.verticalUp, p.verticalDown}, p.outHeight, p.inHeight);
+  return StaysInside(horizontal, p.outWidth, p.inWidth) && StaysInside(horizontal, half(p.outWidth), half(p.inWidth)) &&
+         StaysInside({p.verticalUp, p.verticalDown}, p.outHeight, p.inHeight);
 }
 
 }  // namespace
@@ -60,14 +59,14 @@ bool FitsScaler(const VideoProcessor& p, const BufferCapacities& held, const Sca
   const std::uint64_t inRow = std::uint64_t{2} * p.inWidth;
   const std::uint64_t outRow = std::uint64_t{2} * p.outWidth;
   const std::uint64_t packedOutput = outRow * p.outHeight;
-  const std::uint64_t edgeColumns = traits.horizontalTaps > 8 ? 64 : 32;
+  const std::uint64_t edgeColumns = traits.kernel.horizontalTaps > 8 ? 64 : 32;
   if (!Holds(p.scratchA, held.scratch, (p.inHeight + std::uint64_t{8}) * inRow) ||
       !Holds(p.scratchA, held.scratch, (inRow + edgeColumns) * p.outHeight * 2) ||
       !Holds(p.scratchB, held.scratch, 2 * inRow * p.outHeight) || !Holds(p.scratchB, held.scratch, packedOutput)) {
     return false;
   }
   if (traits.hasHistory && !Holds(p.previousFrame, held.previousFrame, packedOutput)) return false;
-  if (!traits.smoothsMotion) return true;
+  if (!traits.kernel.smoothsMotion) return true;
   const std::uint64_t largerHeight = p.inHeight > p.outHeight ? p.inHeight : p.outHeight;
   const std::uint64_t largerRow = inRow > outRow ? inRow : outRow;
   return Holds(p.smoothingBufferSmall, held.smoothingSmall, inRow * largerHeight) &&
@@ -86,8 +85,7 @@ bool CanDeblock(const VideoProcessor& p, const BufferCapacities& held) {
   if (p.srcFrame == nullptr || p.inWidth < 2 || p.inHeight < 1) return false;
   const std::uint64_t frameBytes = std::uint64_t{p.inStride} * p.inHeight;
   return frameBytes <= RoomInWorkingBuffer(p, held, p.srcFrame).value_or(frameBytes) &&
-         FitsScaler(p, held, kPlainScaler) &&
-         RatioReachesNoFurther({p.horizontalUp, p.horizontalDown}, p.outWidth, p.inWidth);
+         FitsScaler(p, held, kPlainScaler) && StaysInside({p.horizontalUp, p.horizontalDown}, p.outWidth, p.inWidth);
 }
 
 bool CanFilterTemporally(const VideoProcessor& p, const BufferCapacities& held) {

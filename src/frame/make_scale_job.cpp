@@ -1,22 +1,39 @@
 #include "frame/make_scale_job.h"
 
 #include "frame/frame_memory.h"
-#include "levels/general_forms.h"
+#include "plan/exactness.h"
 
 namespace vidproc {
 namespace {
 
-ScaleGeometry GeometryOf(const VideoProcessor& p, const ScalerTraits& traits) {
+using LaneBank = std::int16_t[16][16][8];
+
+ScaleGeometry GeometryOf(const VideoProcessor& p, const KernelTraits& kernel) {
+  const PositionRule columns = AlignCorners({p.horizontalUp, p.horizontalDown});
   return {static_cast<std::int32_t>(p.inWidth),
           static_cast<std::int32_t>(p.inHeight),
           static_cast<std::int32_t>(p.outWidth),
           static_cast<std::int32_t>(p.outHeight),
-          {p.horizontalUp, p.horizontalDown},
-          {p.verticalUp, p.verticalDown},
-          traits.horizontalTaps,
-          traits.verticalTaps,
-          traits.precisionBits,
-          GeneralFormsOnly() ? ByteRowShape{} : Kernels().byteRowShape};
+          {columns, columns},
+          AlignCorners({p.verticalUp, p.verticalDown}),
+          kernel.horizontalTaps,
+          kernel.verticalTaps,
+          kernel.precisionBits,
+          Kernels().byteRowShape};
+}
+
+/// The taps that a kernel reads, lane 0 standing for eight.
+void ReadTaps(const LaneBank& lanes, int taps, Coefficients& coefficients) {
+  for (int phase = 0; phase < kPhases; ++phase) {
+    for (int tap = 0; tap < taps; ++tap) coefficients[phase][tap] = lanes[phase][tap][0];
+  }
+}
+
+Form FormOf(const VideoProcessor& p, const ScalePlan& plan, const ScalerTraits& traits) {
+  const bool levelHasIt = Kernels().byteRowShape.vectorBytes != 0;
+  if (!traits.kernel.adapts) return ChooseForm(plan.byteRowPlan != nullptr, levelHasIt);
+  const bool blends = !traits.hasHistory || BlendFitsBytes(p.temporalStrength, p.temporalShift);
+  return ChooseForm(plan.byteColumnsAreExact && AdaptiveCurveFitsBytes(p.adaptive) && blends, levelHasIt);
 }
 
 /// Scaling kernels read past the end of short rows: those are copied to where they may.
@@ -40,14 +57,12 @@ void FillPlan(const ScalePlan& plan, ScaleJob& job) {
   job.rowPositions = plan.rowPositions;
   job.verticalBank = &plan.verticalBank;
   job.horizontalBank = &plan.horizontalBank;
-  job.horizontal = &plan.horizontal;
+  job.lumaColumns = &plan.lumaColumns;
+  job.chromaColumns = &plan.chromaColumns;
   job.byteRowPlan = plan.byteRowPlan;
 }
 
-void FillSettings(const VideoProcessor& p, const ScalePlan& plan, const ScalerTraits& traits, ScaleJob& job) {
-  // From shifts of 8 on (adaptive 9, temporal shift 8) large differences regain weight, in 16-bit lanes only.
-  const bool blendsInBytes = !traits.hasHistory || (p.temporalShift < 8 && p.temporalStrength < 128);
-  job.adaptsInBytes = plan.adaptsInBytes && p.adaptive >= 1 && p.adaptive <= 8 && blendsInBytes;
+void FillSettings(const VideoProcessor& p, ScaleJob& job) {
   // kept: adaptive 0 shifts by 255 or more, which clears the lost weight.
   job.adaptiveShift = p.adaptive == 0 ? 255 : p.adaptive - 1;
   job.temporalStrength = p.temporalStrength;
@@ -58,15 +73,18 @@ void FillSettings(const VideoProcessor& p, const ScalePlan& plan, const ScalerTr
 
 }  // namespace
 
-const ScalePlan& UpdatePlan(const VideoProcessor& p, Workspace& workspace, const ScalerTraits& traits) {
-  workspace.plan.Update(p, GeometryOf(p, traits), workspace.planMemory);
-  return workspace.plan;
+void UpdatePlan(const VideoProcessor& p, Workspace& workspace, const ScalerTraits& traits) {
+  Coefficients horizontal = {};
+  Coefficients vertical = {};
+  ReadTaps(p.horizontalFilterLanes, traits.kernel.horizontalTaps, horizontal);
+  ReadTaps(p.verticalFilterLanes, traits.kernel.verticalTaps, vertical);
+  workspace.plan.Update(GeometryOf(p, traits.kernel), horizontal, vertical, workspace.planMemory);
 }
 
-bool ReadsPlanes(const VideoProcessor& p, const ScalePlan& plan, const ScalerTraits& traits, const Source& source) {
-  const Frame420* const planes = source.planes;
-  return planes != nullptr && !traits.adapts && plan.byteRowPlan != nullptr && planes->width >= kMinRowBytes &&
-         planes->width == p.inWidth && planes->height == p.inHeight;
+bool CanReadPlanes(const VideoProcessor& p, const Workspace& workspace, const ScalerTraits& traits,
+                   const Frame420& planes) {
+  return !traits.kernel.adapts && FormOf(p, workspace.plan, traits) == Form::kProven && planes.width >= kMinRowBytes &&
+         planes.width == p.inWidth && planes.height == p.inHeight;
 }
 
 ScaleJob MakeScaleJob(const VideoProcessor& p, const Workspace& workspace, const ScalerTraits& traits,
@@ -79,13 +97,14 @@ ScaleJob MakeScaleJob(const VideoProcessor& p, const Workspace& workspace, const
   job.sourceStride = rows.stride;
   FillGeometry(p, job);
   FillPlan(workspace.plan, job);
-  FillSettings(p, workspace.plan, traits, job);
+  FillSettings(p, job);
+  job.form = FormOf(p, workspace.plan, traits);
   job.strip = workspace.strip;
   if (traits.hasHistory) {
     job.history = p.previousFrame;
     job.firstFrame = p.temporalFirstFrame != 0;
   }
-  if (traits.smoothsMotion) job.previousVertical = reinterpret_cast<std::int16_t*>(p.smoothingBufferLarge);
+  if (traits.kernel.smoothsMotion) job.previousVertical = reinterpret_cast<std::int16_t*>(p.smoothingBufferLarge);
   return job;
 }
 

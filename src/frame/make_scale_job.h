@@ -10,11 +10,11 @@
 namespace vidproc {
 
 /// Brings the workspace's plan up to date with the fields.
-const ScalePlan& UpdatePlan(const VideoProcessor& processor, Workspace& workspace, const ScalerTraits& traits);
+void UpdatePlan(const VideoProcessor& processor, Workspace& workspace, const ScalerTraits& traits);
 
-/// Whether the scaler reads the planes of `source` as they are, by its plan.
-bool ReadsPlanes(const VideoProcessor& processor, const ScalePlan& plan, const ScalerTraits& traits,
-                 const Source& source);
+/// Whether the scaler, by its plan, can read the planes as they are.
+bool CanReadPlanes(const VideoProcessor& processor, const Workspace& workspace, const ScalerTraits& traits,
+                   const Frame420& planes);
 
 /// The job of the next frame, without noise. Copies the source where its rows overlap the destination or are shorter
 /// than a kernel may read; planes are either `planes`, read as they are, or have been staged.

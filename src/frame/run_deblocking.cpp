@@ -4,7 +4,7 @@
 #include "frame/runners.h"
 #include "kernels/deblock_job.h"
 #include "kernels/kernel_table.h"
-#include "levels/general_forms.h"
+#include "plan/exactness.h"
 
 namespace vidproc {
 
@@ -13,13 +13,13 @@ void DeblockFrame(const VideoProcessor& p, const Workspace& workspace) {
   job.frame = p.srcFrame;
   job.width = static_cast<std::int32_t>(p.inWidth);
   job.height = static_cast<std::int32_t>(p.inHeight);
-  job.generalForm = GeneralFormsOnly();
   job.testPattern = p.deblockTestPattern != 0;
   job.edgeSensitivity = static_cast<std::int16_t>((51 - p.deblockLevel) >> 2);
   for (int t = 0; t < 8; ++t) {
     job.verticalTaps[t] = p.deblockVerticalFilterLanes[0][t][0];
     job.horizontalTaps[t] = p.deblockHorizontalFilterLanes[0][t][0];
   }
+  job.form = ChooseForm(SymmetricSumsAreExact(job.verticalTaps) && SymmetricSumsAreExact(job.horizontalTaps), true);
   for (std::int32_t m = 0; m < job.width; ++m) {
     workspace.deblockSources[m] = static_cast<std::int32_t>(std::int64_t{m} * p.horizontalDown / p.horizontalUp);
   }

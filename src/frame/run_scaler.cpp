@@ -23,12 +23,12 @@ void RunKernel(VideoProcessor& p, const Workspace& workspace, const ScalerTraits
   // Rows of 64 KB and more take their noise's source from elsewhere in the frame: only whole frames will do.
   const bool wholeFrameNoise = hasNoise && noise.pitch > 0xFFFF;
   job.noise = hasNoise && !wholeFrameNoise ? &noise : nullptr;
-  if (traits.smoothsMotion) {
+  if (traits.kernel.smoothsMotion) {
     if (job.firstFrame) RefreshPreviousInput(p, job);
     PlacePreviousInput(p, workspace, job);
   }
-  (Kernels().*traits.kernel)(job);
-  if (traits.smoothsMotion) RefreshPreviousInput(p, job);
+  (Kernels().*traits.run)(job);
+  if (traits.kernel.smoothsMotion) RefreshPreviousInput(p, job);
   if (wholeFrameNoise) {
     AddNoiseWhole(noise, p.dstFrame, PackedOutputRow(p), p.outStride, PackedOutputBytes(p));
   }
@@ -42,9 +42,9 @@ bool PrepareToScale(const VideoProcessor& p, Workspace* workspace, const ScalerT
 
 void Scale(VideoProcessor& p, Workspace& workspace, const ScalerTraits& traits, const Source& source) {
   if (p.debugPrint != 0) traits.listBanks(p);
-  const ScalePlan& plan = UpdatePlan(p, workspace, traits);
+  UpdatePlan(p, workspace, traits);
   SourcePlanes planes;
-  const bool readsPlanes = ReadsPlanes(p, plan, traits, source);
+  const bool readsPlanes = source.planes != nullptr && CanReadPlanes(p, workspace, traits, *source.planes);
   if (readsPlanes) {
     planes = PlanesToRead(*source.planes);
   } else {

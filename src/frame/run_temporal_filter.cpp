@@ -6,7 +6,7 @@
 #include "frame/runners.h"
 #include "kernels/kernel_table.h"
 #include "kernels/temporal_job.h"
-#include "levels/general_forms.h"
+#include "plan/exactness.h"
 
 namespace vidproc {
 namespace {
@@ -31,7 +31,7 @@ void FilterAgainstHistory(VideoProcessor& p, const BufferCapacities& held) {
   job.reference = p.previousFrame;
   job.segments = static_cast<std::int32_t>(PackedOutputRow(p));
   job.segmentBytes = static_cast<std::int32_t>(p.outHeight);
-  job.generalForm = GeneralFormsOnly();
+  job.form = ChooseForm(TemporalTableIsExact(p.temporalStrength), Kernels().byteRowShape.vectorBytes != 0);
   job.strength = p.temporalStrength;
   job.shift = p.temporalShift;
   Kernels().temporalFilter(job);

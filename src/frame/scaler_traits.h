@@ -3,45 +3,39 @@
 
 #include "frame/bank_listing.h"
 #include "kernels/kernel_table.h"
+#include "kernels/kernel_traits.h"
 #include "noise/frame_noise.h"
 
 namespace vidproc {
 
-/// What tells one scaler from another; the plain scaler's unless stated.
+/// A kernel and what the object does around it.
 struct ScalerTraits {
-  void (*KernelTable::*kernel)(const ScaleJob&);
-  int verticalTaps = 4;
-  int horizontalTaps = 8;
-  int precisionBits = 7;
-  bool adapts = false;  ///< taps lose weight as their sample differs from the centre's
-  bool hasHistory = false;
-  bool smoothsMotion = false;
+  void (*KernelTable::*run)(const ScaleJob&);
+  KernelTraits kernel;
+  bool hasHistory = false;  ///< blends with the previous output
   NoiseRule noise = NoiseRule::kSizedByInput;
   void (*listBanks)(const VideoProcessor&) = ListPreProcBanks;
 };
 
 /// What this one needs of the buffers, every scaler needs.
-inline constexpr ScalerTraits kPlainScaler = {.kernel = &KernelTable::plainScale};
-inline constexpr ScalerTraits kPlainWithLumaShift = {.kernel = &KernelTable::plainScaleWithLumaShift};
-inline constexpr ScalerTraits kAdaptive = {.kernel = &KernelTable::adaptiveScale, .adapts = true, .hasHistory = true};
+inline constexpr ScalerTraits kPlainScaler = {.run = &KernelTable::plainScale, .kernel = kPlainTraits};
+inline constexpr ScalerTraits kPlainWithLumaShift = {.run = &KernelTable::plainScaleWithLumaShift,
+                                                     .kernel = kPlainTraits};
+inline constexpr ScalerTraits kAdaptive = {
+    .run = &KernelTable::adaptiveScale, .kernel = kAdaptiveTraits, .hasHistory = true};
 inline constexpr ScalerTraits kMotionSmoothing = {
-    .kernel = &KernelTable::motionSmoothingScale, .adapts = true, .hasHistory = true, .smoothsMotion = true};
-inline constexpr ScalerTraits kAdaptive16TapTemporal = {.kernel = &KernelTable::adaptive16TapScale,
-                                                        .verticalTaps = 8,
-                                                        .horizontalTaps = 16,
-                                                        .adapts = true,
+    .run = &KernelTable::motionSmoothingScale, .kernel = kMotionSmoothingTraits, .hasHistory = true};
+inline constexpr ScalerTraits kAdaptive16TapTemporal = {.run = &KernelTable::adaptive16TapScale,
+                                                        .kernel = kAdaptive16TapTraits,
                                                         .hasHistory = true,
                                                         .listBanks = List16TapBanks};
-inline constexpr ScalerTraits kAdaptive16Tap = {.kernel = &KernelTable::adaptive16TapScale,
-                                                .verticalTaps = 8,
-                                                .horizontalTaps = 16,
-                                                .adapts = true,
-                                                .listBanks = List16TapBanks};
-inline constexpr ScalerTraits kPost = {.kernel = &KernelTable::postScale,
-                                       .precisionBits = 6,
+inline constexpr ScalerTraits kAdaptive16Tap = {
+    .run = &KernelTable::adaptive16TapScale, .kernel = kAdaptive16TapTraits, .listBanks = List16TapBanks};
+inline constexpr ScalerTraits kPost = {.run = &KernelTable::postScale,
+                                       .kernel = kPostTraits,
                                        .noise = NoiseRule::kSizedByOutput,
                                        .listBanks = ListPostProcBanks};
 inline constexpr ScalerTraits kPostWithoutNoise = {
-    .kernel = &KernelTable::postScale, .precisionBits = 6, .noise = NoiseRule::kNone, .listBanks = ListPostProcBanks};
+    .run = &KernelTable::postScale, .kernel = kPostTraits, .noise = NoiseRule::kNone, .listBanks = ListPostProcBanks};
 
 }  // namespace vidproc

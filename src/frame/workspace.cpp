@@ -38,7 +38,8 @@ void AllocateAll(Arena& arena, const FrameSizes& sizes, Workspace& workspace) {
   arena.Allocate(strip.outRows, kMaxStripRows * (2 * sizes.outWidth + kRowSlack));
   arena.Allocate(strip.previousVerticalPiece, kMaxStripRows * (2 * sizes.outWidth + kRowSlack));
   arena.Allocate(workspace.planMemory.rows, sizes.outHeight);
-  arena.Allocate(workspace.planMemory.columns, sizes.outWidth);
+  arena.Allocate(workspace.planMemory.lumaColumns, sizes.outWidth);
+  arena.Allocate(workspace.planMemory.chromaColumns, sizes.outWidth / 2 + 1);
   arena.Allocate(workspace.planMemory.rowPatterns, ByteRowPlanBytes(sizes.outWidth));
   const bool narrow = 2 * sizes.inWidth < kMinRowBytes;
   arena.Allocate(workspace.narrowRows, narrow ? sizes.inHeight * kMinRowBytes : 0);

@@ -6,6 +6,6 @@
 
 namespace vidproc::VIDPROC_TARGET {
 
-void Adaptive16TapScale(const ScaleJob& job) { ScaleAdaptively<8, 16, NoMotionTest, NoMotionTest>(job); }
+void Adaptive16TapScale(const ScaleJob& job) { ScaleAdaptively<kAdaptive16TapTraits>(job); }
 
 }  // namespace vidproc::VIDPROC_TARGET

@@ -10,6 +10,6 @@
 
 namespace vidproc::VIDPROC_TARGET {
 
-void AdaptiveScale(const ScaleJob& job) { ScaleAdaptively<4, 8, NoMotionTest, NoMotionTest>(job); }
+void AdaptiveScale(const ScaleJob& job) { ScaleAdaptively<kAdaptiveTraits>(job); }
 
 }  // namespace vidproc::VIDPROC_TARGET

@@ -90,12 +90,6 @@ struct SymmetricTaps {
     for (int t = 0; t < 3; ++t) coefficient[t] = SplatI16(taps[t]);
     sumOfOuter = SplatI16(2 * (taps[0] + taps[1] + taps[2]));
   }
-  static bool Suit(const std::int16_t (&taps)[8]) {
-    for (int t = 0; t < 3; ++t) {
-      if (taps[t] < 0 || taps[t] != taps[6 - t]) return false;
-    }
-    return taps[7] == 0 && taps[0] + taps[1] + taps[2] <= 64;
-  }
   Weights Weigh(I16 before, I16 after) const {
     const I16 edgeWeight = EdgeWeight(before, after, sensitivity);
     Weights weights;
@@ -311,7 +305,7 @@ void Filter(const DeblockJob& job) {
 }  // namespace
 
 void Deblock(const DeblockJob& job) {
-  if (!job.generalForm && SymmetricTaps::Suit(job.verticalTaps) && SymmetricTaps::Suit(job.horizontalTaps)) {
+  if (job.form == Form::kProven) {
     Filter<SymmetricTaps, SymmetricTaps>(job);
   } else {
     Filter<AnyTaps<false>, AnyTaps<true>>(job);

@@ -9,7 +9,7 @@ struct DeblockJob {
   std::uint8_t* frame;  ///< packed rows of 2 * width bytes, filtered in place
   std::int32_t width;
   std::int32_t height;
-  bool generalForm;  ///< take the form that is exact for any taps, whatever these are
+  Form form;
   bool testPattern;  ///< filter a checkerboard instead of the frame's own picture
   /// (51 - level) >> 2: how fast the filter lets go as the step across an edge grows.
   std::int16_t edgeSensitivity;

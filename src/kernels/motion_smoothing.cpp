@@ -8,6 +8,6 @@
 
 namespace vidproc::VIDPROC_TARGET {
 
-void MotionSmoothingScale(const ScaleJob& job) { ScaleAdaptively<4, 8, RowMotionTest, ColumnMotionTest>(job); }
+void MotionSmoothingScale(const ScaleJob& job) { ScaleAdaptively<kMotionSmoothingTraits>(job); }
 
 }  // namespace vidproc::VIDPROC_TARGET

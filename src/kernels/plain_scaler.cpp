@@ -10,10 +10,10 @@
 
 namespace vidproc::VIDPROC_TARGET {
 
-void PlainScale(const ScaleJob& job) { ScalePlainly<7>(job, ClampResult{}); }
+void PlainScale(const ScaleJob& job) { ScalePlainly<kPlainTraits>(job, ClampResult{}); }
 
 void PlainScaleWithLumaShift(const ScaleJob& job) {
-  ScalePlainly<7>(job, LumaShiftResult{SplatI16(job.lumaGain), SplatI16(job.lumaOffset)});
+  ScalePlainly<kPlainTraits>(job, LumaShiftResult{SplatI16(job.lumaGain), SplatI16(job.lumaOffset)});
 }
 
 }  // namespace vidproc::VIDPROC_TARGET

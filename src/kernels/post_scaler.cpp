@@ -7,6 +7,6 @@
 
 namespace vidproc::VIDPROC_TARGET {
 
-void PostScale(const ScaleJob& job) { ScalePlainly<6>(job, ClampResult{}); }
+void PostScale(const ScaleJob& job) { ScalePlainly<kPostTraits>(job, ClampResult{}); }
 
 }  // namespace vidproc::VIDPROC_TARGET

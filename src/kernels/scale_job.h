@@ -5,6 +5,8 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "kernels/form.h"
+
 namespace vidproc {
 
 struct NoiseField;
@@ -48,15 +50,15 @@ struct RowPosition {
   std::int32_t phase;
 };
 
-/// Neighbouring entries of the positions that share a phase, outputs ascending; chroma has a shorter row.
+/// Neighbouring entries of the positions that share a phase, outputs ascending.
 struct PhaseRun {
   std::int32_t phase;
   std::int32_t first;
-  std::int32_t lumaCount;
-  std::int32_t chromaCount;
+  std::int32_t count;
 };
 
-struct HorizontalPlan {
+/// The outputs of a row of luma, or of Cb and of Cr, sorted by phase.
+struct ColumnPlan {
   const TapPosition* positions;
   PhaseRun runs[kPhases];
   std::int32_t runCount;
@@ -94,10 +96,11 @@ struct ScaleJob {
   const RowPosition* rowPositions;  ///< one per output row
   const TapBank* verticalBank;
   const TapBank* horizontalBank;
-  const HorizontalPlan* horizontal;
+  const ColumnPlan* lumaColumns;
+  const ColumnPlan* chromaColumns;
 
-  bool adaptsInBytes;  ///< the adaptive scalers' byte form is exact for banks and settings, and the level has it
-  const ByteRowPlan* byteRowPlan;  ///< null: only the general form is exact, or the level has no other
+  Form form;
+  const ByteRowPlan* byteRowPlan;  ///< for the proven form of the scalers whose taps weigh the same everywhere
 
   std::int32_t adaptiveShift;  ///< left shift of the spatial weight curve; 16 and more clear it
   std::int16_t temporalStrength;

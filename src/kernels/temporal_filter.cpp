@@ -157,7 +157,7 @@ void Filter(const Blend& blend, const TemporalJob& job) {
 
 void TemporalFilter(const TemporalJob& job) {
 #if VIDPROC_HAS_BYTE_OPS
-  if (!job.generalForm && job.strength < 128) return Filter(TableBlend(job.strength, job.shift), job);
+  if (job.form == Form::kProven) return Filter(TableBlend(job.strength, job.shift), job);
 #endif
   Filter(LaneBlend{job.strength, job.shift}, job);
 }

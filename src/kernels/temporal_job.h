@@ -4,6 +4,8 @@
 
 #include <cstdint>
 
+#include "kernels/form.h"
+
 namespace vidproc {
 
 struct TemporalJob {
@@ -12,7 +14,7 @@ struct TemporalJob {
   std::uint8_t* destination;  ///< the source itself, or apart from it
   std::int32_t segments;
   std::int32_t segmentBytes;
-  bool generalForm;       ///< take the form that is exact for any strength, whatever this one is
+  Form form;
   std::uint8_t strength;  ///< 0..127, larger values by the same rule
   std::uint8_t shift;     ///< 0..8, larger values by the same rule
 };

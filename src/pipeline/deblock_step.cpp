@@ -4,7 +4,7 @@
 #include <numeric>
 
 #include "filters/deblocking_bank.h"
-#include "levels/general_forms.h"
+#include "plan/exactness.h"
 
 namespace vidproc {
 namespace {
@@ -23,12 +23,12 @@ DeblockStep::DeblockStep(std::int32_t level, const PictureRows& rows, const Kern
     : WholeFrameStep(rows.luma->Shape().width, 2 * EvenWidth(rows), rows, kernels), kernels(kernels) {
   job.width = EvenWidth(rows);
   job.height = rows.luma->Shape().height;
-  job.generalForm = GeneralFormsOnly();
   job.edgeSensitivity = static_cast<std::int16_t>((51 - level) >> 2);
   std::int16_t bank[filters::kPhases][filters::kDeblockingTaps];
   filters::DesignDeblockingBank(static_cast<std::uint8_t>(level), filters::kDeblockingTaps, kBits, bank);
   std::copy_n(bank[0], filters::kDeblockingTaps, job.verticalTaps);
   std::copy_n(bank[0], filters::kDeblockingTaps, job.horizontalTaps);
+  job.form = ChooseForm(SymmetricSumsAreExact(job.verticalTaps), true);
 
   sources.resize(static_cast<std::size_t>(job.width));
   std::iota(sources.begin(), sources.end(), 0);

@@ -2,7 +2,7 @@
 
 #include <cstring>
 
-#include "levels/general_forms.h"
+#include "plan/exactness.h"
 #include "plan/row_taps.h"
 
 namespace vidproc {
@@ -18,7 +18,10 @@ PlaneShape WithWidth(PlaneShape shape, std::size_t width) {
   return shape;
 }
 
-ByteRowShape ShapeOf(const KernelTable& kernels) { return GeneralFormsOnly() ? ByteRowShape{} : kernels.byteRowShape; }
+ByteRowShape ShapeOf(const KernelTable& kernels) {
+  return ChooseForm(true, kernels.byteRowShape.vectorBytes != 0) == Form::kProven ? kernels.byteRowShape
+                                                                                  : ByteRowShape{};
+}
 
 HorizontalRowRequest RequestOf(const PlaneShape& input, const AxisPass& pass, const KernelTable& kernels) {
   return {.bank = pass.bank,

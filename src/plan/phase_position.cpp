@@ -4,10 +4,19 @@
 
 namespace vidproc {
 
-PhasePosition LocatePhase(std::int64_t output, const Ratio& ratio) {
-  const std::int64_t scaled = output * ratio.down;
-  return {static_cast<std::int32_t>(scaled / ratio.up),
-          static_cast<std::int32_t>(scaled % ratio.up * kPhases / ratio.up)};
+PhasePosition PositionRule::Locate(std::int64_t output) const {
+  const std::int64_t scaled = step * output + start;
+  std::int64_t source = scaled / unit;
+  std::int64_t rest = scaled % unit;
+  if (rest < 0) {
+    --source;
+    rest += unit;
+  }
+  return {static_cast<std::int32_t>(source), static_cast<std::int32_t>(rest * kPhases / unit)};
+}
+
+bool StaysInside(const Ratio& ratio, std::int64_t outSize, std::int64_t inSize) {
+  return ratio.up >= 1 && ratio.down >= 1 && (outSize - 1) * ratio.down / ratio.up <= inSize - 1;
 }
 
 }  // namespace vidproc

@@ -1,50 +1,56 @@
 // What a scaling kernel needs to know of a geometry and a pair of banks before it touches a sample: the position and
-// phase of every output row and column, outputs grouped by phase, and the banks as plain coefficients. Kept from frame
-// to frame and keyed by everything it was made from, because an embedding program may write any of it between two
-// calls.
+// phase of every output row and column, outputs grouped by phase, the banks' non-zero spans, and whether the byte forms
+// are exact for them. Kept from frame to frame and keyed by everything it was made from.
 #pragma once
 
 #include <cstdint>
 
 #include "kernels/byte_row_plan.h"
 #include "kernels/scale_job.h"
-#include "plan/row_plan.h"
-
-class VideoProcessor;
+#include "plan/byte_row_layout.h"
+#include "plan/phase_position.h"
 
 namespace vidproc {
 
-/// Sizes and ratios of both axes; taps that the kernel reads per axis; precision of the banks; and what the level in
+/// Sizes and positions of both axes; taps that the kernel reads per axis; precision of the banks; and what the level in
 /// use can do with bytes.
 struct ScaleGeometry {
   std::int32_t inWidth, inHeight, outWidth, outHeight;
-  Ratio horizontalRatio, verticalRatio;
+  RowRules columns;
+  PositionRule rows;
   std::int32_t horizontalTaps, verticalTaps;
   std::int32_t precisionBits;
   ByteRowShape byteRowShape;
   bool operator==(const ScaleGeometry&) const = default;
 };
 
+/// The coefficients of an axis by phase; those beyond its taps are 0.
+using Coefficients = std::int16_t[kPhases][kMaxTaps];
+
 class ScalePlan {
  public:
-  /// Where the plan's arrays lie: outHeight rows, outWidth columns, ByteRowPlanBytes(outWidth). They outlive the plan.
+  /// Where the plan's arrays lie: outHeight rows, outWidth luma columns, half as many (rounded up) of chroma, and
+  /// ByteRowPlanBytes(outWidth). They outlive the plan.
   struct Memory {
     RowPosition* rows;
-    TapPosition* columns;
+    TapPosition* lumaColumns;
+    TapPosition* chromaColumns;
     std::uint8_t* rowPatterns;
   };
 
   /// Brings the plan up to date.
-  void Update(const VideoProcessor& processor, const ScaleGeometry& wanted, const Memory& memory);
+  void Update(const ScaleGeometry& wanted, const Coefficients& horizontal, const Coefficients& vertical,
+              const Memory& memory);
   /// Forgets what it was made from: the next Update builds anew.
   void Invalidate() { current = false; }
 
   const RowPosition* rowPositions = nullptr;
-  HorizontalPlan horizontal{};
+  ColumnPlan lumaColumns{};
+  ColumnPlan chromaColumns{};
   TapBank horizontalBank{};
   TapBank verticalBank{};
-  bool adaptsInBytes = false;                ///< as far as the banks go
-  const ByteRowPlan* byteRowPlan = nullptr;  ///< null where only the general form is exact
+  bool byteColumnsAreExact = false;          ///< as far as the banks go
+  const ByteRowPlan* byteRowPlan = nullptr;  ///< null where byte rows are not exact, or the level has none
 
  private:
   void UpdatePositions(const Memory& memory);
@@ -54,8 +60,5 @@ class ScalePlan {
   bool current = false;
   ScaleGeometry geometry{};
 };
-
-/// True when every output sample of an axis has its centre tap inside the source.
-bool RatioReachesNoFurther(const Ratio& ratio, std::int64_t outSize, std::int64_t inSize);
 
 }  // namespace vidproc

@@ -2,6 +2,7 @@
 // the result is blended with the previous output, where there is one.
 #pragma once
 
+#include "kernels/kernel_traits.h"
 #include "kernels/passes/byte_column_scaler.h"
 #include "kernels/passes/strip_driver.h"
 
@@ -15,20 +16,23 @@ inline void WithHistory(const ScaleJob& job, const Scale& scale) {
   scale(Blend{job.temporalStrength, job.temporalShift});
 }
 
-template <int kVerticalTaps, int kHorizontalTaps, class RowTest, class ColumnTest>
+template <const KernelTraits& kTraits>
 inline void ScaleAdaptively(const ScaleJob& job) {
+  using RowTest = typename MotionTests<kTraits.smoothsMotion>::Row;
+  using ColumnTest = typename MotionTests<kTraits.smoothsMotion>::Column;
   const int shift = job.adaptiveShift;
 #if VIDPROC_HAS_BYTE_OPS
-  if (job.adaptsInBytes) {
-    const ByteVerticalScale<kVerticalTaps, RowTest> vertical{shift, {}};
+  if (job.form == Form::kProven) {
+    const ByteVerticalScale<kTraits.verticalTaps, RowTest> vertical{shift, {}};
     return WithHistory<StoreBytes, BlendBytes>(job, [&](const auto& result) {
-      RunStrips<ByteColumnScaler>(job, vertical, ScaleByteRows<kHorizontalTaps, ColumnTest>(shift, result));
+      RunStrips<ByteColumnScaler>(job, vertical, ScaleByteRows<kTraits.horizontalTaps, ColumnTest>(shift, result));
     });
   }
 #endif
-  const VerticalScale<kVerticalTaps, 7, AdaptiveTaps<RowTest>> vertical{{shift, {}}};
+  const VerticalScale<kTraits.verticalTaps, kTraits.precisionBits, AdaptiveTaps<RowTest>> vertical{{shift, {}}};
   WithHistory<ClampResult, BlendResult>(job, [&](const auto& result) {
-    RunStrips(job, vertical, ScaleRows<kHorizontalTaps, 7>(AdaptiveTaps<ColumnTest>{shift, {}}, result));
+    RunStrips(job, vertical,
+              ScaleRows<kTraits.horizontalTaps, kTraits.precisionBits>(AdaptiveTaps<ColumnTest>{shift, {}}, result));
   });
 }
 

@@ -89,14 +89,15 @@ struct ByteHorizontalScale {
   Result result;
 
   void operator()(const ScaleJob& job, const StripResult& out) const {
-    for (int i = 0; i < job.horizontal->runCount; ++i) {
-      const PhaseRun& phase = job.horizontal->runs[i];
-      const DenoiseTaps outer = FindDenoiseTaps(job.horizontalBank->coefficient[phase.phase], kTaps, shift);
-      WithByteTaps(outer, [&](const auto& taps) {
-        for (const Component component : kComponents) {
+    for (const Component component : kComponents) {
+      const ColumnPlan& columns = ColumnsOf(job, component);
+      for (int i = 0; i < columns.runCount; ++i) {
+        const PhaseRun& phase = columns.runs[i];
+        const DenoiseTaps outer = FindDenoiseTaps(job.horizontalBank->coefficient[phase.phase], kTaps, shift);
+        WithByteTaps(outer, [&](const auto& taps) {
           FilterRun(taps, outer, job.strip, MakeOutputRun(job, phase, component), out);
-        }
-      });
+        });
+      }
     }
   }
 

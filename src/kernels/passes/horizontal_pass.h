@@ -62,13 +62,15 @@ struct OutputRun {
   Component component;
 };
 
+inline const ColumnPlan& ColumnsOf(const ScaleJob& job, Component component) {
+  return component.step == kY.step ? *job.lumaColumns : *job.chromaColumns;
+}
+
 inline OutputRun MakeOutputRun(const ScaleJob& job, const PhaseRun& phase, Component component) {
-  const TapPosition* const positions = job.horizontal->positions + phase.first;
-  int count = component.step == kY.step ? phase.lumaCount : phase.chromaCount;
+  const TapPosition* const positions = ColumnsOf(job, component).positions + phase.first;
   // A row of odd width ends with a Cb that has no Cr.
-  const bool pastEnd =
-      count > 0 && positions[count - 1].output * component.step + component.firstByte >= 2 * job.outWidth;
-  return {positions, pastEnd ? count - 1 : count, component};
+  const int last = positions[phase.count - 1].output * component.step + component.firstByte;
+  return {positions, last >= 2 * job.outWidth ? phase.count - 1 : phase.count, component};
 }
 
 /// Makes a run of outputs from kTaps taps, of which the one at the source position is preceded by `centre` others.
@@ -110,8 +112,9 @@ struct HorizontalScale {
  private:
   template <class Result>
   void FilterComponent(const ScaleJob& job, Component component, const Result& result, const StripResult& out) const {
-    for (int i = 0; i < job.horizontal->runCount; ++i) {
-      const PhaseRun& phase = job.horizontal->runs[i];
+    const ColumnPlan& columns = ColumnsOf(job, component);
+    for (int i = 0; i < columns.runCount; ++i) {
+      const PhaseRun& phase = columns.runs[i];
       FilterPhase(job, MakeOutputRun(job, phase, component), phase.phase, result, out);
     }
   }

@@ -74,5 +74,17 @@ struct ColumnMotionTest {
 #endif
 };
 
+/// The tests of a scaler that smooths where the picture moves, or of one that treats all samples alike.
+template <bool kSmoothsMotion>
+struct MotionTests {
+  using Row = NoMotionTest;
+  using Column = NoMotionTest;
+};
+template <>
+struct MotionTests<true> {
+  using Row = RowMotionTest;
+  using Column = ColumnMotionTest;
+};
+
 }  // namespace
 }  // namespace vidproc::VIDPROC_TARGET

@@ -2,6 +2,7 @@
 // strips of 16-bit values.
 #pragma once
 
+#include "kernels/kernel_traits.h"
 #include "kernels/passes/byte_row_scaler.h"
 #include "kernels/passes/byte_vertical_pass.h"
 #include "kernels/passes/put_rows.h"
@@ -83,14 +84,15 @@ inline void RunRows(const ScaleJob& job, const LumaResult& lumaResult) {
 
 #endif
 
-/// Banks of kShift bits; luma goes through a policy of its own.
-template <int kShift, class LumaResult>
+/// Luma goes through a policy of its own.
+template <const KernelTraits& kTraits, class LumaResult>
 inline void ScalePlainly(const ScaleJob& job, const LumaResult& lumaResult) {
+  constexpr int kShift = kTraits.precisionBits;
 #if VIDPROC_HAS_BYTE_OPS
-  if (job.byteRowPlan != nullptr) return RunRows<kShift>(job, lumaResult);
+  if (job.form == Form::kProven) return RunRows<kShift>(job, lumaResult);
 #endif
-  RunStrips(job, VerticalScale<4, kShift, PlainTaps>{},
-            HorizontalScale<8, kShift, PlainTaps, LumaResult, ClampResult>{{}, lumaResult, {}});
+  RunStrips(job, VerticalScale<kTraits.verticalTaps, kShift, PlainTaps>{},
+            HorizontalScale<kTraits.horizontalTaps, kShift, PlainTaps, LumaResult, ClampResult>{{}, lumaResult, {}});
 }
 
 }  // namespace

@@ -1,0 +1,91 @@
+#include "plan/exactness.h"
+
+#include "levels/general_forms.h"
+
+namespace vidproc {
+namespace {
+
+constexpr int kMaxByte = 255;
+
+bool UsesPhase(const TapBank& bank, int phase) { return (bank.usedPhases >> phase & 1) != 0; }
+
+bool IsIdentity(const TapBank& bank, int phase, int unity) {
+  return bank.tapCount[phase] == 1 && bank.coefficient[phase][bank.firstTap[phase]] == unity;
+}
+
+/// Non-negative taps that add up to at most `unity` turn bytes into bytes.
+bool KeepsBytes(const TapBank& bank, int phase, int unity) {
+  int sum = 0;
+  for (int tap = 0; tap < bank.taps; ++tap) {
+    const int coefficient = bank.coefficient[phase][tap];
+    if (coefficient < 0 || (coefficient > 127 && !IsIdentity(bank, phase, unity))) return false;
+    sum += coefficient;
+  }
+  return sum <= unity;
+}
+
+/// Signed byte taps whose sums of bytes stay inside 16 bits, rounding included, in any order: positive ones of at most
+/// 128, negative ones of at least -128.
+bool KeepsWords(const TapBank& bank, int phase, int unity) {
+  int positive = 0;
+  int negative = 0;
+  for (int tap = 0; tap < bank.taps; ++tap) {
+    const int coefficient = bank.coefficient[phase][tap];
+    if (coefficient < -128 || coefficient > 127) return false;
+    (coefficient > 0 ? positive : negative) += coefficient;
+  }
+  return positive * kMaxByte + unity / 2 <= INT16_MAX && negative * kMaxByte >= INT16_MIN;
+}
+
+/// The centre tap takes what is left of 128, whatever the bank says.
+bool OuterTapsFitBytes(const TapBank& bank, int phase) {
+  int sum = 0;
+  for (int tap = 0; tap < bank.taps; ++tap) {
+    if (tap == bank.taps / 2 - 1) continue;
+    const int coefficient = bank.coefficient[phase][tap];
+    if (coefficient < 0 || coefficient > 127) return false;
+    sum += coefficient;
+  }
+  return sum <= 128;
+}
+
+}  // namespace
+
+bool ByteRowsAreExact(const TapBank& vertical, const TapBank& horizontal, std::int32_t precisionBits) {
+  const int unity = 1 << precisionBits;
+  for (int phase = 0; phase < kPhases; ++phase) {
+    if (UsesPhase(vertical, phase) && !KeepsBytes(vertical, phase, unity)) return false;
+    if (UsesPhase(horizontal, phase) && !KeepsWords(horizontal, phase, unity) &&
+        !IsIdentity(horizontal, phase, unity)) {
+      return false;
+    }
+  }
+  return true;
+}
+
+bool ByteColumnsAreExact(const TapBank& vertical, const TapBank& horizontal) {
+  for (int phase = 0; phase < kPhases; ++phase) {
+    if (UsesPhase(vertical, phase) && !OuterTapsFitBytes(vertical, phase)) return false;
+    if (UsesPhase(horizontal, phase) && !OuterTapsFitBytes(horizontal, phase)) return false;
+  }
+  return true;
+}
+
+bool AdaptiveCurveFitsBytes(std::int32_t adaptive) { return adaptive >= 1 && adaptive <= 8; }
+
+bool BlendFitsBytes(std::int32_t strength, std::int32_t shift) { return strength <= 127 && shift <= 7; }
+
+bool TemporalTableIsExact(std::int32_t strength) { return strength <= 127; }
+
+bool SymmetricSumsAreExact(const std::int16_t (&taps)[8]) {
+  for (int t = 0; t < 3; ++t) {
+    if (taps[t] < 0 || taps[t] != taps[6 - t]) return false;
+  }
+  return taps[7] == 0 && taps[0] + taps[1] + taps[2] <= 64;
+}
+
+Form ChooseForm(bool isExact, bool levelHasIt) {
+  return isExact && levelHasIt && !GeneralFormsOnly() ? Form::kProven : Form::kGeneral;
+}
+
+}  // namespace vidproc
