@@ -17,10 +17,9 @@ bool SidesAreProcessed(const VideoProcessor& p) {
          p.outHeight < kMaxFrameSide;
 }
 
+/// Chroma stays inside where luma does: it has half the outputs on half the samples, both rounded up.
 bool RatiosStayInside(const VideoProcessor& p) {
-  const auto half = [](std::uint32_t width) { return std::int64_t{width / 2 + width % 2}; };
-  const Ratio horizontal{p.horizontalUp, p.horizontalDown};
-  return StaysInside(horizontal, p.outWidth, p.inWidth) && StaysInside(horizontal, half(p.outWidth), half(p.inWidth)) &&
+  return StaysInside({p.horizontalUp, p.horizontalDown}, p.outWidth, p.inWidth) &&
          StaysInside({p.verticalUp, p.verticalDown}, p.outHeight, p.inHeight);
 }
 

@@ -83,8 +83,10 @@ void UpdatePlan(const VideoProcessor& p, Workspace& workspace, const ScalerTrait
 
 bool CanReadPlanes(const VideoProcessor& p, const Workspace& workspace, const ScalerTraits& traits,
                    const Frame420& planes) {
-  return !traits.kernel.adapts && FormOf(p, workspace.plan, traits) == Form::kProven && planes.width >= kMinRowBytes &&
-         planes.width == p.inWidth && planes.height == p.inHeight;
+  // Staged rows are packed, and read by the processor's stride.
+  const bool hasThisFrame = planes.width == p.inWidth && planes.height == p.inHeight && p.inStride == PackedInputRow(p);
+  return hasThisFrame && planes.width >= kMinRowBytes && !traits.kernel.adapts &&
+         FormOf(p, workspace.plan, traits) == Form::kProven;
 }
 
 ScaleJob MakeScaleJob(const VideoProcessor& p, const Workspace& workspace, const ScalerTraits& traits,

@@ -104,10 +104,15 @@ TEST(WorkingBuffers, HoldWholePackedFramesOnly) {
   constexpr std::size_t kBytes = 2 * 16 * 16;
   VideoProcessor p(1, 0);
   SetUpFor(p, {16, 16, 16, 16}, 7);
+  p.SetUseSpatialMotionSmoothing(1);
   const struct {
     void* start;
     std::size_t bytes;
-  } kBuffers[] = {{p.scratchA, 12288}, {p.scratchB, 12288}, {p.previousFrame, 6144}};
+  } kBuffers[] = {{p.scratchA, 12288},
+                  {p.scratchB, 12288},
+                  {p.previousFrame, 6144},
+                  {p.smoothingBufferSmall, 2048},
+                  {p.smoothingBufferLarge, 8192}};
   for (const auto& buffer : kBuffers) {
     for (const bool reachesPast : {false, true}) {
       auto* const end = static_cast<unsigned char*>(buffer.start) + buffer.bytes;

@@ -3,9 +3,11 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <ostream>
 #include <utility>
 #include <vector>
 
+#include "reference/nv12.h"
 #include "support/kernel_harness.h"
 
 namespace {
@@ -158,7 +160,110 @@ TEST_P(Staging, OddRowsOfPackedChromaHaveNoRoomForTheLastCr) {
   EXPECT_EQ(Bytes(outChroma.Live(), outChroma.Live() + 33 * 2), Bytes(33 * 2, 90));
 }
 
+TEST_P(Staging, MissingPlanesAndThoseThatDoNotFitAreLeftAlone) {
+  const auto run = [this](std::uint8_t* const(&planes)[4], unsigned inHeight, unsigned outHeight) {
+    auto& p = *static_cast<VideoProcessor*>(handle);
+    p.srcFrame = p.dstFrame = nullptr;
+    p.Go(planes[0], planes[1], planes[2], planes[3], 64, inHeight, 64, 64, 64, outHeight, 64, 64, 1);
+    return p.srcFrame != nullptr;
+  };
+  Configure(16, 16, 16);  // scratch buffers of 12288 bytes, 64 x 96 pixels
+  Bytes memory[4] = {Bytes(64 * 97), Bytes(64 * 49), Bytes(64 * 97), Bytes(64 * 49)};
+  std::uint8_t* planes[4] = {memory[0].data(), memory[1].data(), memory[2].data(), memory[3].data()};
+  EXPECT_TRUE(run(planes, 96, 96)) << "the pointers are stored";
+  EXPECT_FALSE(run(planes, 97, 96));
+  EXPECT_FALSE(run(planes, 96, 97));
+  for (std::uint8_t*& missing : planes) {
+    std::uint8_t* const plane = std::exchange(missing, nullptr);
+    EXPECT_FALSE(run(planes, 96, 96)) << &missing - planes;
+    missing = plane;
+  }
+}
+
+// The staged rows are packed; a scaler that was set up for padded ones reads them by its own stride all the same.
+TEST_P(Staging, SourceStridesAreThoseOfTheSetUp) {
+  Random random(7);
+  const Bytes luma = Noise(256 * 16, random), chroma = Noise(256 * 8, random);
+  void* padded = nullptr;
+  ASSERT_EQ(PreProcInit(&padded, 256, 16, 520, 256, 16, 512, 0, 0, 0), 1);
+  const testing_support::Processor p(static_cast<VideoProcessor*>(padded));
+  Bytes frame(2 * 256 * 16 + 8 * 15), expected(2 * 256 * 16);
+  reference::StageNv12({luma.data(), chroma.data(), 256, 256}, 256, 16, frame.data());
+  p->Go(frame.data(), expected.data(), 1);
+  Bytes in[2] = {luma, chroma}, out[2] = {Bytes(luma.size()), Bytes(chroma.size())};
+  p->Go(in[0].data(), in[1].data(), out[0].data(), out[1].data(), 256, 16, 256, 256, 256, 16, 256, 256, 1);
+  Bytes made(expected.size());
+  reference::StageNv12({out[0].data(), out[1].data(), 256, 256}, 256, 16, made.data());
+  for (std::size_t i = 0; i < made.size(); i += 2) ASSERT_EQ(made[i + 1], expected[i + 1]) << i;
+}
+
 INSTANTIATE_TEST_SUITE_P(Levels, Staging, testing::ValuesIn(testing_support::AvailableLevels()),
                          [](const auto& info) { return vidproc::LevelName(info.param); });
+
+struct RouteCase {
+  const char* name;
+  bool preProcessor;
+  unsigned outWidth;
+  std::uint32_t softenLevel = 0;
+  std::uint8_t adaptive = 0, use16Taps = 0, smoothing = 0, deblock = 0;
+};
+
+void PrintTo(const RouteCase& c, std::ostream* out) { *out << c.name; }
+
+class PlanesOnTheirRoute : public testing::TestWithParam<RouteCase> {
+ protected:
+  static testing_support::Processor Make(const RouteCase& c) {
+    testing_support::Processor p(new VideoProcessor(c.preProcessor, static_cast<int>(c.softenLevel)));
+    p->inWidth = 160;
+    p->outWidth = c.outWidth;
+    p->inHeight = p->outHeight = 32;
+    p->inStride = 320;
+    p->outStride = 2 * c.outWidth;
+    p->windowKind = c.preProcessor ? 2 : 0;
+    p->SetTaps(c.use16Taps);
+    p->SetEnhanceFilter(EnhanceLaplacian4, 0, c.preProcessor ? 7 : 6, 64, 0);
+    p->SetAdaptive(c.adaptive);
+    p->SetUseSpatialMotionSmoothing(c.smoothing);
+    p->InitDeblocker(c.deblock);
+    p->SetDeblockTestPattern(0);
+    p->ditherSeed = 5;
+    return p;
+  }
+};
+
+TEST_P(PlanesOnTheirRoute, BecomeWhatTheirFrameWould) {
+  const RouteCase& c = GetParam();
+  Random random(9);
+  const testing_support::Processor planar = Make(c), packed = Make(c);
+  for (int frame = 0; frame < 3; ++frame) {
+    Bytes luma = Noise(160 * 32, random), chroma = Noise(160 * 16, random);
+    Bytes source(320 * 32), result(2 * c.outWidth * 32);
+    reference::StageNv12({luma.data(), chroma.data(), 160, 160}, 160, 32, source.data());
+    packed->Go(source.data(), result.data(), 0);
+    Bytes expectedLuma(c.outWidth * 32), expectedChroma(c.outWidth * 16);
+    reference::UnstageNv12(result.data(), c.outWidth, 32,
+                           {expectedLuma.data(), expectedChroma.data(), c.outWidth, c.outWidth});
+    Bytes outLuma(expectedLuma.size()), outChroma(expectedChroma.size());
+    planar->Go(luma.data(), chroma.data(), outLuma.data(), outChroma.data(), 160, 32, 160, 160, c.outWidth, 32,
+               c.outWidth, c.outWidth, 0);
+    EXPECT_EQ(outLuma, expectedLuma) << frame;
+    EXPECT_EQ(outChroma, expectedChroma) << frame;
+    EXPECT_EQ(planar->srcFrame, reinterpret_cast<std::uint8_t*>(planar->scratchB));
+    EXPECT_EQ(planar->dstFrame, reinterpret_cast<std::uint8_t*>(planar->scratchA));
+  }
+}
+
+constexpr RouteCase kRoutes[] = {
+    {"Plain", true, 96},
+    {"Temporal", true, 160},
+    {"Adaptive", true, 96, 0, 2},
+    {"Smoothing", true, 160, 4, 2, 0, 1},
+    {"SixteenTaps", true, 96, 4, 2, 1},
+    {"Post", false, 96},
+    {"PassThrough", false, 160},
+    {"Deblocked", false, 160, 0, 0, 0, 0, 40},
+};
+INSTANTIATE_TEST_SUITE_P(Routes, PlanesOnTheirRoute, testing::ValuesIn(kRoutes),
+                         [](const auto& c) { return c.param.name; });
 
 }  // namespace

@@ -1,0 +1,260 @@
+// The bounds of the proofs of exactness: a bank or setting that just passes and one that just fails, each run in both
+// forms at every level. A bound that is too wide lets the faster form make other bytes from the one that fails.
+#include "plan/exactness.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <string>
+#include <vector>
+
+#include "plan/byte_row_layout.h"
+#include "support/kernel_harness.h"
+
+namespace {
+
+using namespace testing_support;
+using Bytes = std::vector<std::uint8_t>;
+using Taps = std::vector<int>;
+
+constexpr std::uint32_t kWidth = 98;
+constexpr std::uint32_t kHeight = 40;
+
+/// A processor for equal sizes, or for twice the width, whose frames are filtered.
+Processor MakeProcessor(bool preProcessor, std::uint32_t outWidth = kWidth) {
+  Processor p(new VideoProcessor(preProcessor, 0));
+  p->inWidth = kWidth;
+  p->inHeight = p->outHeight = kHeight;
+  p->outWidth = outWidth;
+  p->inStride = 2 * kWidth;
+  p->outStride = 2 * outWidth;
+  p->ditherLevel = 0;
+  p->SetEnhanceFilter(EnhanceLaplacian4, 1, preProcessor ? 7 : 6, 64, 0);
+  p->SetAdaptive(8);
+  return p;
+}
+
+template <std::size_t kRow>
+void WritePhase(std::int16_t (&lanes)[16][kRow][8], int phase, const Taps& taps) {
+  for (std::size_t tap = 0; tap < kRow; ++tap) {
+    std::fill_n(lanes[phase][tap], 8, static_cast<std::int16_t>(tap < taps.size() ? taps[tap] : 0));
+  }
+}
+
+/// Two frames of 0 and 255, the second half like the first, so that history weighs in.
+Bytes Run(VideoProcessor& p, int (VideoProcessor::*kernel)()) {
+  Random random(17);
+  Bytes source(std::size_t{p.inStride} * kHeight), destination(std::size_t{p.outStride} * kHeight);
+  p.temporalFirstFrame = 1;
+  for (int frame = 0; frame < 2; ++frame) {
+    for (std::uint8_t& sample : source) {
+      if (frame == 0 || random.OneIn(2)) sample = random.OneIn(3) ? random.Byte() : random.OneIn(2) ? 255 : 0;
+    }
+    p.srcFrame = source.data();
+    p.dstFrame = destination.data();
+    (p.*kernel)();
+  }
+  return kernel == &VideoProcessor::Deblock8x8 ? source : destination;
+}
+
+void ExpectFormsToAgree(VideoProcessor& p, int (VideoProcessor::*kernel)(), const std::string& what) {
+  const auto runOn = [&](const KernelForms& forms) {
+    const FormsInUse inUse(forms);
+    return Run(p, kernel);
+  };
+  const Bytes expected = runOn({vidproc::Level::kScalar, true});
+  for (const KernelForms& forms : AvailableForms())
+    EXPECT_TRUE(runOn(forms) == expected) << forms.Name() << ", " << what;
+}
+
+vidproc::TapBank BankOf(const Taps& taps) {
+  vidproc::TapBank bank{};
+  bank.taps = static_cast<std::int32_t>(taps.size());
+  bank.usedPhases = 1;
+  std::copy(taps.begin(), taps.end(), bank.coefficient[0]);
+  const auto isSet = [](int tap) { return tap != 0; };
+  bank.firstTap[0] = static_cast<std::int32_t>(std::find_if(taps.begin(), taps.end(), isSet) - taps.begin());
+  bank.tapCount[0] =
+      static_cast<std::int32_t>(taps.rend() - std::find_if(taps.rbegin(), taps.rend(), isSet)) - bank.firstTap[0];
+  return bank;
+}
+
+struct BankCase {
+  const char* name;
+  Taps vertical, horizontal;
+  bool isExact;
+  int precisionBits = 7;
+};
+
+const Taps kKeepRow = {0, 128, 0, 0};
+const Taps kKeepColumn = {0, 0, 0, 128, 0, 0, 0, 0};
+const Taps kKeepRow6 = {0, 64, 0, 0};
+const Taps kKeepColumn6 = {0, 0, 0, 64, 0, 0, 0, 0};
+
+TEST(ByteRows, BanksAtTheBounds) {
+  const BankCase kCases[] = {
+      {"identity", kKeepRow, kKeepColumn, true},
+      {"identity on other samples", {0, 0, 128, 0}, {0, 0, 0, 0, 0, 128, 0, 0}, true},
+      {"identity on the outermost samples", {0, 0, 0, 128}, {0, 0, 0, 0, 0, 0, 0, 128}, true},
+      {"rows add up to 128", {1, 127, 0, 0}, kKeepColumn, true},
+      {"rows add up to 129", {2, 127, 0, 0}, kKeepColumn, false},
+      {"a row's tap below 0", {-1, 127, 2, 0}, kKeepColumn, false},
+      {"a row's tap of 128 beside others", {-1, 128, 1, 0}, kKeepColumn, false},
+      {"columns of 128 above 0", kKeepRow, {0, 0, 0, 127, 1, 0, 0, 0}, true},
+      {"columns of 129 above 0", kKeepRow, {0, 0, 0, 127, 2, 0, 0, 0}, false},
+      {"columns of 128 below 0", kKeepRow, {0, 0, -128, 127, 1, 0, 0, 0}, true},
+      {"columns of 129 below 0", kKeepRow, {0, -1, -128, 127, 1, 0, 0, 0}, false},
+      {"a column's tap of -129", kKeepRow, {0, 0, -129, 127, 1, 0, 0, 0}, false},
+      {"a column's tap of 128 beside others", kKeepRow, {0, 0, -1, 128, 0, 0, 0, 0}, false},
+      {"6 bits: identity", kKeepRow6, kKeepColumn6, true, 6},
+      {"6 bits: rows add up to 64", {1, 63, 0, 0}, kKeepColumn6, true, 6},
+      {"6 bits: rows add up to 65", {2, 63, 0, 0}, kKeepColumn6, false, 6},
+      {"6 bits: columns of 128 above 0", kKeepRow6, {0, 0, 0, 64, 64, 0, 0, 0}, true, 6},
+      {"6 bits: columns of 129 above 0", kKeepRow6, {0, 0, 0, 65, 64, 0, 0, 0}, false, 6},
+  };
+  for (const BankCase& c : kCases) {
+    EXPECT_EQ(vidproc::ByteRowsAreExact(BankOf(c.vertical), BankOf(c.horizontal), c.precisionBits), c.isExact)
+        << c.name;
+    const bool preProcessor = c.precisionBits == 7;
+    const Processor p = MakeProcessor(preProcessor);
+    WritePhase(p->verticalFilterLanes, 0, c.vertical);
+    WritePhase(p->horizontalFilterLanes, 0, c.horizontal);
+    ExpectFormsToAgree(*p, preProcessor ? &VideoProcessor::PreProcExecute : &VideoProcessor::PostProcExecute, c.name);
+  }
+}
+
+// At twice the width phases 0 and 8 are in use: each by itself is exact.
+TEST(ByteRows, UnityAmongOtherPhases) {
+  const struct {
+    const char* name;
+    Taps phase0, phase8;
+    bool canBeLaidOut;
+  } kCases[] = {
+      {"one pair, unity first", kKeepColumn, {0, 0, 0, 64, 64, 0, 0, 0}, true},
+      {"one pair, unity second", {0, 0, 0, 0, 128, 0, 0, 0}, {0, 0, 0, 64, 64, 0, 0, 0}, true},
+      {"two pairs", kKeepColumn, {0, 0, 0, 64, 32, 32, 0, 0}, false},
+      {"two pairs without unity", {0, 0, 1, 127, 0, 0, 0, 0}, {0, 0, 0, 64, 32, 32, 0, 0}, true},
+      {"four pairs", {0, 0, 0, 127, 1, 0, 0, 0}, {-1, 2, -9, 62, 62, -9, 2, -1}, true},
+  };
+  const vidproc::PositionRule rule = vidproc::AlignCorners({2, 1});
+  for (const auto& c : kCases) {
+    vidproc::TapBank bank = BankOf(c.phase0);
+    const vidproc::TapBank other = BankOf(c.phase8);
+    bank.usedPhases |= 1u << 8;
+    std::copy_n(other.coefficient[0], 16, bank.coefficient[8]);
+    bank.firstTap[8] = other.firstTap[0];
+    bank.tapCount[8] = other.tapCount[0];
+    EXPECT_TRUE(vidproc::ByteRowsAreExact(BankOf(kKeepRow), bank, 7)) << c.name;
+    EXPECT_EQ(vidproc::CanLayOutByteRows(bank, {rule, rule}), c.canBeLaidOut) << c.name;
+
+    const Processor p = MakeProcessor(true, 2 * kWidth);
+    WritePhase(p->verticalFilterLanes, 0, kKeepRow);
+    WritePhase(p->horizontalFilterLanes, 0, c.phase0);
+    WritePhase(p->horizontalFilterLanes, 8, c.phase8);
+    ExpectFormsToAgree(*p, &VideoProcessor::PreProcExecute, c.name);
+  }
+}
+
+TEST(ByteRows, ShufflesReachTwoSamplesPerOutput) {
+  const vidproc::TapBank bank = BankOf(kKeepColumn);
+  const vidproc::PositionRule half = vidproc::AlignCorners({1, 2});
+  EXPECT_TRUE(vidproc::CanLayOutByteRows(bank, {half, half}));
+  const vidproc::PositionRule further = vidproc::AlignCorners({100, 201});
+  EXPECT_FALSE(vidproc::CanLayOutByteRows(bank, {further, half}));
+  EXPECT_FALSE(vidproc::CanLayOutByteRows(bank, {half, further}));
+  for (const std::uint32_t outWidth : {49u, 48u, 2u}) {
+    const Processor p = MakeProcessor(true, outWidth);
+    ExpectFormsToAgree(*p, &VideoProcessor::PreProcExecute, "to " + std::to_string(outWidth));
+  }
+}
+
+TEST(ByteColumns, BanksAtTheBounds) {
+  // The centre taps are 1 and 3; what they say does not count.
+  const BankCase kCases[] = {
+      {"outer taps of 128", {64, 9, 64, 0}, {1, 0, 0, 9, 0, 0, 0, 127}, true},
+      {"outer rows of 129", {64, 9, 65, 0}, kKeepColumn, false},
+      {"outer columns of 129", kKeepRow, {2, 0, 0, 9, 0, 0, 0, 127}, false},
+      {"an outer row of 128", {128, 0, 0, 0}, kKeepColumn, false},
+      {"an outer column below 0", kKeepRow, {0, 0, -1, 128, 1, 0, 0, 0}, false},
+      {"a centre of any value", {64, -3000, 64, 0}, {0, 0, 30, 20000, 30, 0, 0, 0}, true},
+  };
+  for (const BankCase& c : kCases) {
+    EXPECT_EQ(vidproc::ByteColumnsAreExact(BankOf(c.vertical), BankOf(c.horizontal)), c.isExact) << c.name;
+    for (const auto kernel :
+         {&VideoProcessor::PreProcAdaptiveExecute, &VideoProcessor::PreProcAdaptiveMotionSmoothingExecute}) {
+      const Processor p = MakeProcessor(true);
+      p->SetUseSpatialMotionSmoothing(1);
+      WritePhase(p->verticalFilterLanes, 0, c.vertical);
+      WritePhase(p->horizontalFilterLanes, 0, c.horizontal);
+      ExpectFormsToAgree(*p, kernel, c.name);
+    }
+  }
+}
+
+TEST(ByteColumns, SettingsAtTheBounds) {
+  struct Case {
+    int adaptive, strength, shift;
+    bool curveFits, blendFits;
+  };
+  constexpr Case kCases[] = {
+      {0, 127, 7, false, true}, {1, 127, 7, true, true},  {8, 127, 7, true, true},    {9, 127, 7, false, true},
+      {8, 128, 7, true, false}, {8, 255, 0, true, false}, {8, 127, 8, true, false},   {8, 127, 15, true, false},
+      {8, 0, 0, true, true},    {1, 127, 0, true, true},  {255, 127, 7, false, true},
+  };
+  for (const Case& c : kCases) {
+    EXPECT_EQ(vidproc::AdaptiveCurveFitsBytes(c.adaptive), c.curveFits) << c.adaptive;
+    EXPECT_EQ(vidproc::BlendFitsBytes(c.strength, c.shift), c.blendFits) << c.strength << ", " << c.shift;
+    const Processor p = MakeProcessor(true);
+    WritePhase(p->verticalFilterLanes, 0, {20, 60, 40, 8});
+    WritePhase(p->horizontalFilterLanes, 0, {0, 4, 20, 60, 40, 4, 0, 0});
+    p->adaptive = static_cast<std::uint8_t>(c.adaptive);
+    p->temporalStrength = static_cast<std::uint8_t>(c.strength);
+    p->temporalShift = static_cast<std::uint8_t>(c.shift);
+    ExpectFormsToAgree(*p, &VideoProcessor::PreProcAdaptiveExecute,
+                       "adaptive " + std::to_string(c.adaptive) + ", strength " + std::to_string(c.strength) +
+                           ", shift " + std::to_string(c.shift));
+  }
+}
+
+TEST(TemporalTable, StrengthsAtTheBound) {
+  for (const int strength : {0, 127, 128, 200, 255}) {
+    EXPECT_EQ(vidproc::TemporalTableIsExact(strength), strength <= 127);
+    for (const int shift : {0, 4, 8, 15, 16, 200}) {
+      const Processor p = MakeProcessor(true);
+      p->temporalStrength = static_cast<std::uint8_t>(strength);
+      p->temporalShift = static_cast<std::uint8_t>(shift);
+      ExpectFormsToAgree(*p, &VideoProcessor::PreProcTemporalExecute,
+                         "strength " + std::to_string(strength) + ", shift " + std::to_string(shift));
+    }
+  }
+}
+
+TEST(SymmetricSums, TapsAtTheBounds) {
+  const struct {
+    const char* name;
+    std::int16_t taps[8];
+    bool isExact;
+  } kCases[] = {
+      {"outer taps of 128", {64, 0, 0, 9, 0, 0, 64, 0}, true},
+      {"outer taps of 130", {64, 1, 0, 9, 0, 1, 64, 0}, false},
+      {"a tap below 0", {-1, 20, 20, 9, 20, 20, -1, 0}, false},
+      {"unequal taps", {10, 20, 20, 9, 20, 20, 11, 0}, false},
+      {"an eighth tap", {10, 20, 20, 9, 20, 20, 10, 1}, false},
+  };
+  const std::int16_t passing[8] = {10, 20, 20, 28, 20, 20, 10, 0};
+  for (const auto& c : kCases) {
+    EXPECT_EQ(vidproc::SymmetricSumsAreExact(c.taps), c.isExact) << c.name;
+    for (const bool vertical : {false, true}) {
+      const Processor p = MakeProcessor(false);
+      p->InitDeblocker(30);
+      p->SetDeblockTestPattern(0);
+      const std::int16_t(&rows)[8] = vertical ? c.taps : passing;
+      const std::int16_t(&columns)[8] = vertical ? passing : c.taps;
+      WritePhase(p->deblockVerticalFilterLanes, 0, Taps(rows, rows + 8));
+      WritePhase(p->deblockHorizontalFilterLanes, 0, Taps(columns, columns + 8));
+      ExpectFormsToAgree(*p, &VideoProcessor::Deblock8x8, c.name);
+    }
+  }
+}
+
+}  // namespace
