@@ -25,7 +25,7 @@ constexpr int kMatchingCorrelation = 52429;    // 0.8
 constexpr int kFlatBlockCorrelation = 39323;   // 0.6
 constexpr int kTextureLimit = 3000;
 
-/// In the order of SumTiles, whose fourth sum is overwritten by the sample.
+/// In the order of StoreSums, whose fourth sum is overwritten by the sample.
 struct BlockSums {
   std::int32_t samples;
   std::int32_t squares;
@@ -35,24 +35,17 @@ struct BlockSums {
 
 struct LaneSums {
   I16 samples = SplatI16(0);
-  I32 squares = {samples.raw};
-  I32 products = {samples.raw};
+  I32 squares = AsI32(samples);
+  I32 products = AsI32(samples);
 };
 
 /// kLanes samples of a block; `pitch` leads to its next row, where vectors are longer than a row.
 inline I16 LoadLuma(const std::uint8_t* pixels, [[maybe_unused]] std::ptrdiff_t pitch) {
   if constexpr (kRowsPerVector > 1) {
-    return ShiftRightLogical<8>(AsI16(LoadHalves(pixels, pixels + pitch)));
+    return OddBytes(LoadHalves(pixels, pixels + pitch));
   } else {
-    return ShiftRightLogical<8>(AsI16(LoadU8(pixels)));
+    return OddBytes(LoadU8(pixels));
   }
-}
-
-/// In every tile, {sum of a's lanes, of b's, of c's, of c's}.
-inline I32 SumTiles(I32 a, I32 b, I32 c) {
-  const I32 ab = Add(I32{ZipLow32(a.raw, b.raw)}, I32{ZipHigh32(a.raw, b.raw)});
-  const I32 cc = Add(I32{ZipLow32(c.raw, c.raw)}, I32{ZipHigh32(c.raw, c.raw)});
-  return Add(I32{ZipLow64(ab.raw, cc.raw)}, I32{ZipHigh64(ab.raw, cc.raw)});
 }
 
 /// Counting rows in bytes keeps compilers from unrolling all of them, which spills.
@@ -74,7 +67,7 @@ inline void SumBlocks(const std::uint8_t* frame, std::ptrdiff_t pitch, const std
   }
   for (int block = 0; block < kBlocks; ++block) {
     const I32 samples = MultiplyAdd(lanes[block].samples, SplatI16(1));
-    StoreTileSum(&sums[block], SumTiles(samples, lanes[block].squares, lanes[block].products));
+    StoreSums(reinterpret_cast<std::int32_t*>(&sums[block]), samples, lanes[block].squares, lanes[block].products);
     sums[block].firstSample = frame[block * kBlockRowBytes + 1];
   }
 }

@@ -6,11 +6,7 @@
 namespace vidproc::VIDPROC_TARGET {
 
 constinit const KernelTable kKernels = {
-#if VIDPROC_HAS_BYTE_OPS
-    .byteRowShape = {kVectorBytes, kWindowBytes},
-#else
-    .byteRowShape = {0, 0},
-#endif
+    .byteRowShape = {kHasByteShuffle ? kVectorBytes : 0, kHasByteShuffle ? kWindowBytes : 0},
     .plainScale = PlainScale,
     .plainScaleWithLumaShift = PlainScaleWithLumaShift,
     .adaptiveScale = AdaptiveScale,

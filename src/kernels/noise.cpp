@@ -18,12 +18,13 @@ void AddVector(std::uint8_t* bytes, U8 noise) {
 
 /// One step, from the start of a block.
 void AddStep(std::uint8_t* bytes, const signed char* noise, const std::uint16_t* blockPosition) {
+  const auto* const tile = reinterpret_cast<const std::uint8_t*>(noise);
   if constexpr (kVectorBytes > kNoiseBlockBytes) {
     static_assert(kVectorBytes <= 2 * kNoiseBlockBytes);
-    AddVector(bytes, LoadHalves(noise + 2 * blockPosition[0], noise + 2 * blockPosition[1]));
+    AddVector(bytes, LoadHalves(tile + 2 * blockPosition[0], tile + 2 * blockPosition[1]));
   } else {
     for (int b = 0; b < kNoiseBlockBytes; b += kVectorBytes) {
-      AddVector(bytes + b, LoadU8(noise + 2 * blockPosition[0] + b));
+      AddVector(bytes + b, LoadU8(tile + 2 * blockPosition[0] + b));
     }
   }
 }

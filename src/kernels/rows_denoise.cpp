@@ -8,8 +8,6 @@
 namespace vidproc::VIDPROC_TARGET {
 namespace {
 
-#if VIDPROC_HAS_BYTE_OPS
-
 template <class Run>
 void WithMotionTest(const std::uint8_t* previous, const Run& run) {
   previous == nullptr ? run(NoMotionTest{}) : run(RowMotionTest{previous});
@@ -98,56 +96,6 @@ void FilterHorizontally(const HorizontalDenoiseJob& job) {
     });
   });
 }
-
-#else
-
-int Magnitude(int value) { return value < 0 ? -value : value; }
-
-/// kept: the square wraps in 16 bits, so that differences of 182 and more test still again.
-bool Moves(const std::uint8_t* previous, int b, int centre) {
-  const int change = previous == nullptr ? 0 : Magnitude(previous[b] - centre);
-  return change >= 16 && change < 182;
-}
-
-template <class SampleOf>
-int Filter(const DenoiseTaps& taps, int centre, bool moves, const SampleOf& sampleOf) {
-  int sum = 64;
-  for (int t = 0; t < taps.count; ++t) {
-    const int difference = sampleOf(t) - centre;
-    const int distance = Magnitude(difference);
-    const int weight = moves ? taps.coefficient[t] : distance < 16 ? taps.table[t][distance] : 0;
-    sum += weight * difference;
-  }
-  return centre + (sum >> 7);
-}
-
-int Blend(const HistoryBlend& blend, int value, int history) {
-  const int difference = history - value;
-  const int distance = Magnitude(difference);
-  const int weight = distance < 16 ? blend.table[distance] : blend.weightFrom16;
-  return value + ((weight * difference + 64) >> 7);
-}
-
-void FilterVertically(const VerticalDenoiseJob& job) {
-  for (int b = 0; b < job.bytes; ++b) {
-    const int centre = job.centre[b];
-    const auto sampleOf = [&](int t) { return job.rows[t][b]; };
-    job.out[b] = static_cast<std::uint8_t>(Filter(*job.taps, centre, Moves(job.previous, b, centre), sampleOf));
-  }
-}
-
-void FilterHorizontally(const HorizontalDenoiseJob& job) {
-  for (int b = 0; b < job.bytes; ++b) {
-    const int centre = job.in[b];
-    const auto sampleOf = [&](int t) { return job.in[b + job.taps->offset[t] * job.step]; };
-    int value = Filter(*job.taps, centre, Moves(job.previous, b, centre), sampleOf);
-    if (job.blend != nullptr) value = Blend(*job.blend, value, job.history[b]);
-    if (job.history != nullptr) job.history[b] = static_cast<std::uint8_t>(value);
-    if (job.out != nullptr) job.out[b] = static_cast<std::uint8_t>(value);
-  }
-}
-
-#endif
 
 }  // namespace
 

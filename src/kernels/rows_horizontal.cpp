@@ -30,8 +30,6 @@ void FilterShiftedRows(const HorizontalRowJob& job) {
   FilterRowsVertically(rows);
 }
 
-#if VIDPROC_HAS_BYTE_OPS
-
 /// kVectorBytes bytes of the row at a time.
 template <class Walk, class EndWalk>
 void WalkRow(const HorizontalRowPlan& plan, Walk walk, EndWalk endWalk, std::uint8_t* out) {
@@ -75,12 +73,6 @@ void ScaleByPairs(const HorizontalRowJob& job) {
   ScalePairs<kPairs>(job);
 }
 
-#else
-
-void ScaleByPairs(const HorizontalRowJob& job) { ScaleOutputByOutput(job); }
-
-#endif
-
 }  // namespace
 
 void ScaleRow(const HorizontalRowJob& job) {
@@ -90,7 +82,8 @@ void ScaleRow(const HorizontalRowJob& job) {
     case HorizontalForm::kSamePhase:
       return FilterShiftedRows(job);
     default:
-      return ScaleByPairs(job);
+      if constexpr (kHasByteShuffle) return ScaleByPairs(job);
+      return ScaleOutputByOutput(job);
   }
 }
 

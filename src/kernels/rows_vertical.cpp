@@ -12,21 +12,13 @@ namespace {
 template <int kShift>
 U8 FilterVector(const VerticalRowJob& job, std::ptrdiff_t b) {
   const VerticalTaps& taps = *job.taps;
-  const I32 half = SplatI32(1 << (kShift - 1));
-  I32 sum[4] = {half, half, half, half};
+  WideSums sums = SplatWideSums(1 << (kShift - 1));
   for (int t = 0; t < taps.count; t += 2) {
     const bool isPair = t + 1 < taps.count;
-    const int coefficients = (taps.coefficient[t] & 0xFFFF) | (isPair ? taps.coefficient[t + 1] * 65536 : 0);
-    const I16 pair{SplatI32(coefficients).raw};
-    const Halves first = Split(LoadU8(job.rows[t] + b));
-    const Halves second = Split(LoadU8(job.rows[isPair ? t + 1 : t] + b));
-    sum[0] = Add(sum[0], MultiplyAdd(I16{ZipLow16(first.low.raw, second.low.raw)}, pair));
-    sum[1] = Add(sum[1], MultiplyAdd(I16{ZipHigh16(first.low.raw, second.low.raw)}, pair));
-    sum[2] = Add(sum[2], MultiplyAdd(I16{ZipLow16(first.high.raw, second.high.raw)}, pair));
-    sum[3] = Add(sum[3], MultiplyAdd(I16{ZipHigh16(first.high.raw, second.high.raw)}, pair));
+    const I16 pair = SplatWordPair(taps.coefficient[t], isPair ? taps.coefficient[t + 1] : 0);
+    sums = AddProducts(sums, LoadU8(job.rows[t] + b), LoadU8(job.rows[isPair ? t + 1 : t] + b), pair);
   }
-  return Join(JoinSigned(ShiftRight<kShift>(sum[0]), ShiftRight<kShift>(sum[1])),
-              JoinSigned(ShiftRight<kShift>(sum[2]), ShiftRight<kShift>(sum[3])));
+  return JoinShifted<kShift>(sums);
 }
 
 template <int kShift>
@@ -38,8 +30,6 @@ void FilterInWords(const VerticalRowJob& job) {
     }
   });
 }
-
-#if VIDPROC_HAS_BYTE_OPS
 
 template <int kTaps, int kShift>
 void FilterTapsInBytes(const VerticalRowJob& job) {
@@ -67,15 +57,6 @@ void FilterInBytes(const VerticalRowJob& job) {
       return FilterTapsInBytes<8, kShift>(job);
   }
 }
-
-#else
-
-template <int kShift>
-void FilterInBytes(const VerticalRowJob& job) {
-  FilterInWords<kShift>(job);
-}
-
-#endif
 
 template <int kShift>
 void Filter(const VerticalRowJob& job) {

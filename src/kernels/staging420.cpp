@@ -8,7 +8,7 @@ namespace vidproc::VIDPROC_TARGET {
 void InterleaveRow(const std::uint8_t* luma, const std::uint8_t* chroma, std::uint8_t* row, std::ptrdiff_t bytes) {
   std::ptrdiff_t pair = 0;
   for (; 2 * pair + kVectorBytes <= bytes; pair += kLanes) {
-    Store(row + 2 * pair, Or(AsU8(LoadWiden(chroma + pair)), AsU8(ShiftLeft(LoadWiden(luma + pair), 8))));
+    Store(row + 2 * pair, Interleave(LoadWiden(chroma + pair), LoadWiden(luma + pair)));
   }
   for (; 2 * pair < bytes; ++pair) {
     row[2 * pair] = chroma[pair];
@@ -19,9 +19,9 @@ void InterleaveRow(const std::uint8_t* luma, const std::uint8_t* chroma, std::ui
 void SplitRow(const std::uint8_t* row, std::uint8_t* luma, std::uint8_t* chroma, std::ptrdiff_t bytes) {
   std::ptrdiff_t pair = 0;
   for (; 2 * pair + kVectorBytes <= bytes; pair += kLanes) {
-    const I16 pairs = LoadI16(row + 2 * pair);
-    StoreNarrow(chroma + pair, And(pairs, SplatI16(0xFF)));
-    StoreNarrow(luma + pair, ShiftRightLogical<8>(pairs));
+    const U8 pairs = LoadU8(row + 2 * pair);
+    StoreNarrow(chroma + pair, EvenBytes(pairs));
+    StoreNarrow(luma + pair, OddBytes(pairs));
   }
   for (; 2 * pair < bytes; ++pair) {
     chroma[pair] = row[2 * pair];

@@ -35,7 +35,6 @@ struct LaneBlend {
   }
 };
 
-#if VIDPROC_HAS_BYTE_OPS
 /// The same for strengths that fit a signed byte, where no sum saturates. Weights are negated so that 128 fits too.
 struct TableBlend {
   U8 negatedWeights;  ///< for the measures below 16, with farWeight folded in
@@ -57,12 +56,10 @@ struct TableBlend {
   U8 operator()(U8 source, U8 reference, U8 measure) const {
     const U8 referenceWeight = Xor(LookUpBelow16(negatedWeights, measure), farWeight);
     const U8 sourceWeight = Subtract(SplatU8(0x80), referenceWeight);
-    const Halves sum = MultiplyZipped(source, reference, sourceWeight, referenceWeight);
-    // (-256 x + 16384) >> 15 is (64 - x) >> 7.
-    return Join(MultiplyRound(sum.low, SplatI16(-256)), MultiplyRound(sum.high, SplatI16(-256)));
+    const Halves sum = MultiplyPairsOf(source, reference, sourceWeight, referenceWeight);
+    return Join(RoundShiftNegated<7>(sum.low), RoundShiftNegated<7>(sum.high));
   }
 };
-#endif
 
 /// How bytes travel: whole vectors, or the same 16 bytes in every tile where fewer are left than a vector holds.
 struct WholeVector {
@@ -156,9 +153,7 @@ void Filter(const Blend& blend, const TemporalJob& job) {
 }  // namespace
 
 void TemporalFilter(const TemporalJob& job) {
-#if VIDPROC_HAS_BYTE_OPS
   if (job.form == Form::kProven) return Filter(TableBlend(job.strength, job.shift), job);
-#endif
   Filter(LaneBlend{job.strength, job.shift}, job);
 }
 

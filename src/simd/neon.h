@@ -3,8 +3,6 @@
 
 #include <arm_neon.h>
 
-#define VIDPROC_HAS_BYTE_OPS 1
-
 namespace vidproc::VIDPROC_TARGET {
 using Raw = uint8x16_t;
 }
@@ -19,24 +17,16 @@ inline uint16x8_t UnsignedWords(I16 a) { return vreinterpretq_u16_u8(a.raw); }
 inline I16 FromWords(int16x8_t a) { return {vreinterpretq_u8_s16(a)}; }
 inline I16 FromWords(uint16x8_t a) { return {vreinterpretq_u8_u16(a)}; }
 
-inline Raw LoadRaw(const void* p) { return vld1q_u8(static_cast<const std::uint8_t*>(p)); }
-inline I16 LoadI16(const void* p) { return {LoadRaw(p)}; }
-inline U8 LoadU8(const void* p) { return {LoadRaw(p)}; }
-inline void Store(void* p, I16 a) { vst1q_u8(static_cast<std::uint8_t*>(p), a.raw); }
-inline void Store(void* p, U8 a) { vst1q_u8(static_cast<std::uint8_t*>(p), a.raw); }
-inline void Store(void* p, I32 a) { vst1q_u8(static_cast<std::uint8_t*>(p), a.raw); }
-inline I16 LoadWiden(const void* p) { return FromWords(vmovl_u8(vld1_u8(static_cast<const std::uint8_t*>(p)))); }
-inline void StoreNarrow(void* p, I16 a) { vst1_u8(static_cast<std::uint8_t*>(p), vqmovun_s16(Words(a))); }
-inline U8 LoadTiles(const void* p, std::ptrdiff_t) { return LoadU8(p); }
-/// The first half of a vector from `low`, the second from `high`.
-inline U8 LoadHalves(const void* low, const void* high) {
-  return {vcombine_u8(vld1_u8(static_cast<const std::uint8_t*>(low)), vld1_u8(static_cast<const std::uint8_t*>(high)))};
+inline I16 LoadI16(const std::int16_t* p) { return FromWords(vld1q_s16(p)); }
+inline U8 LoadU8(const std::uint8_t* p) { return {vld1q_u8(p)}; }
+inline void Store(std::int16_t* p, I16 a) { vst1q_s16(p, Words(a)); }
+inline void Store(std::uint8_t* p, U8 a) { vst1q_u8(p, a.raw); }
+inline void Store(std::int32_t* p, I32 a) { vst1q_s32(p, vreinterpretq_s32_u8(a.raw)); }
+inline I16 LoadWiden(const std::uint8_t* p) { return FromWords(vmovl_u8(vld1_u8(p))); }
+inline void StoreNarrow(std::uint8_t* p, I16 a) { vst1_u8(p, vqmovun_s16(Words(a))); }
+inline U8 LoadHalves(const std::uint8_t* low, const std::uint8_t* high) {
+  return {vcombine_u8(vld1_u8(low), vld1_u8(high))};
 }
-/// The same 16 bytes in every tile.
-inline U8 LoadRepeated(const void* p) { return LoadU8(p); }
-inline void StoreTiles(void* p, std::ptrdiff_t, U8 a) { Store(p, a); }
-/// The sum of the tiles.
-inline void StoreTileSum(void* p, I32 a) { Store(p, a); }
 
 inline I16 SplatI16(int value) { return FromWords(vdupq_n_s16(static_cast<std::int16_t>(value))); }
 inline U8 SplatU8(int value) { return {vdupq_n_u8(static_cast<std::uint8_t>(value))}; }
@@ -46,7 +36,6 @@ inline I16 Subtract(I16 a, I16 b) { return FromWords(vsubq_s16(Words(a), Words(b
 inline I16 AddSaturate(I16 a, I16 b) { return FromWords(vqaddq_s16(Words(a), Words(b))); }
 inline I16 SubtractSaturate(I16 a, I16 b) { return FromWords(vqsubq_s16(Words(a), Words(b))); }
 inline I16 MultiplyLow(I16 a, I16 b) { return FromWords(vmulq_s16(Words(a), Words(b))); }
-/// a[2i] * b[2i] + a[2i+1] * b[2i+1].
 inline I32 MultiplyAdd(I16 a, I16 b) {
   const int32x4_t low = vmull_s16(vget_low_s16(Words(a)), vget_low_s16(Words(b)));
   const int32x4_t high = vmull_high_s16(Words(a), Words(b));
@@ -60,7 +49,6 @@ template <int kCount>
 inline I32 ShiftRight(I32 a) {
   return {vreinterpretq_u8_s32(vshrq_n_s32(vreinterpretq_s32_u8(a.raw), kCount))};
 }
-/// To 16-bit lanes with signed saturation, in the order that Zip*16 has left.
 inline I16 JoinSigned(I32 low, I32 high) {
   return FromWords(vqmovn_high_s32(vqmovn_s32(vreinterpretq_s32_u8(low.raw)), vreinterpretq_s32_u8(high.raw)));
 }
@@ -75,7 +63,7 @@ template <int kCount>
 inline I16 ShiftRightLogical(I16 a) {
   return FromWords(vshrq_n_u16(UnsignedWords(a), kCount));
 }
-/// Counts of 16 and more give 0; the instruction reads a signed byte.
+/// Counts of 16 and more give 0; negative ones are not allowed. The instruction reads a signed byte.
 inline I16 ShiftLeft(I16 a, int count) {
   return FromWords(vshlq_u16(UnsignedWords(a), vdupq_n_s16(static_cast<std::int16_t>(count < 16 ? count : 16))));
 }
@@ -103,29 +91,19 @@ inline Raw ZipLow32(Raw a, Raw b) { return vreinterpretq_u8_u32(vzip1q_u32(In32(
 inline Raw ZipHigh32(Raw a, Raw b) { return vreinterpretq_u8_u32(vzip2q_u32(In32(a), In32(b))); }
 inline Raw ZipLow64(Raw a, Raw b) { return vreinterpretq_u8_u64(vzip1q_u64(In64(a), In64(b))); }
 inline Raw ZipHigh64(Raw a, Raw b) { return vreinterpretq_u8_u64(vzip2q_u64(In64(a), In64(b))); }
-inline Halves Split(U8 a) {
-  const Raw zero = vdupq_n_u8(0);
-  return {{ZipLow8(a.raw, zero)}, {ZipHigh8(a.raw, zero)}};
-}
 inline U8 Join(I16 low, I16 high) { return {vqmovun_high_s16(vqmovun_s16(Words(low)), Words(high))}; }
 
 inline U8 AndNot(U8 mask, U8 a) { return {vbicq_u8(a.raw, mask.raw)}; }
 inline U8 Add(U8 a, U8 b) { return {vaddq_u8(a.raw, b.raw)}; }
 inline U8 AddSaturate(U8 a, U8 b) { return {vqaddq_u8(a.raw, b.raw)}; }
 inline U8 Equal(U8 a, U8 b) { return {vceqq_u8(a.raw, b.raw)}; }
-/// The bytes of `first`, then those of `second`, with unsigned saturation.
-inline U8 JoinInOrder(I16 first, I16 second) { return Join(first, second); }
-/// As Join, with signed saturation.
 inline U8 JoinSigned(I16 low, I16 high) {
   return {vreinterpretq_u8_s8(vqmovn_high_s16(vqmovn_s16(Words(low)), Words(high)))};
 }
-/// In each tile, byte i of the result is table[index[i] & 15], or 0 where index[i] is 128 or more.
-inline U8 ShuffleTiles(U8 table, U8 index) { return {vqtbl1q_u8(table.raw, vandq_u8(index.raw, vdupq_n_u8(0x8F)))}; }
-/// A vector of windows, each kWindowBytes long and loaded from its own offset, and a shuffle inside each.
-constexpr int kWindowBytes = 16;
-inline U8 LoadWindows(const std::uint8_t* row, const std::int32_t* offsets) { return LoadU8(row + offsets[0]); }
+constexpr bool kHasByteShuffle = true;
+
+inline U8 LookUpBelow16(U8 table, U8 index) { return {vqtbl1q_u8(table.raw, index.raw)}; }
 inline U8 ShuffleWindows(U8 windows, U8 index) { return {vqtbl1q_u8(windows.raw, index.raw)}; }
-/// a[2i] * b[2i] + a[2i+1] * b[2i+1], a unsigned, b signed bytes; the sum saturates.
 inline I16 MultiplyPairs(U8 a, U8 b) {
   const int16x8_t evenA = vreinterpretq_s16_u16(vandq_u16(In16(a.raw), vdupq_n_u16(0xFF)));
   const int16x8_t oddA = vreinterpretq_s16_u16(vshrq_n_u16(In16(a.raw), 8));
@@ -133,8 +111,9 @@ inline I16 MultiplyPairs(U8 a, U8 b) {
   const int16x8_t evenProduct = vmulq_s16(evenA, vshrq_n_s16(vshlq_n_s16(bothB, 8), 8));
   return FromWords(vqaddq_s16(evenProduct, vmulq_s16(oddA, vshrq_n_s16(bothB, 8))));
 }
-/// (a * b + 16384) >> 15.
 inline I16 MultiplyRound(I16 a, I16 b) { return FromWords(vqrdmulhq_s16(Words(a), Words(b))); }
 
 }  // namespace
 }  // namespace vidproc::VIDPROC_TARGET
+
+#include "simd/one_tile.h"

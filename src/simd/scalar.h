@@ -3,8 +3,6 @@
 
 #include <cstring>
 
-#define VIDPROC_HAS_BYTE_OPS 0
-
 namespace vidproc::VIDPROC_TARGET {
 namespace {
 
@@ -29,7 +27,6 @@ inline void SetLane(I16& a, int i, int value) {
 }
 inline int ClampTo(int value, int low, int high) { return value < low ? low : value > high ? high : value; }
 inline int Saturated16(int value) { return ClampTo(value, -32768, 32767); }
-inline int SaturatedByte(int value) { return ClampTo(value, 0, 255); }
 inline int SignedByte(int value) { return static_cast<std::int8_t>(value); }
 
 inline std::uint32_t Lane(I32 a, int i) {
@@ -65,57 +62,47 @@ inline Raw Zip(Raw a, Raw b) {
   return result;
 }
 
-inline Raw LoadRaw(const void* p) {
-  Raw result;
-  std::memcpy(result.byte, p, sizeof result.byte);
-  return result;
-}
-inline I16 LoadI16(const void* p) {
+inline I16 LoadI16(const std::int16_t* p) {
   I16 result;
   for (int i = 0; i < kLanes; ++i) {
     std::int16_t value;
-    std::memcpy(&value, static_cast<const std::uint8_t*>(p) + 2 * i, 2);
+    std::memcpy(&value, p + i, sizeof value);
     SetLane(result, i, value);
   }
   return result;
 }
-inline U8 LoadU8(const void* p) { return {LoadRaw(p)}; }
-inline void Store(void* p, I16 a) {
-  for (int i = 0; i < kLanes; ++i) {
-    const auto value = static_cast<std::int16_t>(Lane(a, i));
-    std::memcpy(static_cast<std::uint8_t*>(p) + 2 * i, &value, 2);
-  }
-}
-inline void Store(void* p, U8 a) { std::memcpy(p, a.raw.byte, sizeof a.raw.byte); }
-inline void Store(void* p, I32 a) {
-  for (int i = 0; i < kLanes / 2; ++i) {
-    const std::uint32_t value = Lane(a, i);
-    std::memcpy(static_cast<std::uint8_t*>(p) + 4 * i, &value, 4);
-  }
-}
-inline I16 LoadWiden(const void* p) {
-  I16 result;
-  for (int i = 0; i < kLanes; ++i) SetLane(result, i, static_cast<const std::uint8_t*>(p)[i]);
+inline U8 LoadU8(const std::uint8_t* p) {
+  U8 result;
+  std::memcpy(result.raw.byte, p, sizeof result.raw.byte);
   return result;
 }
-inline void StoreNarrow(void* p, I16 a) {
+inline void Store(std::int16_t* p, I16 a) {
   for (int i = 0; i < kLanes; ++i) {
-    static_cast<std::uint8_t*>(p)[i] = static_cast<std::uint8_t>(SaturatedByte(Lane(a, i)));
+    const auto value = static_cast<std::int16_t>(Lane(a, i));
+    std::memcpy(p + i, &value, sizeof value);
   }
 }
-inline U8 LoadTiles(const void* p, std::ptrdiff_t) { return LoadU8(p); }
-/// The first half of a vector from `low`, the second from `high`.
-inline U8 LoadHalves(const void* low, const void* high) {
+inline void Store(std::uint8_t* p, U8 a) { std::memcpy(p, a.raw.byte, sizeof a.raw.byte); }
+inline void Store(std::int32_t* p, I32 a) {
+  for (int i = 0; i < kLanes / 2; ++i) {
+    const std::uint32_t value = Lane(a, i);
+    std::memcpy(p + i, &value, sizeof value);
+  }
+}
+inline I16 LoadWiden(const std::uint8_t* p) {
+  I16 result;
+  for (int i = 0; i < kLanes; ++i) SetLane(result, i, p[i]);
+  return result;
+}
+inline void StoreNarrow(std::uint8_t* p, I16 a) {
+  for (int i = 0; i < kLanes; ++i) p[i] = static_cast<std::uint8_t>(ClampTo(Lane(a, i), 0, 255));
+}
+inline U8 LoadHalves(const std::uint8_t* low, const std::uint8_t* high) {
   U8 result;
   std::memcpy(result.raw.byte, low, sizeof result.raw.byte / 2);
   std::memcpy(result.raw.byte + sizeof result.raw.byte / 2, high, sizeof result.raw.byte / 2);
   return result;
 }
-/// The same 16 bytes in every tile.
-inline U8 LoadRepeated(const void* p) { return LoadU8(p); }
-inline void StoreTiles(void* p, std::ptrdiff_t, U8 a) { Store(p, a); }
-/// The sum of the tiles.
-inline void StoreTileSum(void* p, I32 a) { Store(p, a); }
 
 inline I16 SplatI16(int value) {
   I16 result;
@@ -143,7 +130,6 @@ inline I16 SubtractSaturate(I16 a, I16 b) {
 inline I16 MultiplyLow(I16 a, I16 b) {
   return EachLane(a, b, [](int x, int y) { return x * y; });
 }
-/// a[2i] * b[2i] + a[2i+1] * b[2i+1].
 inline I32 MultiplyAdd(I16 a, I16 b) {
   I32 result;
   for (int i = 0; i < kLanes / 2; ++i) {
@@ -170,7 +156,6 @@ inline I32 ShiftRight(I32 a) {
   }
   return result;
 }
-/// To 16-bit lanes with signed saturation, in the order that Zip*16 has left.
 inline I16 JoinSigned(I32 low, I32 high) {
   I16 result;
   for (int i = 0; i < kLanes; ++i) {
@@ -196,7 +181,7 @@ template <int kCount>
 inline I16 ShiftRightLogical(I16 a) {
   return EachLane(a, a, [](int x, int) { return (x & 0xFFFF) >> kCount; });
 }
-/// Counts of 16 and more give 0.
+/// Counts of 16 and more give 0; negative ones are not allowed.
 inline I16 ShiftLeft(I16 a, int count) {
   return EachLane(a, a, [count](int x, int) {
     return count < 16 ? static_cast<int>(static_cast<unsigned>(x & 0xFFFF) << count) : 0;
@@ -237,16 +222,53 @@ inline Raw ZipLow32(Raw a, Raw b) { return Zip<4, 0>(a, b); }
 inline Raw ZipHigh32(Raw a, Raw b) { return Zip<4, 8>(a, b); }
 inline Raw ZipLow64(Raw a, Raw b) { return Zip<8, 0>(a, b); }
 inline Raw ZipHigh64(Raw a, Raw b) { return Zip<8, 8>(a, b); }
-inline Halves Split(U8 a) {
-  const Raw zero = SplatU8(0).raw;
-  return {{ZipLow8(a.raw, zero)}, {ZipHigh8(a.raw, zero)}};
-}
 inline U8 Join(I16 low, I16 high) {
   U8 result;
   StoreNarrow(result.raw.byte, low);
-  StoreNarrow(result.raw.byte + 8, high);
+  StoreNarrow(result.raw.byte + kLanes, high);
   return result;
+}
+inline U8 JoinSigned(I16 low, I16 high) {
+  U8 result;
+  for (int i = 0; i < kVectorBytes; ++i) {
+    const int value = i < kLanes ? Lane(low, i) : Lane(high, i - kLanes);
+    result.raw.byte[i] = static_cast<std::uint8_t>(ClampTo(value, -128, 127));
+  }
+  return result;
+}
+
+inline U8 AndNot(U8 mask, U8 a) {
+  return EachByte(mask, a, [](int x, int y) { return ~x & y; });
+}
+inline U8 Add(U8 a, U8 b) {
+  return EachByte(a, b, [](int x, int y) { return x + y; });
+}
+inline U8 AddSaturate(U8 a, U8 b) {
+  return EachByte(a, b, [](int x, int y) { return ClampTo(x + y, 0, 255); });
+}
+inline U8 Equal(U8 a, U8 b) {
+  return EachByte(a, b, [](int x, int y) { return x == y ? 0xFF : 0; });
+}
+
+constexpr bool kHasByteShuffle = false;
+
+inline U8 LookUpBelow16(U8 table, U8 index) {
+  return EachByte(index, index, [&table](int i, int) { return i < 16 ? int{table.raw.byte[i]} : 0; });
+}
+inline U8 ShuffleWindows(U8 windows, U8 index) { return LookUpBelow16(windows, index); }
+inline I16 MultiplyPairs(U8 a, U8 b) {
+  I16 result;
+  for (int i = 0; i < kLanes; ++i) {
+    const auto product = [&](int k) { return a.raw.byte[k] * SignedByte(b.raw.byte[k]); };
+    SetLane(result, i, Saturated16(product(2 * i) + product(2 * i + 1)));
+  }
+  return result;
+}
+inline I16 MultiplyRound(I16 a, I16 b) {
+  return EachLane(a, b, [](int x, int y) { return (x * y + 16384) >> 15; });
 }
 
 }  // namespace
 }  // namespace vidproc::VIDPROC_TARGET
+
+#include "simd/one_tile.h"

@@ -3,10 +3,8 @@
 
 #ifdef VIDPROC_TARGET_sse41
 #include <smmintrin.h>
-#define VIDPROC_HAS_BYTE_OPS 1
 #else
 #include <emmintrin.h>
-#define VIDPROC_HAS_BYTE_OPS 0
 #endif
 
 namespace vidproc::VIDPROC_TARGET {
@@ -19,28 +17,21 @@ namespace vidproc::VIDPROC_TARGET {
 namespace {
 
 inline Raw LoadRaw(const void* p) { return _mm_loadu_si128(static_cast<const __m128i_u*>(p)); }
-inline I16 LoadI16(const void* p) { return {LoadRaw(p)}; }
-inline U8 LoadU8(const void* p) { return {LoadRaw(p)}; }
-inline void Store(void* p, I16 a) { _mm_storeu_si128(static_cast<__m128i_u*>(p), a.raw); }
-inline void Store(void* p, U8 a) { _mm_storeu_si128(static_cast<__m128i_u*>(p), a.raw); }
-inline void Store(void* p, I32 a) { _mm_storeu_si128(static_cast<__m128i_u*>(p), a.raw); }
-inline I16 LoadWiden(const void* p) {
-  return {_mm_unpacklo_epi8(_mm_loadl_epi64(static_cast<const __m128i_u*>(p)), _mm_setzero_si128())};
+inline void StoreRaw(void* p, Raw a) { _mm_storeu_si128(static_cast<__m128i_u*>(p), a); }
+inline Raw Load64(const void* p) { return _mm_loadl_epi64(static_cast<const __m128i_u*>(p)); }
+
+inline I16 LoadI16(const std::int16_t* p) { return {LoadRaw(p)}; }
+inline U8 LoadU8(const std::uint8_t* p) { return {LoadRaw(p)}; }
+inline void Store(std::int16_t* p, I16 a) { StoreRaw(p, a.raw); }
+inline void Store(std::uint8_t* p, U8 a) { StoreRaw(p, a.raw); }
+inline void Store(std::int32_t* p, I32 a) { StoreRaw(p, a.raw); }
+inline I16 LoadWiden(const std::uint8_t* p) { return {_mm_unpacklo_epi8(Load64(p), _mm_setzero_si128())}; }
+inline void StoreNarrow(std::uint8_t* p, I16 a) {
+  _mm_storel_epi64(reinterpret_cast<__m128i_u*>(p), _mm_packus_epi16(a.raw, a.raw));
 }
-inline void StoreNarrow(void* p, I16 a) {
-  _mm_storel_epi64(static_cast<__m128i_u*>(p), _mm_packus_epi16(a.raw, a.raw));
+inline U8 LoadHalves(const std::uint8_t* low, const std::uint8_t* high) {
+  return {_mm_unpacklo_epi64(Load64(low), Load64(high))};
 }
-inline U8 LoadTiles(const void* p, std::ptrdiff_t) { return LoadU8(p); }
-/// The first half of a vector from `low`, the second from `high`.
-inline U8 LoadHalves(const void* low, const void* high) {
-  return {_mm_unpacklo_epi64(_mm_loadl_epi64(static_cast<const __m128i_u*>(low)),
-                             _mm_loadl_epi64(static_cast<const __m128i_u*>(high)))};
-}
-/// The same 16 bytes in every tile.
-inline U8 LoadRepeated(const void* p) { return LoadU8(p); }
-inline void StoreTiles(void* p, std::ptrdiff_t, U8 a) { Store(p, a); }
-/// The sum of the tiles.
-inline void StoreTileSum(void* p, I32 a) { Store(p, a); }
 
 inline I16 SplatI16(int value) { return {_mm_set1_epi16(static_cast<short>(value))}; }
 inline U8 SplatU8(int value) { return {_mm_set1_epi8(static_cast<char>(value))}; }
@@ -50,7 +41,6 @@ inline I16 Subtract(I16 a, I16 b) { return {_mm_sub_epi16(a.raw, b.raw)}; }
 inline I16 AddSaturate(I16 a, I16 b) { return {_mm_adds_epi16(a.raw, b.raw)}; }
 inline I16 SubtractSaturate(I16 a, I16 b) { return {_mm_subs_epi16(a.raw, b.raw)}; }
 inline I16 MultiplyLow(I16 a, I16 b) { return {_mm_mullo_epi16(a.raw, b.raw)}; }
-/// a[2i] * b[2i] + a[2i+1] * b[2i+1].
 inline I32 MultiplyAdd(I16 a, I16 b) { return {_mm_madd_epi16(a.raw, b.raw)}; }
 inline I32 Add(I32 a, I32 b) { return {_mm_add_epi32(a.raw, b.raw)}; }
 inline I32 SplatI32(int value) { return {_mm_set1_epi32(value)}; }
@@ -58,23 +48,7 @@ template <int kCount>
 inline I32 ShiftRight(I32 a) {
   return {_mm_srai_epi32(a.raw, kCount)};
 }
-/// To 16-bit lanes with signed saturation, in the order that Zip*16 has left.
 inline I16 JoinSigned(I32 low, I32 high) { return {_mm_packs_epi32(low.raw, high.raw)}; }
-inline I16 MinUnsigned(I16 a, I16 b) {
-#if VIDPROC_HAS_BYTE_OPS
-  return {_mm_min_epu16(a.raw, b.raw)};
-#else
-  return {_mm_sub_epi16(a.raw, _mm_subs_epu16(a.raw, b.raw))};
-#endif
-}
-inline I16 Absolute(I16 a) {
-#if VIDPROC_HAS_BYTE_OPS
-  return {_mm_abs_epi16(a.raw)};
-#else
-  const Raw sign = _mm_srai_epi16(a.raw, 15);
-  return {_mm_sub_epi16(_mm_xor_si128(a.raw, sign), sign)};
-#endif
-}
 inline I16 Less(I16 a, I16 b) { return {_mm_cmplt_epi16(a.raw, b.raw)}; }
 template <int kCount>
 inline I16 ShiftRight(I16 a) {
@@ -84,7 +58,7 @@ template <int kCount>
 inline I16 ShiftRightLogical(I16 a) {
   return {_mm_srli_epi16(a.raw, kCount)};
 }
-/// Counts of 16 and more give 0.
+/// Counts of 16 and more give 0; negative ones are not allowed.
 inline I16 ShiftLeft(I16 a, int count) { return {_mm_sll_epi16(a.raw, _mm_cvtsi32_si128(count))}; }
 
 inline I16 And(I16 a, I16 b) { return {_mm_and_si128(a.raw, b.raw)}; }
@@ -105,32 +79,58 @@ inline Raw ZipLow32(Raw a, Raw b) { return _mm_unpacklo_epi32(a, b); }
 inline Raw ZipHigh32(Raw a, Raw b) { return _mm_unpackhi_epi32(a, b); }
 inline Raw ZipLow64(Raw a, Raw b) { return _mm_unpacklo_epi64(a, b); }
 inline Raw ZipHigh64(Raw a, Raw b) { return _mm_unpackhi_epi64(a, b); }
-inline Halves Split(U8 a) {
-  const Raw zero = _mm_setzero_si128();
-  return {{ZipLow8(a.raw, zero)}, {ZipHigh8(a.raw, zero)}};
-}
 inline U8 Join(I16 low, I16 high) { return {_mm_packus_epi16(low.raw, high.raw)}; }
 
-#if VIDPROC_HAS_BYTE_OPS
+inline U8 JoinSigned(I16 low, I16 high) { return {_mm_packs_epi16(low.raw, high.raw)}; }
+
 inline U8 AndNot(U8 mask, U8 a) { return {_mm_andnot_si128(mask.raw, a.raw)}; }
 inline U8 Add(U8 a, U8 b) { return {_mm_add_epi8(a.raw, b.raw)}; }
 inline U8 AddSaturate(U8 a, U8 b) { return {_mm_adds_epu8(a.raw, b.raw)}; }
 inline U8 Equal(U8 a, U8 b) { return {_mm_cmpeq_epi8(a.raw, b.raw)}; }
-/// The bytes of `first`, then those of `second`, with unsigned saturation.
-inline U8 JoinInOrder(I16 first, I16 second) { return Join(first, second); }
-/// As Join, with signed saturation.
-inline U8 JoinSigned(I16 low, I16 high) { return {_mm_packs_epi16(low.raw, high.raw)}; }
-/// In each tile, byte i of the result is table[index[i] & 15], or 0 where index[i] is 128 or more.
-inline U8 ShuffleTiles(U8 table, U8 index) { return {_mm_shuffle_epi8(table.raw, index.raw)}; }
-/// A vector of windows, each kWindowBytes long and loaded from its own offset, and a shuffle inside each.
-constexpr int kWindowBytes = 16;
-inline U8 LoadWindows(const std::uint8_t* row, const std::int32_t* offsets) { return LoadU8(row + offsets[0]); }
-inline U8 ShuffleWindows(U8 windows, U8 index) { return ShuffleTiles(windows, index); }
-/// a[2i] * b[2i] + a[2i+1] * b[2i+1], a unsigned, b signed bytes; the sum saturates.
+
+#ifdef VIDPROC_TARGET_sse41
+constexpr bool kHasByteShuffle = true;
+
+inline I16 MinUnsigned(I16 a, I16 b) { return {_mm_min_epu16(a.raw, b.raw)}; }
+inline I16 Absolute(I16 a) { return {_mm_abs_epi16(a.raw)}; }
+inline U8 LookUpBelow16(U8 table, U8 index) {
+  return {_mm_shuffle_epi8(table.raw, _mm_adds_epu8(index.raw, _mm_set1_epi8(0x70)))};
+}
+inline U8 ShuffleWindows(U8 windows, U8 index) { return {_mm_shuffle_epi8(windows.raw, index.raw)}; }
 inline I16 MultiplyPairs(U8 a, U8 b) { return {_mm_maddubs_epi16(a.raw, b.raw)}; }
-/// (a * b + 16384) >> 15.
 inline I16 MultiplyRound(I16 a, I16 b) { return {_mm_mulhrs_epi16(a.raw, b.raw)}; }
+#else
+constexpr bool kHasByteShuffle = false;
+
+inline I16 MinUnsigned(I16 a, I16 b) { return {_mm_sub_epi16(a.raw, _mm_subs_epu16(a.raw, b.raw))}; }
+inline I16 Absolute(I16 a) {
+  const Raw sign = _mm_srai_epi16(a.raw, 15);
+  return {_mm_sub_epi16(_mm_xor_si128(a.raw, sign), sign)};
+}
+inline U8 LookUpBelow16(U8 table, U8 index) {
+  std::uint8_t entry[16];
+  std::uint8_t byte[16];
+  Store(entry, table);
+  Store(byte, index);
+  for (std::uint8_t& b : byte) b = b < 16 ? entry[b] : 0;
+  return LoadU8(byte);
+}
+inline U8 ShuffleWindows(U8 windows, U8 index) { return LookUpBelow16(windows, index); }
+inline I16 MultiplyPairs(U8 a, U8 b) {
+  const Raw even =
+      _mm_mullo_epi16(_mm_and_si128(a.raw, _mm_set1_epi16(0xFF)), _mm_srai_epi16(_mm_slli_epi16(b.raw, 8), 8));
+  const Raw odd = _mm_mullo_epi16(_mm_srli_epi16(a.raw, 8), _mm_srai_epi16(b.raw, 8));
+  return {_mm_adds_epi16(even, odd)};
+}
+inline I16 MultiplyRound(I16 a, I16 b) {
+  // The product's bits 30..15, plus bit 14.
+  const Raw low = _mm_mullo_epi16(a.raw, b.raw);
+  const Raw upper = _mm_or_si128(_mm_slli_epi16(_mm_mulhi_epi16(a.raw, b.raw), 1), _mm_srli_epi16(low, 15));
+  return {_mm_add_epi16(upper, _mm_srli_epi16(_mm_slli_epi16(low, 1), 15))};
+}
 #endif
 
 }  // namespace
 }  // namespace vidproc::VIDPROC_TARGET
+
+#include "simd/one_tile.h"

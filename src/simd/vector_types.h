@@ -13,16 +13,14 @@ struct U8 {
 struct I32 {
   Raw raw;
 };
-struct Halves {
-  I16 low;
-  I16 high;
-};
 
 constexpr int kVectorBytes = sizeof(Raw);
 constexpr int kLanes = kVectorBytes / 2;
 
 inline I16 AsI16(U8 a) { return {a.raw}; }
+inline I16 AsI16(I32 a) { return {a.raw}; }
 inline U8 AsU8(I16 a) { return {a.raw}; }
+inline I32 AsI32(I16 a) { return {a.raw}; }
 
 }  // namespace
 }  // namespace vidproc::VIDPROC_TARGET

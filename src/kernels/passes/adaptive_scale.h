@@ -21,14 +21,14 @@ inline void ScaleAdaptively(const ScaleJob& job) {
   using RowTest = typename MotionTests<kTraits.smoothsMotion>::Row;
   using ColumnTest = typename MotionTests<kTraits.smoothsMotion>::Column;
   const int shift = job.adaptiveShift;
-#if VIDPROC_HAS_BYTE_OPS
-  if (job.form == Form::kProven) {
-    const ByteVerticalScale<kTraits.verticalTaps, RowTest> vertical{shift, {}};
-    return WithHistory<StoreBytes, BlendBytes>(job, [&](const auto& result) {
-      RunStrips<ByteColumnScaler>(job, vertical, ScaleByteRows<kTraits.horizontalTaps, ColumnTest>(shift, result));
-    });
+  if constexpr (kHasByteShuffle) {
+    if (job.form == Form::kProven) {
+      const ByteVerticalScale<kTraits.verticalTaps, RowTest> vertical{shift, {}};
+      return WithHistory<StoreBytes, BlendBytes>(job, [&](const auto& result) {
+        RunStrips<ByteColumnScaler>(job, vertical, ScaleByteRows<kTraits.horizontalTaps, ColumnTest>(shift, result));
+      });
+    }
   }
-#endif
   const VerticalScale<kTraits.verticalTaps, kTraits.precisionBits, AdaptiveTaps<RowTest>> vertical{{shift, {}}};
   WithHistory<ClampResult, BlendResult>(job, [&](const auto& result) {
     RunStrips(job, vertical,

@@ -3,8 +3,8 @@
 //
 //   v = s_c + ((sum of a_t (s_t - s_c) + 64) >> 7)
 //
-// and a tap has weight only where its difference is below 16, so that weights, differences and results all fit bytes.
-// The weight of a difference comes from a table of 16 by a byte shuffle, which gives 0 by itself for larger ones.
+// A tap has weight only where its difference is below 16, so that weights, differences and results all fit bytes, and
+// the weight of a difference can be looked up in a table of 16.
 #pragma once
 
 #include "kernels/denoise_taps.h"
@@ -14,8 +14,6 @@
 
 namespace vidproc::VIDPROC_TARGET {
 namespace {
-
-#if VIDPROC_HAS_BYTE_OPS
 
 /// The weight that a table gives to the difference of sample and centre.
 inline U8 WeightOf(U8 sample, U8 centre, U8 table) { return LookUpBelow16(table, AbsoluteDifference(sample, centre)); }
@@ -30,7 +28,7 @@ class ByteTaps {
     pair[kOuter / 2] = SplatPair(outer.centreCoefficient, 0);
   }
 
-  /// Edges preserved where the motion test finds rest.
+  /// Edges preserved where the motion test finds the centre still.
   template <class MotionTest>
   U8 Filter(U8 centre, const U8 (&sample)[kOuter + 1], const MotionTest& motionTest, int offset) const {
     return motionTest.FindStill(centre, offset).Select(Adapt(centre, sample), Smooth(centre, sample));
@@ -43,7 +41,7 @@ class ByteTaps {
     for (int k = 0; k < kOuter; k += 2) {
       const U8 weight0 = WeightOf(sample[k], centre, table[k]);
       const U8 weight1 = WeightOf(sample[k + 1], centre, table[k + 1]);
-      sum = Add(sum, MultiplyZipped(weight0, weight1, Subtract(sample[k], centre), Subtract(sample[k + 1], centre)));
+      sum = Add(sum, MultiplyPairsOf(weight0, weight1, Subtract(sample[k], centre), Subtract(sample[k + 1], centre)));
     }
     return Add(centre, RoundToSignedBytes<7>(sum));
   }
@@ -51,8 +49,8 @@ class ByteTaps {
   /// The full low-pass, for samples that have moved.
   U8 Smooth(U8 centre, const U8 (&sample)[kOuter + 1]) const {
     if constexpr (kOuter == 0) return centre;
-    Halves sum = MultiplyZipped(centre, SplatU8(0), pair[kOuter / 2]);
-    for (int k = 0; k < kOuter; k += 2) sum = Add(sum, MultiplyZipped(sample[k], sample[k + 1], pair[k / 2]));
+    Halves sum = MultiplyPairsOf(centre, SplatU8(0), pair[kOuter / 2]);
+    for (int k = 0; k < kOuter; k += 2) sum = Add(sum, MultiplyPairsOf(sample[k], sample[k + 1], pair[k / 2]));
     return RoundToBytes<7>(sum);
   }
 
@@ -66,11 +64,11 @@ struct ByteBlend {
   U8 Blend(U8 history, U8 value) const {
     const U8 alpha = WeightOf(history, value, table);
     const U8 difference = Subtract(history, value);
-    return Add(value, RoundToSignedBytes<7>(MultiplyZipped(alpha, SplatU8(0), difference, difference)));
+    return Add(value, RoundToSignedBytes<7>(MultiplyPairsOf(alpha, SplatU8(0), difference, difference)));
   }
 };
 
-/// Calls filter with the phase's taps as ByteTaps of the next even count that the library has a form for.
+/// Calls filter with a phase's taps as ByteTaps of at least their number.
 template <class Filter>
 inline void WithByteTaps(const DenoiseTaps& outer, const Filter& filter) {
   if (outer.count == 0) return filter(ByteTaps<0>(outer));
@@ -95,8 +93,6 @@ inline void FilterRowAdaptively(const ByteTaps<kOuter>& taps, const MotionTest& 
     Store(out + b, taps.Filter(LoadU8(centre + b), sample, rowTest, b));
   }
 }
-
-#endif
 
 }  // namespace
 }  // namespace vidproc::VIDPROC_TARGET

@@ -7,8 +7,6 @@
 namespace vidproc::VIDPROC_TARGET {
 namespace {
 
-#if VIDPROC_HAS_BYTE_OPS
-
 /// Stores the filtered bytes as they are.
 struct StoreBytes {
   void Put(std::uint8_t* out, U8 value) const { Store(out, value); }
@@ -38,7 +36,7 @@ struct ByteColumnScaler {
     const std::uint8_t* const rows = Rows(strip);
     for (int c = 0; c < rowBytes; c += 16) {
       U8 block[16];
-      for (int i = 0; i < 16; ++i) block[i] = LoadTiles(rows + i * strip.rowPitch + c, 16 * strip.rowPitch);
+      for (int i = 0; i < 16; ++i) block[i] = LoadTilesU8(rows + i * strip.rowPitch + c, 16 * strip.rowPitch);
       TransposeTiles(block);
       for (int i = 0; i < 16; ++i) Store(Column(strip, c + i), block[i]);
     }
@@ -129,8 +127,6 @@ template <int kTaps, class MotionTest, class Result>
 inline ByteHorizontalScale<kTaps, MotionTest, Result> ScaleByteRows(int shift, const Result& result) {
   return {shift, {}, result};
 }
-
-#endif
 
 }  // namespace
 }  // namespace vidproc::VIDPROC_TARGET

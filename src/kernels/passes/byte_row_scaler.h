@@ -9,8 +9,6 @@
 namespace vidproc::VIDPROC_TARGET {
 namespace {
 
-#if VIDPROC_HAS_BYTE_OPS
-
 /// Samples repeated on each side of a row: as far as taps and windows reach.
 constexpr int kEdgeSamples = 32;
 
@@ -166,8 +164,6 @@ inline void WithGridWalk(int tapPairs, const Scale& scale, const Grids&... grids
   if (tapPairs == 3) return WithGridWalkOf<3>(scale, grids...);
   WithGridWalkOf<4>(scale, grids...);
 }
-
-#endif
 
 }  // namespace
 }  // namespace vidproc::VIDPROC_TARGET

@@ -10,8 +10,6 @@
 namespace vidproc::VIDPROC_TARGET {
 namespace {
 
-#if VIDPROC_HAS_BYTE_OPS
-
 // The pass takes two vectors at a time and reads no less.
 static_assert(2 * kVectorBytes <= kMinRowBytes);
 
@@ -34,9 +32,8 @@ struct SplitRow2vuy {
 struct SplitResult {
   SplitRow2vuy to;
   void Put(std::ptrdiff_t b, U8 first, U8 second) const {
-    const I16 lowByte = SplatI16(0xFF);
-    Store(to.chroma + b / 2, JoinInOrder(And(AsI16(first), lowByte), And(AsI16(second), lowByte)));
-    Store(to.luma + b / 2, JoinInOrder(ShiftRightLogical<8>(AsI16(first)), ShiftRightLogical<8>(AsI16(second))));
+    Store(to.chroma + b / 2, JoinInOrder(EvenBytes(first), EvenBytes(second)));
+    Store(to.luma + b / 2, JoinInOrder(OddBytes(first), OddBytes(second)));
   }
 };
 
@@ -50,7 +47,7 @@ template <int kTaps, int kShift>
     for (int t = 0; t < kTaps; t += 2) {
       const U8 first = LoadU8(rows[t] + b);
       const U8 second = t + 1 < kTaps ? LoadU8(rows[t + 1] + b) : SplatU8(0);
-      const Halves products = MultiplyZipped(first, second, pairs[t / 2]);
+      const Halves products = MultiplyPairsOf(first, second, pairs[t / 2]);
       sum = t == 0 ? products : t + 2 < kTaps ? Add(sum, products) : AddSaturate(sum, products);
     }
     return RoundToBytes<kShift>(sum);
@@ -113,8 +110,6 @@ struct ByteVerticalPass {
     }
   }
 };
-
-#endif
 
 }  // namespace
 }  // namespace vidproc::VIDPROC_TARGET

@@ -32,12 +32,10 @@ struct StillWords {
   I16 mask;
   I16 OrZero(I16 value) const { return And(mask, value); }
 };
-#if VIDPROC_HAS_BYTE_OPS
 struct StillBytes {
   U8 mask;
   U8 Select(U8 ifStill, U8 ifMoving) const { return Or(And(mask, ifStill), AndNot(mask, ifMoving)); }
 };
-#endif
 
 /// Difference below 16. kept: the square wraps, so that differences of 182 and more pass for still again.
 inline I16 IsStill(I16 previous, I16 centre) {
@@ -50,13 +48,11 @@ struct RowMotionTest {
   const std::uint8_t* row = nullptr;
   RowMotionTest WithPrevious(const std::uint8_t* previous) const { return {previous}; }
   StillWords FindStill(I16 centre, int offset) const { return {IsStill(LoadWiden(row + offset), centre)}; }
-#if VIDPROC_HAS_BYTE_OPS
   StillBytes FindStill(U8 centre, int offset) const {
     // Less 16, differences below 16 wrap to 240 and more: still is then what reaches 182 - 16.
     const U8 beyond = Subtract(AbsoluteDifference(LoadU8(row + offset), centre), SplatU8(16));
     return {Equal(Max(beyond, SplatU8(182 - 16)), beyond)};
   }
-#endif
 };
 
 /// Against the previous vertical result, 16-bit values of any size.
@@ -64,14 +60,11 @@ struct ColumnMotionTest {
   const std::int16_t* column = nullptr;
   ColumnMotionTest WithPrevious(const std::int16_t* previous) const { return {previous}; }
   StillWords FindStill(I16 centre, int offset) const { return {IsStill(LoadI16(column + offset), centre)}; }
-#if VIDPROC_HAS_BYTE_OPS
   StillBytes FindStill(U8 centre, int offset) const {
-    // As Split deals a tile's 16 bytes: 8 values to the one vector, 8 to the other.
-    const auto previous = [&](int first) { return AsI16(LoadTiles(column + offset + first, 2 * 16)); };
+    const Halves before = LoadSplit(column + offset);
     const Halves now = Split(centre);
-    return {JoinSigned(IsStill(previous(0), now.low), IsStill(previous(8), now.high))};
+    return {JoinSigned(IsStill(before.low, now.low), IsStill(before.high, now.high))};
   }
-#endif
 };
 
 /// The tests of a scaler that smooths where the picture moves, or of one that treats all samples alike.

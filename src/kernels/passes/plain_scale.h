@@ -11,8 +11,6 @@
 namespace vidproc::VIDPROC_TARGET {
 namespace {
 
-#if VIDPROC_HAS_BYTE_OPS
-
 /// The vertical result of output row `r`, from a 2vuy frame or from the planes that one would be interleaved from.
 template <int kShift>
 inline void FilterSourceRows(const ScaleJob& job, int r, const SplitRow2vuy& out) {
@@ -39,11 +37,9 @@ template <class LumaResult, class LumaWalk, class ChromaWalk>
   const I16 luma1 = result.Apply(luma.Next());
   const I16 chroma0 = chroma.Next();
   const I16 chroma1 = chroma.Next();
-  const U8 lumaBytes = Join(luma0, luma1);
-  const U8 chromaBytes = Join(chroma0, chroma1);
-  // Joining and zipping undo each other's order.
-  Store(out, U8{ZipLow8(chromaBytes.raw, lumaBytes.raw)});
-  Store(out + kVectorBytes, U8{ZipHigh8(chromaBytes.raw, lumaBytes.raw)});
+  const TwoVectors pixels = JoinInterleaved(chroma0, chroma1, luma0, luma1);
+  Store(out, pixels.first);
+  Store(out + kVectorBytes, pixels.second);
 }
 
 /// A row of `width` pixels.
@@ -82,15 +78,13 @@ inline void RunRows(const ScaleJob& job, const LumaResult& lumaResult) {
   }
 }
 
-#endif
-
 /// Luma goes through a policy of its own.
 template <const KernelTraits& kTraits, class LumaResult>
 inline void ScalePlainly(const ScaleJob& job, const LumaResult& lumaResult) {
   constexpr int kShift = kTraits.precisionBits;
-#if VIDPROC_HAS_BYTE_OPS
-  if (job.form == Form::kProven) return RunRows<kShift>(job, lumaResult);
-#endif
+  if constexpr (kHasByteShuffle) {
+    if (job.form == Form::kProven) return RunRows<kShift>(job, lumaResult);
+  }
   RunStrips(job, VerticalScale<kTraits.verticalTaps, kShift, PlainTaps>{},
             HorizontalScale<kTraits.horizontalTaps, kShift, PlainTaps, LumaResult, ClampResult>{{}, lumaResult, {}});
 }

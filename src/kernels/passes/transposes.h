@@ -23,8 +23,7 @@ inline void RowsToColumns(const StripMemory& strip, int rowBytes) {
     for (int v = 0; v < kColumnVectors; ++v) {
       I16 block[8];
       for (int i = 0; i < 8; ++i) {
-        const std::int16_t* piece = strip.rows + (v * kLanes + i) * strip.rowPitch + c;
-        block[i] = AsI16(LoadTiles(piece, 8 * strip.rowPitch * std::ptrdiff_t{sizeof(std::int16_t)}));
+        block[i] = LoadTilesI16(strip.rows + (v * kLanes + i) * strip.rowPitch + c, 8 * strip.rowPitch);
       }
       TransposeTiles(block);
       for (int i = 0; i < 8; ++i) Store(strip.columns + ColumnOffset(c + i) + v * kLanes, block[i]);
@@ -58,7 +57,7 @@ inline void ColumnsToRows(const std::uint8_t* columns, std::ptrdiff_t columnStri
         stride = 16;
       }
       U8 block[16];
-      for (int i = 0; i < 16; ++i) block[i] = LoadTiles(from + i * stride, 16 * stride);
+      for (int i = 0; i < 16; ++i) block[i] = LoadTilesU8(from + i * stride, 16 * stride);
       TransposeTiles(block);
       const int rowsHere = rowCount - top < 16 ? rowCount - top : 16;
       std::uint8_t* to = rows + top * rowStride + j;
