@@ -35,7 +35,7 @@ inline I16 CentreTap(I16 sumOfProducts) {
   return ShiftRightLogical<8>(MinUnsigned(Add(rest, SplatI16(128)), SplatI16(-32768)));
 }
 
-/// Any taps. kTwoSums adds the taps 4..7 by themselves.
+/// Any taps. kTwoSums: the taps 4..7 have a running sum of their own.
 template <bool kTwoSums>
 struct AnyTaps {
   static constexpr int kSamples = 8;
@@ -106,8 +106,8 @@ struct SymmetricTaps {
   }
 };
 
-/// Filters kCount samples around an edge, from the first-th after it (negative: before it). load(i) gives the i-th
-/// sample after the edge, put(i, value) takes its result.
+/// Filters kCount samples across an edge, from sample `first` on. Samples are counted from the edge: 0 is the first one
+/// after it, -1 the last one before it. load(i) gives sample i, put(i, value) takes its result.
 template <int kCount, class Taps, class Load, class Put>
 inline void FilterAcrossEdge(const Taps& taps, int first, const Load& load, const Put& put) {
   const auto weights = taps.Weigh(load(-1), load(0));
@@ -119,7 +119,7 @@ inline void FilterAcrossEdge(const Taps& taps, int first, const Load& load, cons
   }
 }
 
-/// The source rows of one strip: those of the strip before have been replaced in the frame and are kept aside.
+/// Source rows as a strip needs them. The rows above it have been replaced in the frame: copies stand for them.
 class SourceRows {
  public:
   explicit SourceRows(const DeblockJob& job) : job(job), keptPitch(2 * job.width + kRowSlack) {
@@ -224,7 +224,7 @@ class ComponentFilter {
         columns(job.strip.columns + ColumnOffset(component.firstByte)),
         outColumns(job.strip.outColumns + std::ptrdiff_t{component.firstByte} * kStripRows) {}
 
-  /// In place, every output sample lies on its own source sample: six share an edge and its weights.
+  /// `inPlace`: every output sample lies on its own source sample, so that six share an edge and its weights.
   void Run(bool inPlace) const {
     if (!inPlace) return FilterEach(0, count);
     FilterEach(0, count < kReach ? count : kReach);
@@ -254,7 +254,7 @@ class ComponentFilter {
       StoreNarrow(outColumns + output * step + v, LoadI16(columns + source * step + v));
     }
   }
-  /// Edge in the source, edge in the output.
+  /// Around an edge before sample `from` of the source, which becomes one before sample `to` of the output.
   template <int kCount>
   void FilterOutputs(int from, int to, int first) const {
     for (int v = 0; v < kStripRows; v += kLanes) {

@@ -15,7 +15,7 @@ struct ByteRowPlan;
 constexpr int kPhases = 16;
 constexpr int kMaxTaps = 16;
 
-/// Shorter source rows are copied first: a step of the widest vectors reads this much of a row, at least.
+/// Kernels read at least this much of a source row, one step of the widest vectors: shorter rows are copied first.
 constexpr int kMinRowBytes = 128;
 
 /// Rows of working buffers keep this many bytes of room past their end, so that vectors may overshoot; the odd multiple
@@ -23,7 +23,7 @@ constexpr int kMinRowBytes = 128;
 constexpr int kRowSlack = 192;
 
 /// Byte columns repeated on each side of a strip's columns: whole groups Cb Y Cr Y, as many as 16 taps can reach. The
-/// last Cr of an odd width lies past the row's end, and so its taps reach one group further than others.
+/// last Cr of an odd width lies past the row's end, so that its taps reach one group further.
 constexpr int kEdgeColumns = 36;
 
 /// Rows of the widest strip: one 512-bit vector of bytes.
@@ -50,7 +50,7 @@ struct RowPosition {
   std::int32_t phase;
 };
 
-/// Neighbouring entries of the positions that share a phase, outputs ascending.
+/// Outputs that share a phase: `count` of the positions from number `first` on, in ascending order.
 struct PhaseRun {
   std::int32_t phase;
   std::int32_t first;
@@ -70,7 +70,7 @@ struct StripMemory {
   std::int16_t* columns;                ///< the same transposed, 2 * kEdgeColumns more columns
   std::uint8_t* outColumns;             ///< horizontal result, one column of strip rows per output byte
   std::uint8_t* outRows;                ///< finished rows, packed, on their way to a padded destination
-  std::int16_t* previousVerticalPiece;  ///< a short strip's piece of the remembered vertical result
+  std::int16_t* previousVerticalPiece;  ///< a short strip's part of the previous vertical result
   std::ptrdiff_t rowPitch;              ///< in values
 };
 
@@ -109,7 +109,7 @@ struct ScaleJob {
   std::uint8_t* history;  ///< previous output, transposed: byte column j of row r at j * outHeight + r
   std::int16_t lumaGain;
   std::int16_t lumaOffset;
-  const std::uint8_t* previousInput;  ///< previous source; null where no kernel asks
+  const std::uint8_t* previousInput;  ///< null where the kernel has no motion test
   std::ptrdiff_t previousInputStride;
   std::int16_t* previousVertical;  ///< previous vertical result, transposed
 

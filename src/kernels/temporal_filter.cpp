@@ -22,7 +22,7 @@ constexpr int kGroupBytes = 16;
 /// Positions of one sweep over all segments: bounds the memory of the changes, and keeps it in the cache.
 constexpr int kSweepBytes = 2048;
 
-/// The definition in 16-bit lanes, for any strength.
+/// The blend in 16-bit lanes, for any strength.
 struct LaneBlend {
   int strength;
   int shift;
@@ -35,10 +35,11 @@ struct LaneBlend {
   }
 };
 
-/// The same for strengths that fit a signed byte, where no sum saturates. Weights are negated so that 128 fits too.
+/// The same by table, for strengths below 128: no sum saturates, and all weights, 0..128, fit a signed byte once
+/// negated. Measures of 16 and more have one weight, as their squares are all capped at 256.
 struct TableBlend {
-  U8 negatedWeights;  ///< for the measures below 16, with farWeight folded in
-  U8 farWeight;       ///< for all larger measures
+  U8 negatedWeights;  ///< of the measures below 16, xor farWeight: a look-up gives 0 for all others
+  U8 farWeight;       ///< negated, of those others
 
   TableBlend(int strength, int shift) {
     const auto negatedWeight = [=](int measure) {
@@ -61,7 +62,7 @@ struct TableBlend {
   }
 };
 
-/// How bytes travel: whole vectors, or the same 16 bytes in every tile where fewer are left than a vector holds.
+/// How bytes are loaded and stored: as whole vectors or, where fewer are left, as the same 16 bytes in every tile.
 struct WholeVector {
   static constexpr int kBytes = kVectorBytes;
   static U8 Load(const std::uint8_t* p) { return LoadU8(p); }
@@ -78,14 +79,14 @@ inline U8 ChangeAt(const std::uint8_t* source, const std::uint8_t* reference) {
   return AbsoluteDifference(Access::Load(source), Access::Load(reference));
 }
 
-/// The changes of two neighbouring segments. Both are formed once per byte, before the reference is refreshed.
+/// The changes of the segment before and of the segment itself. Each is formed once, before its reference is refreshed.
 struct Changes {
   std::uint8_t* before;
   std::uint8_t* own;
 };
 
-/// Bytes of a segment from `begin` up to the last whole piece below `end`; returns where it stopped. `step` leads to
-/// the segment after, 0 in the last. The changes of that one replace those of the segment before.
+/// Filters bytes begin..end - 1 of a segment as far as whole pieces go; returns where it stopped. The segment after
+/// lies `step` bytes further; the last one has a step of 0. Its changes replace those of the segment before.
 template <bool kInPlace, class Access, class Blend>
 inline int FilterPieces(Blend blend, const TemporalJob& job, std::ptrdiff_t segment, std::ptrdiff_t step,
                         Changes changes, int begin, int end) {
@@ -108,7 +109,7 @@ inline int FilterPieces(Blend blend, const TemporalJob& job, std::ptrdiff_t segm
   return j;
 }
 
-/// The same for all whole pieces of both kinds; pointers count from the sweep's first position.
+/// Filters `count` bytes of every segment; the job's pointers lead to those of the first segment.
 template <bool kInPlace, class Blend>
 inline void FilterSweep(const Blend& blend, const TemporalJob& job, int count) {
   std::uint8_t memory[2][kSweepBytes];

@@ -32,7 +32,7 @@
 //   first, second                         F0 .. F7 | F8 .. F15    S0 .. S7 | S8 .. S15
 //   JoinInOrder(first, second)            F0 .. F7  F8 .. F15 | S0 .. S7  S8 .. S15
 //
-//   LoadTiles, StoreTiles    one 16-byte piece per tile, the pieces a stride apart
+//   LoadTiles.., StoreTiles  one 16-byte piece per tile, the pieces `stride` values apart
 //   LoadRepeated             the same 16 bytes in every tile
 //   TransposeTiles           in every tile by itself
 //

@@ -1,5 +1,5 @@
-// The edge-preserving scalers: taps lose weight as their sample differs from the centre's, where the gates are open;
-// the result is blended with the previous output, where there is one.
+// The edge-preserving scalers: taps lose weight as their sample differs from the centre's, where the motion tests find
+// rest. The result is blended with the previous output, where there is one.
 #pragma once
 
 #include "kernels/kernel_traits.h"
@@ -9,7 +9,7 @@
 namespace vidproc::VIDPROC_TARGET {
 namespace {
 
-/// Calls scale with what becomes of the filtered values: there is nothing to blend a first frame with.
+/// Calls scale with the result policy: Plain in a first frame or without a history, else Blend.
 template <class Plain, class Blend, class Scale>
 inline void WithHistory(const ScaleJob& job, const Scale& scale) {
   if (job.history == nullptr || job.firstFrame) return scale(Plain{});
@@ -25,7 +25,7 @@ inline void ScaleAdaptively(const ScaleJob& job) {
     if (job.form == Form::kProven) {
       const ByteVerticalScale<kTraits.verticalTaps, RowTest> vertical{shift, {}};
       return WithHistory<StoreBytes, BlendBytes>(job, [&](const auto& result) {
-        RunStrips<ByteColumnScaler>(job, vertical, ScaleByteRows<kTraits.horizontalTaps, ColumnTest>(shift, result));
+        RunStrips<ByteColumns>(job, vertical, ScaleByteRows<kTraits.horizontalTaps, ColumnTest>(shift, result));
       });
     }
   }

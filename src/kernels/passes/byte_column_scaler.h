@@ -1,4 +1,4 @@
-// The adaptive scalers on bytes: strips of one vector of byte rows, columns of as many bytes.
+// The byte column scaler: the stages of the adaptive scalers on strips of bytes.
 #pragma once
 
 #include "kernels/passes/byte_adaptive_taps.h"
@@ -23,8 +23,8 @@ struct BlendBytes {
   void Put(std::uint8_t* history, U8 value) const { Store(history, blend.Blend(LoadU8(history), value)); }
 };
 
-/// The strip: one vector of rows, columns of as many bytes.
-struct ByteColumnScaler {
+/// A strip as columns of bytes, one vector each.
+struct ByteColumns {
   static constexpr int kRows = kVectorBytes;
 
   static std::uint8_t* Rows(const StripMemory& strip) { return reinterpret_cast<std::uint8_t*>(strip.rows); }
@@ -73,7 +73,7 @@ struct ByteVerticalScale {
       const std::uint8_t* const centre = SourceRow(job, position.source);
       const std::uint8_t* const ahead = SourceRow(job, position.source + kTaps);
       const MotionTest rowTest = motionTest.WithPrevious(PreviousInputRow(job, firstRow + r));
-      std::uint8_t* const out = ByteColumnScaler::Rows(job.strip) + r * job.strip.rowPitch;
+      std::uint8_t* const out = ByteColumns::Rows(job.strip) + r * job.strip.rowPitch;
       WithByteTaps(outer,
                    [&](const auto& taps) { FilterRowAdaptively(taps, rowTest, rows, centre, ahead, bytes, out); });
     }
@@ -100,7 +100,7 @@ struct ByteHorizontalScale {
   }
 
  private:
-  static constexpr int kAhead = 8;
+  static constexpr int kAhead = 8;  // outputs, for prefetches
 
   template <int kOuter>
   void FilterRun(const ByteTaps<kOuter>& taps, const DenoiseTaps& outer, const StripMemory& strip, const OutputRun& run,
@@ -108,15 +108,15 @@ struct ByteHorizontalScale {
     const std::ptrdiff_t step = run.component.step;
     for (int k = 0; k < run.count; ++k) {
       const std::uint8_t* const centre =
-          ByteColumnScaler::Column(strip, run.positions[k].source * step + run.component.firstByte);
+          ByteColumns::Column(strip, run.positions[k].source * step + run.component.firstByte);
       const std::ptrdiff_t column = run.positions[k].output * step + run.component.firstByte;
-      // History lies a frame's height apart from column to column, which hardware does not foresee.
+      // Columns of the history lie a frame's height apart, too far for hardware to foresee.
       const std::ptrdiff_t later =
           run.positions[k + kAhead < run.count ? k + kAhead : k].output * step + run.component.firstByte;
       __builtin_prefetch(out.columns + later * out.stride);
       if (out.previousVertical != nullptr) __builtin_prefetch(out.PreviousVertical(later));
       U8 sample[kOuter + 1];
-      for (int t = 0; t < kOuter; ++t) sample[t] = LoadU8(centre + outer.offset[t] * step * ByteColumnScaler::kRows);
+      for (int t = 0; t < kOuter; ++t) sample[t] = LoadU8(centre + outer.offset[t] * step * ByteColumns::kRows);
       const MotionTest columnTest = motionTest.WithPrevious(out.PreviousVertical(column));
       result.Put(out.columns + column * out.stride, taps.Filter(LoadU8(centre), sample, columnTest, 0));
     }

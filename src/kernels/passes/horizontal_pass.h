@@ -11,7 +11,7 @@
 namespace vidproc::VIDPROC_TARGET {
 namespace {
 
-/// A colour component's place in a group of four bytes.
+/// A colour component's first byte in a row and the bytes from sample to sample.
 struct Component {
   int firstByte;
   int step;
@@ -21,8 +21,8 @@ constexpr Component kY{1, 2};
 constexpr Component kCr{2, 4};
 constexpr Component kComponents[] = {kCb, kY, kCr};
 
-/// What the pass leaves behind and what it compares with, column by column: byte columns `stride` bytes apart; the
-/// previousVertical 16-bit columns `previousVerticalStride` values apart (null where no kernel asks).
+/// What the pass leaves behind, byte columns `stride` bytes apart, and what its motion test compares with: the previous
+/// vertical result, 16-bit columns `previousVerticalStride` values apart; null where the kernel has no motion test.
 struct StripResult {
   std::uint8_t* columns;
   std::ptrdiff_t stride;
@@ -34,8 +34,8 @@ struct StripResult {
   }
 };
 
-/// Which of the two running sums takes tap t: alternate groups of four, counted so that a run of taps cut down evenly
-/// from 8 keeps its border in the middle.
+/// Which of the two running sums takes tap t. Of 16 taps, groups of four alternate. Of 8 taps, the first four belong to
+/// one sum and the last four to the other; fewer than 8 are what is left without the outermost taps of both sides.
 template <int kTaps>
 constexpr int SumOfTap(int t) {
   return kTaps > 8 ? t / 4 % 2 : 2 * t / kTaps;
@@ -73,7 +73,7 @@ inline OutputRun MakeOutputRun(const ScaleJob& job, const PhaseRun& phase, Compo
   return {positions, last >= 2 * job.outWidth ? phase.count - 1 : phase.count, component};
 }
 
-/// Makes a run of outputs from kTaps taps, of which the one at the source position is preceded by `centre` others.
+/// Filters the outputs of a run. Tap number `centre` lies on an output's source position.
 template <int kTaps, int kShift, class Taps, class Result>
 inline void FilterRun(const StripMemory& strip, const OutputRun& run, const std::int16_t* coefficients, int centre,
                       const Taps& taps, const Result& result, const StripResult& out) {
@@ -119,7 +119,7 @@ struct HorizontalScale {
     }
   }
 
-  /// Plain taps leave out zero taps at the ends, evenly on both sides, so that no tap changes its running sum.
+  /// Plain taps leave out zero taps at both ends, as many before the centre as after it: all others keep their sum.
   template <class Result>
   void FilterPhase(const ScaleJob& job, const OutputRun& run, int phase, const Result& result,
                    const StripResult& out) const {

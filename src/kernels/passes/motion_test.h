@@ -1,4 +1,4 @@
-// Motion tests: where the edge-preserving scalers take a sample for still. What moves gets the full low-pass instead.
+// Motion tests: where the edge-preserving scalers take a sample for still. What moves gets the full low-pass.
 //
 // A test is a policy of the vertical and the horizontal pass. WithPrevious hands it a row or a column of the previous
 // frame; FindStill compares a vector of centre samples with the values `offset` into that, and tells
@@ -49,7 +49,7 @@ struct RowMotionTest {
   RowMotionTest WithPrevious(const std::uint8_t* previous) const { return {previous}; }
   StillWords FindStill(I16 centre, int offset) const { return {IsStill(LoadWiden(row + offset), centre)}; }
   StillBytes FindStill(U8 centre, int offset) const {
-    // Less 16, differences below 16 wrap to 240 and more: still is then what reaches 182 - 16.
+    // Modulo 256, differences below 16 become 240 and more: still is what then is at least 182 - 16.
     const U8 beyond = Subtract(AbsoluteDifference(LoadU8(row + offset), centre), SplatU8(16));
     return {Equal(Max(beyond, SplatU8(182 - 16)), beyond)};
   }

@@ -1,4 +1,4 @@
-// The way of finished rows to the destination: noise is added while they are in the cache.
+// Writes finished rows to the destination, with noise added while they are in the cache.
 #pragma once
 
 #include "kernels/kernel_table.h"
@@ -7,8 +7,8 @@
 namespace vidproc::VIDPROC_TARGET {
 namespace {
 
-/// Has make(rows, stride) write the rows from firstRow on and adds the noise. The noise runs over packed rows: those of
-/// a padded destination are made in the strip's memory first.
+/// Lets make(rows, stride) write rowCount rows, which end up in the destination from row firstRow on, and adds the
+/// noise. The noise runs over packed rows: those of a padded destination are made in the strip's memory first.
 template <class Make>
 inline void PutRows(const ScaleJob& job, int firstRow, int rowCount, const Make& make) {
   const std::ptrdiff_t rowBytes = std::ptrdiff_t{2} * job.outWidth;

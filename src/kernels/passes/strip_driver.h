@@ -12,8 +12,8 @@
 namespace vidproc::VIDPROC_TARGET {
 namespace {
 
-/// Copies the strip's piece of a transposed plane into memory of its own, or back; used for the short last strip, whose
-/// vectors would reach into the next column.
+/// Copies a strip's rows of every column from one transposed plane to another. The short last strip works on such a
+/// copy, because its vectors would reach into the next column.
 template <class Value>
 inline void CopyColumnPieces(const Value* from, std::ptrdiff_t fromStride, Value* to, std::ptrdiff_t toStride,
                              int columns, int rows) {
@@ -24,10 +24,10 @@ inline void CopyColumnPieces(const Value* from, std::ptrdiff_t fromStride, Value
 
 /// Where a strip's byte columns go: the history itself where there is one (each byte is blended with what it replaces),
 /// else the strip's memory.
-template <class Strip>
-inline StripResult OpenStrip(const ScaleJob& job, int firstRow, int rowCount) {
-  StripResult result{job.strip.outColumns, Strip::kRows, nullptr, 0};
-  const bool whole = rowCount == Strip::kRows;
+template <class Columns>
+inline StripResult PlaceResult(const ScaleJob& job, int firstRow, int rowCount) {
+  StripResult result{job.strip.outColumns, Columns::kRows, nullptr, 0};
+  const bool whole = rowCount == Columns::kRows;
   if (job.history != nullptr) {
     if (whole) {
       result.columns = job.history + firstRow;
@@ -42,21 +42,21 @@ inline StripResult OpenStrip(const ScaleJob& job, int firstRow, int rowCount) {
     result.previousVerticalStride = job.outHeight;
     if (!whole) {
       CopyColumnPieces<std::int16_t>(job.previousVertical + firstRow, job.outHeight, job.strip.previousVerticalPiece,
-                                     Strip::kRows, 2 * job.outWidth, rowCount);
+                                     Columns::kRows, 2 * job.outWidth, rowCount);
       result.previousVertical = job.strip.previousVerticalPiece;
-      result.previousVerticalStride = Strip::kRows;
+      result.previousVerticalStride = Columns::kRows;
     }
   }
   return result;
 }
 
-/// Strips of 16-bit values, exact for every bank.
-struct WordStrip {
+/// How a strip is transposed and kept: here as columns of 16-bit values, which hold the vertical result of every bank.
+struct WordColumns {
   static constexpr int kRows = kStripRows;
 
   static void ToColumns(const StripMemory& strip, int rowBytes) { RowsToColumns(strip, rowBytes); }
 
-  /// The vertical result of these rows becomes what the next frame's horizontal motion test keepsVertical.
+  /// Keeps the vertical result of these rows for the motion test of the next frame.
   static void KeepVerticalResult(const ScaleJob& job, int firstRow, int rowCount) {
     CopyColumnPieces<std::int16_t>(job.strip.columns + ColumnOffset(0), kRows, job.previousVertical + firstRow,
                                    job.outHeight, 2 * job.inWidth, rowCount);
@@ -69,17 +69,17 @@ inline HorizontalScale<kTaps, kShift, Taps, Result> ScaleRows(const Taps& taps, 
   return {taps, result, result};
 }
 
-template <class Strip = WordStrip, class VerticalStage, class HorizontalStage>
+template <class Columns = WordColumns, class VerticalStage, class HorizontalStage>
 inline void RunStrips(const ScaleJob& job, const VerticalStage& vertical, const HorizontalStage& horizontal) {
-  for (int firstRow = 0; firstRow < job.outHeight; firstRow += Strip::kRows) {
-    const int rowCount = job.outHeight - firstRow < Strip::kRows ? job.outHeight - firstRow : Strip::kRows;
+  for (int firstRow = 0; firstRow < job.outHeight; firstRow += Columns::kRows) {
+    const int rowCount = job.outHeight - firstRow < Columns::kRows ? job.outHeight - firstRow : Columns::kRows;
     vertical(job, firstRow, rowCount);
-    Strip::ToColumns(job.strip, 2 * job.inWidth);
+    Columns::ToColumns(job.strip, 2 * job.inWidth);
     const bool keepsVertical = job.previousVertical != nullptr;
-    if (keepsVertical && job.firstFrame) Strip::KeepVerticalResult(job, firstRow, rowCount);
-    const StripResult result = OpenStrip<Strip>(job, firstRow, rowCount);
+    if (keepsVertical && job.firstFrame) Columns::KeepVerticalResult(job, firstRow, rowCount);
+    const StripResult result = PlaceResult<Columns>(job, firstRow, rowCount);
     horizontal(job, result);
-    if (keepsVertical) Strip::KeepVerticalResult(job, firstRow, rowCount);
+    if (keepsVertical) Columns::KeepVerticalResult(job, firstRow, rowCount);
     if (job.history != nullptr && result.columns == job.strip.outColumns) {
       CopyColumnPieces<std::uint8_t>(result.columns, result.stride, job.history + firstRow, job.outHeight,
                                      2 * job.outWidth, rowCount);

@@ -33,8 +33,8 @@ struct PlainTaps {
   }
 };
 
-/// Taps lose weight as their sample differs from the one under the centre tap, which takes up what they lose; where the
-/// motion test finds no rest, no tap loses any.
+/// Taps lose weight as their sample differs from the one under the centre tap, which takes up what they lose. No tap
+/// loses weight where the motion test finds the centre sample moving.
 template <class MotionTest>
 struct AdaptiveTaps {
   static constexpr bool kSkipsZeroTaps = false;

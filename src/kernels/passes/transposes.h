@@ -16,8 +16,8 @@ constexpr int kColumnVectors = kStripRows / kLanes;
 /// Column `byteColumn` of a source row within the strip's columns; columns lie kStripRows values apart.
 inline std::ptrdiff_t ColumnOffset(std::ptrdiff_t byteColumn) { return (kEdgeColumns + byteColumn) * kStripRows; }
 
-/// strip.rows to strip.columns, for the bytes of a source row. Repeats the first and the last group of four columns
-/// (Cb Y Cr Y) outward: kept, luma beyond an edge alternates between the two samples of the edge's pixel pair.
+/// strip.rows to strip.columns, for the bytes of a source row. The first and the last group of four columns (Cb Y Cr Y)
+/// are repeated outward. kept: so luma beyond an edge alternates between the two samples of the edge's pixel pair.
 inline void RowsToColumns(const StripMemory& strip, int rowBytes) {
   for (int c = 0; c < rowBytes; c += 8) {
     for (int v = 0; v < kColumnVectors; ++v) {

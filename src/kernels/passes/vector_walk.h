@@ -1,4 +1,4 @@
-// Keeping inside a frame: rows beyond it repeat its first or last one, and the last vector of a row ends with the row.
+// Staying inside a frame: rows beyond it repeat its first or last one, and the last vector of a row ends with the row.
 #pragma once
 
 #include <cstddef>
@@ -11,8 +11,8 @@ namespace {
 
 constexpr int Clamp(int value, int low, int high) { return value < low ? low : value > high ? high : value; }
 
-/// Where the step of a walk that has come to `start` begins: the last one overlaps the one before, so as to end with
-/// the row. Rows shorter than a step are overrun.
+/// The first byte of the step that a walk along a row makes at `start`. The last step moves back to end with the row,
+/// so that some bytes are worked on twice; a row shorter than a step is read and written past its end.
 constexpr int VectorStart(int start, int rowBytes, int step) {
   const int last = rowBytes - step;
   return start <= last || last < 0 ? start : last;

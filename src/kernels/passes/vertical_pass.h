@@ -38,7 +38,7 @@ inline const std::uint8_t* SourceRow(const ScaleJob& job, int row) {
   return job.source + Clamp(row, 0, job.inHeight - 1) * job.sourceStride;
 }
 
-/// What the motion test of an output row looks at; null where no kernel asks.
+/// What the motion test of an output row compares with; null where the kernel has none.
 inline const std::uint8_t* PreviousInputRow(const ScaleJob& job, int row) {
   return job.previousInput == nullptr ? nullptr : job.previousInput + row * job.previousInputStride;
 }
