@@ -27,12 +27,11 @@ if(VIDPROC_EMULATE_WIDE)
   set(VIDPROC_FLAGS_avx512vbmi ${VIDPROC_FLAGS_avx512})
 endif()
 
-# vidproc_add_kernels(SOURCE...): object library vidproc_kernels_<level> per level, their objects in
-# VIDPROC_KERNEL_OBJECTS.
-function(vidproc_add_kernels)
+# vidproc_compile_per_level(NAME OBJECTS SOURCE...): object library NAME_<level> per level, their objects in OBJECTS.
+function(vidproc_compile_per_level name objectsVariable)
   set(objects)
   foreach(level IN LISTS VIDPROC_BUILT_LEVELS)
-    set(unit vidproc_kernels_${level})
+    set(unit ${name}_${level})
     add_library(${unit} OBJECT ${ARGN})
     target_include_directories(${unit} PRIVATE ${PROJECT_SOURCE_DIR}/include ${PROJECT_SOURCE_DIR}/src)
     target_link_libraries(${unit} PRIVATE vidproc_flags)
@@ -46,5 +45,5 @@ function(vidproc_add_kernels)
     endif()
     list(APPEND objects $<TARGET_OBJECTS:${unit}>)
   endforeach()
-  set(VIDPROC_KERNEL_OBJECTS ${objects} PARENT_SCOPE)
+  set(${objectsVariable} ${objects} PARENT_SCOPE)
 endfunction()

@@ -1,7 +1,11 @@
-// NEON of 64-bit ARM: 128-bit vectors, one tile.
+// NEON of 64-bit little-endian ARM: 128-bit vectors, one tile.
 #pragma once
 
 #include <arm_neon.h>
+
+#if __BYTE_ORDER__ != __ORDER_LITTLE_ENDIAN__
+#error "Bytes of a lane lie the other way round here."
+#endif
 
 namespace vidproc::VIDPROC_TARGET {
 using Raw = uint8x16_t;
