@@ -1,10 +1,13 @@
 // Deblocking of the 8 x 8 grid at every level: step responses, the test pattern, odd sizes.
+#include "reference/deblock.h"
+
 #include <gtest/gtest.h>
 
 #include <cstdint>
 #include <string>
 #include <vector>
 
+#include "support/frame_content.h"
 #include "support/kernel_harness.h"
 
 namespace {
@@ -83,6 +86,47 @@ TEST_P(Deblocking, StepAcrossAnEdge) {
       Configure(40, 24, c.level, false);
       EXPECT_EQ(StepResponse(axis, c.before, c.after), c.response)
           << axis.name << ", level " << int{c.level} << ", " << c.before << " to " << c.after;
+    }
+  }
+}
+
+TEST_P(Deblocking, EqualsTheReferenceForAnyTapsAndRatio) {
+  struct Case {
+    std::int16_t taps[8];
+    std::int32_t up, down;
+  };
+  constexpr Case kCases[] = {
+      {{10, 17, 24, 26, 24, 17, 10, 0}, 1, 1},
+      {{10, 17, 24, 26, 24, 17, 10, 0}, 2, 1},  // every output on another source
+      {{10, 17, 24, 26, 24, 17, 10, 0}, 8, 7},
+      {{0, 0, 64, 0, 64, 0, 0, 0}, 1, 1},  // the most that two samples under one weight have room for
+      {{0, 0, 65, 0, 65, 0, 0, 0}, 1, 1},
+      {{-10, 17, 24, 66, 24, 17, -10, 0}, 1, 1},
+      {{10, 17, 24, 26, 24, 17, 9, 0}, 1, 1},
+      {{10, 17, 24, 26, 24, 17, 10, 5}, 1, 1},
+  };
+  testing_support::Random random(1);
+  Bytes picture;
+  for (const Case& c : kCases) {
+    for (const bool plainVertically : {false, true}) {
+      Configure(40, 35, 45, false);
+      p->horizontalUp = c.up;
+      p->horizontalDown = c.down;
+      reference::DeblockSettings settings = {40, 35, c.up, c.down, 45, false};
+      for (std::size_t t = 0; t < 8; ++t) {
+        settings.horizontal[t] = c.taps[t];
+        settings.vertical[t] = plainVertically ? kCases[0].taps[t] : c.taps[t];
+        p->deblockHorizontalFilterLanes[0][t][0] = settings.horizontal[t];
+        p->deblockVerticalFilterLanes[0][t][0] = settings.vertical[t];
+      }
+      for (const testing_support::Content content :
+           {testing_support::Content::kNoise, testing_support::Content::kExtreme}) {
+        testing_support::Paint(content, 80, 35, random, picture);
+        frame = picture;
+        Run();
+        reference::Deblock(settings, picture.data());
+        ASSERT_EQ(frame, picture) << "case " << &c - kCases << ", " << plainVertically;
+      }
     }
   }
 }

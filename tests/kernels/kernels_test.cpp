@@ -75,6 +75,42 @@ TEST_P(KernelTest, SmallFrames) {
   }
 }
 
+/// Where the byte forms come to the ends of their variants.
+TEST_P(KernelTest, VariantsOfTheByteForms) {
+  const Kernel& kernel = GetParam();
+  struct Case {
+    Geometry geometry;
+    std::uint32_t softenLevel;
+  };
+  constexpr Case kCases[] = {
+      // At some level one pattern serves all luma, but not all chroma.
+      {{72, 6, 64, 6}, 4},
+      {{72, 6, 128, 6}, 4},
+      {{36, 6, 128, 6}, 4},
+      // More and more taps beside the centre that are not zero, up to 7 of 8 and 15 of 16.
+      {{66, 20, 66, 20}, 8},
+      {{66, 20, 44, 30}, 14},
+      {{66, 20, 66, 20}, 24},
+      {{66, 20, 44, 30}, 64},
+  };
+  if (kernel.family == Family::kTemporal) GTEST_SKIP();
+  for (const Case& c : kCases) {
+    Stream stream(kernel.family != Family::kPost);
+    Configuration configuration;
+    configuration.geometry = c.geometry;
+    configuration.softenLevel = c.softenLevel;
+    configuration.use16Taps = kernel.horizontalTaps == 16;
+    stream.Configure(configuration);
+    Random random(c.softenLevel);
+    FrameSettings settings;
+    settings.motionSmoothing = kernel.motionGate;
+    for (const Content content : {Content::kSmooth, Content::kDrift, Content::kNoise}) {
+      settings.content = content;
+      ASSERT_TRUE(stream.Run(kernel, settings, random, "soften " + std::to_string(c.softenLevel)));
+    }
+  }
+}
+
 TEST_P(KernelTest, LargeFrames) {
   const Kernel& kernel = GetParam();
   constexpr Geometry kGeometries[] = {

@@ -50,17 +50,24 @@ class TemporalFilter : public testing::TestWithParam<vidproc::Level> {
 TEST_P(TemporalFilter, WeightFallsWithTheChange) {
   Configure(16, 32);
   struct Case {
-    std::uint8_t shift;
+    std::uint8_t strength, shift;
     std::vector<int> weights;  // of the reference, for changes of 0, 1, 2 ...
   };
   const Case cases[] = {
-      {3, {80, 78, 70, 58, 40, 18, 0, 0, 0}},
-      {0, {80, 80, 79, 77, 75, 72, 69, 65, 60, 55, 49, 42, 35, 27, 19, 10, 0, 0}},
-      {4, {80, 75, 60, 35, 0, 0, 0}},
-      {8, {80, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 80, 80, 80}},  // the weight returns
+      {80, 3, {80, 78, 70, 58, 40, 18, 0, 0, 0}},
+      {80, 0, {80, 80, 79, 77, 75, 72, 69, 65, 60, 55, 49, 42, 35, 27, 19, 10, 0, 0}},
+      {80, 4, {80, 75, 60, 35, 0, 0, 0}},
+      {80, 8, {80, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 80, 80, 80}},  // the weight returns
+      {80, 15, {80, 0, 80, 0, 80}},                                            // squares lose all bits but the last
+      {80, 16, {80, 80, 80, 80}},                                              // and that one
+      {127, 3, {127, 123, 111, 91, 64, 28, 0, 0}},
+      {128, 3, {128, 124, 112, 92, 64, 28, 0, 0}},
+      {129, 3, {129, 125, 113, 93, 65, 28, 0, 0}},  // more than the whole: away from the source
+      {255, 3, {255, 247, 223, 183, 128, 56, 0, 0}},
   };
   for (const Case& c : cases) {
-    p->SetTemporalFilter(80, c.shift);
+    p->temporalStrength = c.strength;  // by hand: the setter limits it
+    p->temporalShift = c.shift;
     for (int change = 0; change < static_cast<int>(c.weights.size()); ++change) {
       for (int direction : {-1, 1}) {
         const int source = 128, reference = source + direction * change;
@@ -68,7 +75,7 @@ TEST_P(TemporalFilter, WeightFallsWithTheChange) {
         const auto blended = static_cast<std::uint8_t>(((128 - weight) * source + weight * reference + 64) >> 7);
         EXPECT_EQ(Filtered(Bytes(frameBytes, 128), Bytes(frameBytes, static_cast<std::uint8_t>(reference))),
                   Bytes(frameBytes, blended))
-            << "shift " << int{c.shift} << ", change " << direction * change;
+            << "strength " << int{c.strength} << ", shift " << int{c.shift} << ", change " << direction * change;
       }
     }
   }
