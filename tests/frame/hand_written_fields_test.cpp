@@ -22,6 +22,7 @@ Processor SetUpFor(bool preProcessor, const Geometry& g) {
   p->outHeight = static_cast<std::uint32_t>(g.outHeight);
   p->inStride = static_cast<std::uint32_t>(2 * g.inWidth + g.inPadding);
   p->outStride = static_cast<std::uint32_t>(2 * g.outWidth + g.outPadding);
+  p->windowKind = 2;
   p->SetEnhanceFilter(EnhanceLaplacian4, 0, preProcessor ? 7 : 6, 64, 0);
   p->ditherLevel = 0;
   return p;
@@ -57,10 +58,10 @@ TEST(HandWrittenRatios, MayReachTheLastSampleAndNoFurther) {
   constexpr auto kRowsUp = &VideoProcessor::verticalUp, kRowsDown = &VideoProcessor::verticalDown;
   constexpr RatioCase kCases[] = {
       {kUp, kDown, 15, 31, true},  // output 15 of 16 on sample 31 of 32
-      {kUp, kDown, 15, 32, false},       {kUp, kDown, 0, 1, false},         {kUp, kDown, 1, 0, false},
-      {kUp, kDown, -1, -2, false},       {kRowsUp, kRowsDown, 7, 15, true}, {kRowsUp, kRowsDown, 7, 16, false},
-      {kRowsUp, kRowsDown, 0, 1, false}, {kRowsUp, kRowsDown, 1, 0, false}, {kRowsUp, kRowsDown, 1, -1, false},
-      {kUp, kDown, 2147483647, 2, true},
+      {kUp, kDown, 15, 32, false},        {kUp, kDown, 0, 1, false},         {kUp, kDown, 1, 0, false},
+      {kUp, kDown, -1, -2, false},        {kUp, kDown, -1, 2, false},        {kRowsUp, kRowsDown, 7, 15, true},
+      {kRowsUp, kRowsDown, 7, 16, false}, {kRowsUp, kRowsDown, 0, 1, false}, {kRowsUp, kRowsDown, 1, 0, false},
+      {kRowsUp, kRowsDown, 1, -1, false}, {kUp, kDown, 2147483647, 2, true},
   };
   for (const RatioCase& c : kCases) {
     for (const auto kernel : {&VideoProcessor::PreProcExecute, &VideoProcessor::PostProcExecute}) {
@@ -137,9 +138,9 @@ TEST(FramesThatDoNotFit, AreNotStagedByTheTemporalFilter) {
 }
 
 TEST(Overlaps, InAScratchBufferAreCopiedToTheOther) {
-  constexpr std::size_t kRows = 16, kRowBytes = 32;
+  constexpr std::size_t kRows = 80, kRowBytes = 192;  // more than a strip, in rows that are read where they are
   for (const bool inScratchA : {true, false}) {
-    const Processor p = SetUpFor(true, {16, 16, 16, 16});
+    const Processor p = SetUpFor(true, {96, 80, 96, 80});
     auto* const scratch = reinterpret_cast<std::uint8_t*>(inScratchA ? p->scratchA : p->scratchB);
     const Bytes picture = NumberedBytes(kRows * kRowBytes);
     std::copy(picture.begin(), picture.end(), scratch);
@@ -184,6 +185,7 @@ Bytes ScaleNumbers(VideoProcessor& p) {
 Bytes ScaleNumbersAfresh(const VideoProcessor& p) {
   Processor fresh(new VideoProcessor(1, 0));
   CopySizes(p, *fresh);
+  fresh->windowKind = 2;
   fresh->SetEnhanceFilter(EnhanceLaplacian4, 0, 7, 64, 0);
   fresh->ditherLevel = 0;
   std::copy_n(&p.horizontalFilterLanes[0][0][0], 16 * 16 * 8, &fresh->horizontalFilterLanes[0][0][0]);
