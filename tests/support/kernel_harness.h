@@ -35,34 +35,52 @@ enum class Family { kPre, kTemporal, kPost };
 
 /// A kernel and what it is made of.
 struct Kernel {
-  const char* name;
-  int (VideoProcessor::*run)();
-  Family family;
-  int horizontalTaps;
-  int verticalTaps;
-  bool adaptive;
-  bool motionGate;
-  bool temporal;
-  bool shiftLuma;
-  bool dithersResampled;
+  const char* name = nullptr;
+  int (VideoProcessor::*run)() = nullptr;
+  Family family = Family::kPre;
+  int horizontalTaps = 8;
+  int verticalTaps = 4;
+  bool adaptive = false;
+  bool motionGate = false;
+  bool temporal = false;
+  bool shiftLuma = false;
+  bool dithersResampled = true;
 };
 
 inline void PrintTo(const Kernel& kernel, std::ostream* out) { *out << kernel.name; }
 
 inline constexpr Kernel kKernels[] = {
-    {"PlainScaler", &VideoProcessor::PreProcExecute, Family::kPre, 8, 4, false, false, false, false, true},
-    {"LumaShift", &VideoProcessor::PreProcExecute_SSE2, Family::kPre, 8, 4, false, false, false, true, true},
-    {"Adaptive", &VideoProcessor::PreProcAdaptiveExecute, Family::kPre, 8, 4, true, false, true, false, true},
-    {"MotionSmoothing", &VideoProcessor::PreProcAdaptiveMotionSmoothingExecute, Family::kPre, 8, 4, true, true, true,
-     false, true},
-    {"Adaptive16TapTemporal", &VideoProcessor::PreProcAdaptive16TapTemporalExecute, Family::kPre, 16, 8, true, false,
-     true, false, true},
-    {"Adaptive16Tap", &VideoProcessor::PreProcAdaptive16TapExecute, Family::kPre, 16, 8, true, false, false, false,
-     true},
-    {"Temporal", &VideoProcessor::PreProcTemporalExecute, Family::kTemporal, 0, 0, false, false, true, false, false},
-    {"PostScaler", &VideoProcessor::PostProcExecute, Family::kPost, 8, 4, false, false, false, false, true},
-    {"PostScalerUndithered", &VideoProcessor::PostProcExecute_SSE2, Family::kPost, 8, 4, false, false, false, false,
-     false},
+    {.name = "PlainScaler", .run = &VideoProcessor::PreProcExecute},
+    {.name = "LumaShift", .run = &VideoProcessor::PreProcExecute_SSE2, .shiftLuma = true},
+    {.name = "Adaptive", .run = &VideoProcessor::PreProcAdaptiveExecute, .adaptive = true, .temporal = true},
+    {.name = "MotionSmoothing",
+     .run = &VideoProcessor::PreProcAdaptiveMotionSmoothingExecute,
+     .adaptive = true,
+     .motionGate = true,
+     .temporal = true},
+    {.name = "Adaptive16TapTemporal",
+     .run = &VideoProcessor::PreProcAdaptive16TapTemporalExecute,
+     .horizontalTaps = 16,
+     .verticalTaps = 8,
+     .adaptive = true,
+     .temporal = true},
+    {.name = "Adaptive16Tap",
+     .run = &VideoProcessor::PreProcAdaptive16TapExecute,
+     .horizontalTaps = 16,
+     .verticalTaps = 8,
+     .adaptive = true},
+    {.name = "Temporal",
+     .run = &VideoProcessor::PreProcTemporalExecute,
+     .family = Family::kTemporal,
+     .horizontalTaps = 0,
+     .verticalTaps = 0,
+     .temporal = true,
+     .dithersResampled = false},
+    {.name = "PostScaler", .run = &VideoProcessor::PostProcExecute, .family = Family::kPost},
+    {.name = "PostScalerUndithered",
+     .run = &VideoProcessor::PostProcExecute_SSE2,
+     .family = Family::kPost,
+     .dithersResampled = false},
 };
 
 enum class BankKind { kDesigned, kModest, kSparse, kExtreme };
