@@ -1,5 +1,6 @@
 #include "pipeline/scaling_stages.h"
 
+#include <algorithm>
 #include <cstring>
 
 #include "plan/exactness.h"
@@ -61,6 +62,17 @@ void VerticalPass::TakeGivenRows(std::int32_t y, const VerticalTaps& phase, Vert
   job.ahead[1] = input.GivenRow(InputRow(last - 1));
 }
 
+/// From the top down, whatever the order of the taps: a row made early would push out what those above it are made
+/// from.
+void VerticalPass::TakeHeldRows(std::int32_t source, const VerticalTaps& phase, VerticalRowJob& job) {
+  const auto [first, last] = std::minmax_element(phase.row, phase.row + phase.count);
+  for (std::int32_t row = *first; row <= *last; ++row) {
+    for (std::int32_t t = 0; t < phase.count; ++t) {
+      if (phase.row[t] == row) job.rows[t] = input.HeldRow(InputRow(source + row));
+    }
+  }
+}
+
 void VerticalPass::MakeRow(std::int32_t y, std::uint8_t* out) {
   const RowPosition& position = positions[static_cast<std::size_t>(y)];
   const VerticalTaps& phase = taps[position.phase];
@@ -69,8 +81,7 @@ void VerticalPass::MakeRow(std::int32_t y, std::uint8_t* out) {
   if (input.GivesRows()) {
     TakeGivenRows(y, phase, job);
   } else {
-    for (std::int32_t t = 0; t < phase.count; ++t)
-      job.rows[t] = input.HeldRow(InputRow(position.source + phase.row[t]));
+    TakeHeldRows(position.source, phase, job);
     job.ahead[0] = nullptr;
     job.ahead[1] = nullptr;
   }

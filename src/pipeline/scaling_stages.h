@@ -23,6 +23,7 @@ class VerticalPass : public Stage {
 
  private:
   std::int32_t InputRow(std::int32_t row) const { return std::clamp(row, 0, lastRow) >> rowShift; }
+  void TakeHeldRows(std::int32_t source, const VerticalTaps& phase, VerticalRowJob& job);
   void TakeGivenRows(std::int32_t y, const VerticalTaps& phase, VerticalRowJob& job) const;
 
   Stage& input;

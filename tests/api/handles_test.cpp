@@ -108,6 +108,24 @@ TEST(Handles, HistoryEndsWithAResetAndOutlivesOtherSettings) {
   EXPECT_NE(first, blended);
 }
 
+/// Scaling by more than the taps hold goes through several passes; what they read of the denoised rows, and in which
+/// order, differs from level to level.
+TEST(Handles, DenoiseEveryRowOnceOnALongWayDown) {
+  vidproc::PreOptions options = DenoisingOptions();
+  options.input.height = 250, options.output.height = 9;
+  std::vector<std::uint8_t> expected;
+  for (const vidproc::Level level : AvailableLevels()) {
+    vidproc_cap_level(vidproc::LevelName(level));
+    vidproc::Pre pre(options);
+    Random random(5);
+    ProcessNoise(pre.Get(), options, random);
+    const std::vector<std::uint8_t> result = ProcessNoise(pre.Get(), options, random);
+    if (expected.empty()) expected = result;
+    EXPECT_EQ(result, expected) << vidproc::LevelName(level);
+  }
+  vidproc_cap_level(nullptr);
+}
+
 template <typename Handle>
 void ExpectNullIsRefused(vidproc_status (*create)(Handle**), vidproc_status (*reset)(Handle*),
                          const char* (*lastError)(const Handle*), void (*destroy)(Handle*), const char* text) {
