@@ -114,7 +114,7 @@ TEST(FramesThatDoNotFit, PassThroughWithoutACopy) {
   p->inHeight = p->outHeight = kHeight;
   Bytes frame = NumberedBytes(32 * (kHeight + 1));
   Bytes expected = frame;
-  for (std::size_t row = 0; row < kHeight; ++row) std::copy_n(frame.begin(), 32, expected.begin() + 32 * (row + 1));
+  for (std::size_t row = 1; row <= kHeight; ++row) std::copy_n(frame.data(), 32, expected.data() + 32 * row);
   p->Go(frame.data(), frame.data() + 32, 0);
   EXPECT_EQ(frame, expected) << "row by row, each from the one before";
 }
