@@ -62,6 +62,12 @@ RowPosition Locate(const ScalingSettings& settings, std::int64_t output, const R
   return {position.source, position.phase};
 }
 
+/// Output samples to input samples of the component: another ratio than luma's where its sampling changes.
+Ratio OwnRatio(const ScalingSettings& settings, const AxisRequest& axis) {
+  if (settings.alignment == Alignment::kCorners) return Reduced(axis.out, axis.in);
+  return Reduced(axis.out * axis.gridIn.spacing, axis.in * axis.gridOut.spacing);
+}
+
 bool IsUnity(const AxisPass& pass) {
   const std::int16_t* const taps = pass.bank[0];
   return taps[filters::CentreTap(pass.taps)] == 1 << pass.precisionBits &&
@@ -78,9 +84,9 @@ void PlanHalving(const ScalingSettings& settings, const AxisRequest& axis, std::
 }
 
 /// @return whether all outputs lie on the samples of the same number, of `size`.
-bool PlanLastStep(const ScalingSettings& settings, const AxisRequest& axis, std::int32_t size, std::int32_t up,
+bool PlanLastStep(const ScalingSettings& settings, const AxisRequest& axis, std::int32_t size, std::int32_t halvings,
                   AxisPass& pass) {
-  const Ratio ratio = Reduced(up, axis.in);
+  const Ratio ratio = Reduced(axis.out << halvings, axis.in);
   bool keepsPlaces = size == (axis.dropsOut ? axis.out : axis.componentOut);
   for (std::int32_t k = 0; k < axis.componentOut; ++k) {
     const std::int32_t row = axis.dropsOut ? std::min(2 * k + 1, axis.out - 1) : k;
@@ -89,7 +95,8 @@ bool PlanLastStep(const ScalingSettings& settings, const AxisRequest& axis, std:
     pass.positions.push_back(position);
   }
   const filters::ScalingFilter filter = FilterOf(settings, keepsPlaces);
-  filters::DesignScalingBank(filter, ratio.up, ratio.down, axis.taps, pass.precisionBits, pass.bank);
+  const Ratio own = OwnRatio(settings, axis);
+  filters::DesignScalingBank(filter, own.up << halvings, own.down, axis.taps, pass.precisionBits, pass.bank);
   return keepsPlaces;
 }
 
@@ -109,7 +116,8 @@ AxisPass PickSamples(std::vector<RowPosition> positions) {
 std::int32_t HalvingsOf(const ScalingSettings& settings, const AxisRequest& axis) {
   if (IsDescribed(settings.filter)) return 0;
   std::int32_t halvings = 0;
-  while (axis.in > std::int64_t{axis.out} * (axis.taps / 2) << halvings) ++halvings;
+  const Ratio own = OwnRatio(settings, axis);
+  while (own.down > std::int64_t{own.up} * (axis.taps / 2) << halvings) ++halvings;
   return halvings;
 }
 
@@ -126,7 +134,7 @@ bool PlanAxisPass(const ScalingSettings& settings, Role role, const AxisRequest&
   }
   const bool isPost = role == Role::kPostProcessor;
   pass.precisionBits = isPost && IsDescribed(settings.filter) ? kDescribedPostBits : kInterfaceBits;
-  const bool keepsPlaces = PlanLastStep(settings, axis, size, axis.out << halvings, pass);
+  const bool keepsPlaces = PlanLastStep(settings, axis, size, halvings, pass);
   const bool keepsSamples = (pass.repeatedSize > 0) == axis.dropsOut && keepsPlaces;
   return !(keepsSamples && IsUnity(pass));
 }

@@ -42,7 +42,7 @@ struct AxisRequest {
 /// A pass that picks samples and leaves them as they are.
 AxisPass PickSamples(std::vector<RowPosition> positions);
 
-/// How often the axis is halved first. Every component is halved as often as luma is.
+/// How often the axis is halved first.
 std::int32_t HalvingsOf(const ScalingSettings& settings, const AxisRequest& axis);
 
 /// Plans pass number 0..HalvingsOf. @return whether the axis needs it; without, samples stay as they are.

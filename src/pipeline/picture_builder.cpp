@@ -116,7 +116,7 @@ void PictureBuilder::SplitApart(Stage& packed, std::int32_t width, std::int32_t 
 std::int32_t PictureBuilder::RowsThatLumaLeads() const {
   constexpr std::int32_t kMostRows = 64;
   if (!HalvesChromaRows(settings.output.format)) return 0;
-  const AxisRequest axis = VerticalAxis(true);
+  const AxisRequest axis = VerticalAxis(false);
   const std::int32_t ratio = axis.in / axis.out + 1;
   return std::min(ratio / 2 + (2 << std::min(HalvingsOf(settings.scaling, axis), 8)) + 2, kMostRows);
 }

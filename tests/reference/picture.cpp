@@ -98,20 +98,30 @@ Plane FilterRows(const Plane& in, const Axis& axis, const SizedBank& bank) {
   return out;
 }
 
-int HalvingsOf(int in, int out, int taps) {
+/// Samples of the component itself: another ratio than luma's where the sampling changes.
+struct OwnRatio {
+  int in, out;
+};
+OwnRatio OwnRatioOf(const Axis& axis) {
+  if (axis.fromCorner) return {axis.in, axis.out};
+  return {axis.in * axis.output.step, axis.out * axis.input.step};
+}
+
+int HalvingsOf(const Axis& axis, int taps) {
+  const OwnRatio ratio = OwnRatioOf(axis);
   int halvings = 0;
-  while (in > (std::int64_t{out} << halvings) * (taps / 2)) ++halvings;
+  while (ratio.in > (std::int64_t{ratio.out} << halvings) * (taps / 2)) ++halvings;
   return halvings;
 }
 
 /// Scales one component whose lattices are given per axis.
 class ComponentScaler {
  public:
-  ComponentScaler(const ScaleSettings& settings, const Plane& luma) : set(settings), inLuma(luma) {}
+  explicit ComponentScaler(const ScaleSettings& settings) : set(settings) {}
 
   Plane Run(Plane plane, Axis horizontal, Axis vertical) const {
-    const int wantedH = set.halvesFirst ? HalvingsOf(inLuma.width, set.outWidth, set.horizontalTaps) : 0;
-    const int wantedV = set.halvesFirst ? HalvingsOf(inLuma.height, set.outHeight, set.verticalTaps) : 0;
+    const int wantedH = set.halvesFirst ? HalvingsOf(horizontal, set.horizontalTaps) : 0;
+    const int wantedV = set.halvesFirst ? HalvingsOf(vertical, set.verticalTaps) : 0;
     for (int h = 0; h < std::max(wantedH, wantedV); ++h) {
       if (h < wantedV)
         plane = FilterColumns(plane, Halving(vertical.input, plane.height), HalvingBank(set.verticalTaps));
@@ -143,12 +153,12 @@ class ComponentScaler {
   }
   SizedBank LastBank(int taps, const Axis& axis, bool samePlaces) const {
     SizedBank bank{taps, set.precisionBits, {}};
-    set.bank({taps, axis.out << axis.halvings, axis.in, false, samePlaces}, bank.phases);
+    const OwnRatio ratio = OwnRatioOf(axis);
+    set.bank({taps, ratio.out << axis.halvings, ratio.in, false, samePlaces}, bank.phases);
     return bank;
   }
 
   const ScaleSettings& set;
-  const Plane& inLuma;
 };
 
 int Half(int size) { return (size + 1) / 2; }
@@ -186,7 +196,7 @@ std::uint8_t Plane::Nearest(int x, int y) const {
 }
 
 Picture Scale(const Picture& in, const ScaleSettings& set) {
-  const ComponentScaler scaler(set, in.y);
+  const ComponentScaler scaler(set);
   const Lattice luma{1, 1};
   const auto axis = [&](const Lattice& from, const Lattice& to, int inSize, int outSize, int componentSize) {
     return Axis{from, to, inSize, outSize, componentSize, 0, set.fromCorners};
