@@ -13,8 +13,11 @@ constexpr std::int32_t kMaxPeriod = 64;
 }  // namespace
 
 HorizontalRowLayout::HorizontalRowLayout(const HorizontalRowRequest& request)
-    : positions(request.positions, request.positions + request.outputs),
-      bank(request.bank[0], request.bank[0] + kPhases * kMaxTaps) {
+    : positions(request.positions, request.positions + request.outputs) {
+  bank.reserve(std::size_t{kPhases} * kMaxTaps);
+  for (int phase = 0; phase < kPhases; ++phase) {
+    bank.insert(bank.end(), request.bank[phase], request.bank[phase] + kMaxTaps);
+  }
   const std::int32_t centre = request.taps / 2 - 1;
   for (RowPosition& position : positions) {
     // Farther out all taps weigh the same repeated sample.

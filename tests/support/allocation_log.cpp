@@ -73,6 +73,13 @@ void* __wrap_calloc(std::size_t count, std::size_t bytes) {
 
 void* operator new(std::size_t bytes) { return testing_support::AllocationLog::Serve(bytes, 1); }
 void* operator new[](std::size_t bytes) { return testing_support::AllocationLog::Serve(bytes, 1); }
+void* operator new(std::size_t bytes, const std::nothrow_t&) noexcept {
+  try {
+    return testing_support::AllocationLog::Serve(bytes, 1);
+  } catch (const std::bad_alloc&) {
+    return nullptr;
+  }
+}
 void* operator new(std::size_t bytes, std::align_val_t alignment) {
   return testing_support::AllocationLog::Serve(bytes, static_cast<std::size_t>(alignment));
 }
