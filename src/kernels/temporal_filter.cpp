@@ -88,8 +88,9 @@ struct Changes {
 /// Filters bytes begin..end - 1 of a segment as far as whole pieces go; returns where it stopped. The segment after
 /// lies `step` bytes further; the last one has a step of 0. Its changes replace those of the segment before.
 template <bool kInPlace, class Access, class Blend>
-inline int FilterPieces(Blend blend, const TemporalJob& job, std::ptrdiff_t segment, std::ptrdiff_t step,
+inline int FilterPieces(const Blend& sharedBlend, const TemporalJob& job, std::ptrdiff_t segment, std::ptrdiff_t step,
                         Changes changes, int begin, int end) {
+  const Blend blend = sharedBlend;  // no store of bytes can change a copy, so that it stays in registers
   const std::uint8_t* source = job.source + segment;
   std::uint8_t* reference = job.reference + segment;
   std::uint8_t* destination = job.destination + segment;
