@@ -45,6 +45,7 @@ enum class HorizontalForm : std::uint8_t {
   kPatterns,       ///< in vectors, by the windows and patterns of byte_row_plan.h
   kOnePattern,     ///< the same pattern for all vectors
   kAdjacentPairs,  ///< the same, of single samples at 2:1: vectors of the row hold the pairs as they are
+  kOctets,         ///< eight taps of a result side by side, for ratios beyond the reach of patterns
 };
 
 /// How a row is scaled horizontally. HorizontalRowLayout makes it and holds what it points to.
@@ -64,8 +65,13 @@ struct HorizontalRowPlan {
   // The forms by pairs of taps. Sums of products stay in 16 bits until the last pair is added.
   std::int32_t pairs;
   std::int32_t pairOffset[kMaxRowTapPairs];  ///< bytes from a result's first tap to each pair
-  ByteRowGrid grid;                          ///< for as many whole vectors of bytes as the outputs fill
-  ByteRowGrid end;                           ///< for the rest: two vectors of results
+
+  // kOctets. Tiles of 16 bytes hold two results; four vectors of them make one of sums. Each of the four has a window
+  // per tile, and in the pattern its shuffle indices and the coefficients of each octet.
+  std::int32_t octets;  ///< 1 or 2
+
+  ByteRowGrid grid;  ///< for as many whole vectors of bytes as the outputs fill
+  ByteRowGrid end;   ///< for the rest: two vectors of results
 };
 
 /// Writes outputs * step bytes; `in` is a working row.

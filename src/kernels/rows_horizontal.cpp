@@ -65,6 +65,56 @@ void ScalePairs(const HorizontalRowJob& job) {
   }
 }
 
+/// Walks the vectors of a grid of octets along a row.
+template <int kOctets>
+class OctetWalk {
+ public:
+  OctetWalk(const ByteRowGrid& grid, const HorizontalRowJob& job)
+      : grid(grid), row(job.in), octetBytes(8 * job.plan->step), factor(SplatI16(1 << (15 - job.plan->shift))) {}
+
+  /// The next vector of results.
+  [[gnu::always_inline]] I16 Next() {
+    I16 sums[4];
+    for (int i = 0; i < 4; ++i) sums[i] = SumOctets(4 * vector + i);
+    const I16 sum = AddNeighbours(AddNeighbours(sums[0], sums[1]), AddNeighbours(sums[2], sums[3]));
+    if (++vector == grid.vectors) {
+      vector = 0;
+      row += grid.advance;
+    }
+    return MultiplyRound(sum, factor);
+  }
+
+ private:
+  static constexpr int kTiles = kVectorBytes / 16;
+
+  /// Two results in each tile, each in four partial sums.
+  [[gnu::always_inline]] I16 SumOctets(std::ptrdiff_t index) const {
+    const std::uint8_t* const pattern = grid.patterns + index * (kVectorBytes * (1 + kOctets));
+    const std::int32_t* const windows = grid.windows + index * kTiles;
+    I16 sum;
+    for (int octet = 0; octet < kOctets; ++octet) {
+      const U8 samples = ShuffleTiles(LoadTilesAt(row + octet * octetBytes, windows), LoadU8(pattern));
+      const I16 products = MultiplyPairs(samples, LoadU8(pattern + (1 + octet) * kVectorBytes));
+      sum = octet == 0 ? products : Add(sum, products);
+    }
+    return sum;
+  }
+
+  const ByteRowGrid grid;
+  const std::uint8_t* row;
+  std::ptrdiff_t octetBytes;
+  I16 factor;
+  std::ptrdiff_t vector = 0;
+};
+
+template <int kOctets>
+void ScaleOctets(const HorizontalRowJob& job) {
+  const HorizontalRowPlan& plan = *job.plan;
+  WalkRow(plan, OctetWalk<kOctets>(plan.grid, job), OctetWalk<kOctets>(plan.end, job), job.out);
+}
+
+void ScaleByOctets(const HorizontalRowJob& job) { job.plan->octets == 1 ? ScaleOctets<1>(job) : ScaleOctets<2>(job); }
+
 template <int kPairs = 1>
 void ScaleByPairs(const HorizontalRowJob& job) {
   if constexpr (kPairs < kMaxRowTapPairs) {
@@ -81,6 +131,9 @@ void ScaleRow(const HorizontalRowJob& job) {
       return ScaleOutputByOutput(job);
     case HorizontalForm::kSamePhase:
       return FilterShiftedRows(job);
+    case HorizontalForm::kOctets:
+      if constexpr (kHasByteShuffle) return ScaleByOctets(job);
+      return ScaleOutputByOutput(job);
     default:
       if constexpr (kHasByteShuffle) return ScaleByPairs(job);
       return ScaleOutputByOutput(job);

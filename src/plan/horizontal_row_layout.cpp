@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "plan/byte_sums.h"
 #include "plan/row_taps.h"
 
 namespace vidproc {
@@ -31,7 +32,8 @@ HorizontalRowLayout::HorizontalRowLayout(const HorizontalRowRequest& request)
   plan.positions = positions.data();
   plan.coefficients = bank.data();
   if (request.shape.vectorBytes == 0) return;
-  if (!ChooseShiftedRows(request.shape) && !ChoosePairs(request.shape)) plan.form = HorizontalForm::kGeneral;
+  if (ChooseShiftedRows(request.shape) || ChoosePairs(request.shape)) return;
+  ChooseOctets(request.shape);
 }
 
 std::uint32_t HorizontalRowLayout::UsedPhases() const {
@@ -61,66 +63,123 @@ bool HorizontalRowLayout::ChooseShiftedRows(const ByteRowShape& shape) {
   return true;
 }
 
-bool HorizontalRowLayout::ChoosePairs(const ByteRowShape& shape) {
-  const TapPairs pairs = PairTaps(bank.data(), plan.taps, UsedPhases());
-  if (!pairs.AreExact(UsedPhases())) return false;
-  plan.pairs = pairs.count;
-  for (int p = 0; p < pairs.count; ++p) plan.pairOffset[p] = pairs.tap[p] * plan.step;
-
+/// Lays out the main grid, for vectors until the pattern repeats or as many as fill whole vectors of bytes, and the one
+/// for the rest. @return whether the windows reach all samples.
+template <class LayOutVector>
+bool HorizontalRowLayout::LayOutGrids(const ByteRowShape& shape, std::int32_t windowsPerVector,
+                                      std::int32_t patternBytes, const LayOutVector& layOutVector) {
   const std::int32_t perVector = shape.vectorBytes / 2 / plan.step;
   const std::int32_t whole = plan.outputs * plan.step / shape.vectorBytes * 2;
   std::int32_t period = 1;
   while (period < whole && (period > kMaxPeriod || !Repeats(period * perVector, (whole - period) * perVector)))
     ++period;
+  const auto layOut = [&](std::int32_t first, std::int32_t vectors, GridMemory& memory, ByteRowGrid& to) {
+    memory.windows.resize(static_cast<std::size_t>(vectors * windowsPerVector));
+    memory.patterns.resize(static_cast<std::size_t>(vectors * patternBytes));
+    to = {memory.patterns.data(), memory.windows.data(), vectors, 0};
+    for (std::int32_t v = 0; v < vectors; ++v) {
+      if (!layOutVector((first + v) * shape.vectorBytes / 2, memory.windows.data() + v * windowsPerVector,
+                        memory.patterns.data() + v * patternBytes)) {
+        return false;
+      }
+    }
+    return true;
+  };
   const std::int32_t vectors = std::min(period, whole);
-  if (!LayOutGrid(shape, pairs, 0, vectors, grid, plan.grid) || !LayOutGrid(shape, pairs, whole, 2, end, plan.end)) {
-    return false;
-  }
+  if (!layOut(0, vectors, grid, plan.grid) || !layOut(whole, 2, end, plan.end)) return false;
   if (vectors < whole) {
     plan.grid.advance = (positions.data()[vectors * perVector].source - positions[0].source) * plan.step;
   }
-  plan.form = vectors == 1 ? HorizontalForm::kOnePattern : HorizontalForm::kPatterns;
-  const bool halves = plan.step == 1 && positions.size() > 1 && positions[1].source == positions[0].source + 2;
-  if (vectors == 1 && halves && Repeats(1, plan.outputs - 1)) plan.form = HorizontalForm::kAdjacentPairs;
   return true;
 }
 
-/// Lays out `vectors` of them from one on. @return whether the windows reach all samples.
-bool HorizontalRowLayout::LayOutGrid(const ByteRowShape& shape, const TapPairs& pairs, std::int32_t firstVector,
-                                     std::int32_t vectors, GridMemory& memory, ByteRowGrid& grid) {
-  const std::int32_t windowsPerVector = shape.vectorBytes / shape.windowBytes;
-  const std::int32_t patternBytes = shape.vectorBytes * (1 + pairs.count);
-  memory.windows.resize(static_cast<std::size_t>(vectors * windowsPerVector));
-  memory.patterns.resize(static_cast<std::size_t>(vectors * patternBytes));
-  grid = {memory.patterns.data(), memory.windows.data(), vectors, 0};
-  for (std::int32_t v = 0; v < vectors; ++v) {
-    const std::int32_t firstResult = (firstVector + v) * shape.vectorBytes / 2;
-    if (!LayOutVector(shape, pairs, firstResult, memory.windows.data() + v * windowsPerVector,
-                      memory.patterns.data() + v * patternBytes)) {
-      return false;
-    }
+HorizontalRowLayout::FirstTap HorizontalRowLayout::LocateFirstTap(std::int32_t result) const {
+  const RowPosition& position = positions.data()[std::min(result / plan.step, plan.outputs - 1)];
+  return {position.source * plan.step + result % plan.step, position.phase};
+}
+
+bool HorizontalRowLayout::ChoosePairs(const ByteRowShape& shape) {
+  const TapPairs pairs = PairTaps(bank.data(), plan.taps, UsedPhases());
+  if (!pairs.AreExact(UsedPhases())) return false;
+  const auto layOut = [&](std::int32_t firstResult, std::int32_t* windows, std::uint8_t* pattern) {
+    return LayOutPairs(shape, pairs, firstResult, windows, pattern);
+  };
+  if (!LayOutGrids(shape, shape.vectorBytes / shape.windowBytes, shape.vectorBytes * (1 + pairs.count), layOut)) {
+    return false;
   }
+  plan.pairs = pairs.count;
+  for (int p = 0; p < pairs.count; ++p) plan.pairOffset[p] = pairs.tap[p] * plan.step;
+  const bool halves = plan.step == 1 && positions.size() > 1 && positions[1].source == positions[0].source + 2;
+  plan.form = plan.grid.vectors == 1 ? HorizontalForm::kOnePattern : HorizontalForm::kPatterns;
+  if (plan.grid.vectors == 1 && halves && Repeats(1, plan.outputs - 1)) plan.form = HorizontalForm::kAdjacentPairs;
   return true;
 }
 
-/// Results past the last one repeat it.
-bool HorizontalRowLayout::LayOutVector(const ByteRowShape& shape, const TapPairs& pairs, std::int32_t firstResult,
-                                       std::int32_t* windows, std::uint8_t* pattern) const {
+bool HorizontalRowLayout::LayOutPairs(const ByteRowShape& shape, const TapPairs& pairs, std::int32_t firstResult,
+                                      std::int32_t* windows, std::uint8_t* pattern) const {
   const std::int32_t resultsPerWindow = shape.windowBytes / 2;
   for (std::int32_t lane = 0; lane < shape.vectorBytes / 2; ++lane) {
-    const std::int32_t output = std::min((firstResult + lane) / plan.step, plan.outputs - 1);
-    const RowPosition& position = positions.data()[output];
-    const std::int32_t byte = position.source * plan.step + lane % plan.step;
+    const FirstTap tap = LocateFirstTap(firstResult + lane);
     std::int32_t& window = windows[lane / resultsPerWindow];
-    if (lane % resultsPerWindow == 0) window = byte;
-    const std::int32_t index = byte - window;
+    if (lane % resultsPerWindow == 0) window = tap.byte;
+    const std::int32_t index = tap.byte - window;
     if (index < 0 || index + plan.step >= shape.windowBytes) return false;
     pattern[2 * lane] = static_cast<std::uint8_t>(index);
     pattern[2 * lane + 1] = static_cast<std::uint8_t>(index + plan.step);
     for (std::int32_t p = 0; p < pairs.count; ++p) {
       std::uint8_t* const coefficients = pattern + (1 + p) * shape.vectorBytes + 2 * lane;
-      coefficients[0] = static_cast<std::uint8_t>(pairs.coefficient[position.phase][2 * p]);
-      coefficients[1] = static_cast<std::uint8_t>(pairs.coefficient[position.phase][2 * p + 1]);
+      coefficients[0] = static_cast<std::uint8_t>(pairs.coefficient[tap.phase][2 * p]);
+      coefficients[1] = static_cast<std::uint8_t>(pairs.coefficient[tap.phase][2 * p + 1]);
+    }
+  }
+  return true;
+}
+
+bool HorizontalRowLayout::ChooseOctets(const ByteRowShape& shape) {
+  if (!OctetsAreExact()) return false;
+  plan.octets = plan.taps > 8 ? 2 : 1;
+  const auto layOut = [&](std::int32_t firstResult, std::int32_t* windows, std::uint8_t* pattern) {
+    return LayOutOctets(shape, firstResult, windows, pattern);
+  };
+  if (!LayOutGrids(shape, shape.vectorBytes / 4, 4 * shape.vectorBytes * (1 + plan.octets), layOut)) return false;
+  plan.form = HorizontalForm::kOctets;
+  return true;
+}
+
+/// The halves of all octets add up in 16 bits each; only adding these may saturate.
+bool HorizontalRowLayout::OctetsAreExact() const {
+  const std::uint32_t usedPhases = UsedPhases();
+  for (int phase = 0; phase < kPhases; ++phase) {
+    if ((usedPhases >> phase & 1) == 0) continue;
+    const std::int16_t* const row = bank.data() + phase * kMaxTaps;
+    for (const int half : {0, 4}) {
+      std::int16_t coefficients[8] = {};
+      std::copy_n(row + half, 4, coefficients);
+      if (plan.taps > 8) std::copy_n(row + 8 + half, 4, coefficients + 4);
+      if (!ByteProductsFitWords(coefficients, 8)) return false;
+    }
+  }
+  return true;
+}
+
+bool HorizontalRowLayout::LayOutOctets(const ByteRowShape& shape, std::int32_t firstResult, std::int32_t* windows,
+                                       std::uint8_t* pattern) const {
+  const std::int32_t tiles = shape.vectorBytes / 16;
+  for (std::int32_t result = 0; result < shape.vectorBytes / 2; ++result) {
+    const FirstTap tap = LocateFirstTap(firstResult + result);
+    // Two results per tile of each of the four vectors: adding neighbours brings them into order.
+    const std::int32_t tile = result / 8;
+    const std::int32_t part = result % 8 / 2;
+    std::int32_t& window = windows[part * tiles + tile];
+    if (result % 2 == 0) window = tap.byte;
+    const std::int32_t index = tap.byte - window;
+    if (index < 0 || index + 7 * plan.step > 15) return false;
+    std::uint8_t* to = pattern + part * shape.vectorBytes * (1 + plan.octets) + 16 * tile + 8 * (result % 2);
+    for (std::int32_t t = 0; t < 8; ++t) to[t] = static_cast<std::uint8_t>(index + t * plan.step);
+    for (std::int32_t octet = 0; octet < plan.octets; ++octet) {
+      to += shape.vectorBytes;
+      const std::int16_t* const coefficients = bank.data() + tap.phase * kMaxTaps + 8 * octet;
+      for (std::int32_t t = 0; t < 8; ++t) to[t] = static_cast<std::uint8_t>(coefficients[t]);
     }
   }
   return true;

@@ -38,14 +38,25 @@ class HorizontalRowLayout {
     std::vector<std::uint8_t> patterns;
   };
 
+  /// An output component's first tap. Results past the last one repeat it.
+  struct FirstTap {
+    std::int32_t byte;
+    std::int32_t phase;
+  };
+  FirstTap LocateFirstTap(std::int32_t result) const;
   std::uint32_t UsedPhases() const;
   /// Whether outputs k and k + distance have the same phase, and the same way between them, for all k below `count`.
   bool Repeats(std::int32_t distance, std::int32_t count) const;
   bool ChooseShiftedRows(const ByteRowShape& shape);
   bool ChoosePairs(const ByteRowShape& shape);
-  bool LayOutGrid(const ByteRowShape& shape, const TapPairs& pairs, std::int32_t firstVector, std::int32_t vectors,
-                  GridMemory& memory, ByteRowGrid& grid);
-  bool LayOutVector(const ByteRowShape& shape, const TapPairs& pairs, std::int32_t firstResult, std::int32_t* windows,
+  bool ChooseOctets(const ByteRowShape& shape);
+  bool OctetsAreExact() const;
+  template <class LayOutVector>
+  bool LayOutGrids(const ByteRowShape& shape, std::int32_t windowsPerVector, std::int32_t patternBytes,
+                   const LayOutVector& layOutVector);
+  bool LayOutPairs(const ByteRowShape& shape, const TapPairs& pairs, std::int32_t firstResult, std::int32_t* windows,
+                   std::uint8_t* pattern) const;
+  bool LayOutOctets(const ByteRowShape& shape, std::int32_t firstResult, std::int32_t* windows,
                     std::uint8_t* pattern) const;
 
   std::vector<RowPosition> positions;

@@ -110,10 +110,12 @@ inline U8 LookUpBelow16(U8 table, U8 index) {
   return {_mm256_shuffle_epi8(table.raw, _mm256_adds_epu8(index.raw, _mm256_set1_epi8(0x70)))};
 }
 constexpr int kWindowBytes = 16;
-inline U8 LoadWindows(const std::uint8_t* row, const std::int32_t* offsets) {
+inline U8 LoadTilesAt(const std::uint8_t* row, const std::int32_t* offsets) {
   return {Combine(Load128(row + offsets[0]), Load128(row + offsets[1]))};
 }
+inline U8 LoadWindows(const std::uint8_t* row, const std::int32_t* offsets) { return LoadTilesAt(row, offsets); }
 inline U8 ShuffleWindows(U8 windows, U8 index) { return {_mm256_shuffle_epi8(windows.raw, index.raw)}; }
+inline U8 ShuffleTiles(U8 tiles, U8 index) { return ShuffleWindows(tiles, index); }
 inline I16 MultiplyPairs(U8 a, U8 b) { return {_mm256_maddubs_epi16(a.raw, b.raw)}; }
 inline I16 MultiplyRound(I16 a, I16 b) { return {_mm256_mulhrs_epi16(a.raw, b.raw)}; }
 

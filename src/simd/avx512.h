@@ -122,17 +122,19 @@ inline U8 JoinSigned(I16 low, I16 high) { return {_mm512_packs_epi16(low.raw, hi
 inline U8 LookUpBelow16(U8 table, U8 index) {
   return {_mm512_shuffle_epi8(table.raw, _mm512_adds_epu8(index.raw, _mm512_set1_epi8(0x70)))};
 }
+inline U8 LoadTilesAt(const std::uint8_t* row, const std::int32_t* offsets) {
+  return {Combine(Load128(row + offsets[0]), Load128(row + offsets[1]), Load128(row + offsets[2]),
+                  Load128(row + offsets[3]))};
+}
+inline U8 ShuffleTiles(U8 tiles, U8 index) { return {_mm512_shuffle_epi8(tiles.raw, index.raw)}; }
 #ifdef VIDPROC_TARGET_avx512vbmi
 constexpr int kWindowBytes = 64;
 inline U8 LoadWindows(const std::uint8_t* row, const std::int32_t* offsets) { return LoadU8(row + offsets[0]); }
 inline U8 ShuffleWindows(U8 windows, U8 index) { return {_mm512_permutexvar_epi8(index.raw, windows.raw)}; }
 #else
 constexpr int kWindowBytes = 16;
-inline U8 LoadWindows(const std::uint8_t* row, const std::int32_t* offsets) {
-  return {Combine(Load128(row + offsets[0]), Load128(row + offsets[1]), Load128(row + offsets[2]),
-                  Load128(row + offsets[3]))};
-}
-inline U8 ShuffleWindows(U8 windows, U8 index) { return {_mm512_shuffle_epi8(windows.raw, index.raw)}; }
+inline U8 LoadWindows(const std::uint8_t* row, const std::int32_t* offsets) { return LoadTilesAt(row, offsets); }
+inline U8 ShuffleWindows(U8 windows, U8 index) { return ShuffleTiles(windows, index); }
 #endif
 inline I16 MultiplyPairs(U8 a, U8 b) { return {_mm512_maddubs_epi16(a.raw, b.raw)}; }
 inline I16 MultiplyRound(I16 a, I16 b) { return {_mm512_mulhrs_epi16(a.raw, b.raw)}; }

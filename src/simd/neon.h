@@ -108,6 +108,7 @@ constexpr bool kHasByteShuffle = true;
 
 inline U8 LookUpBelow16(U8 table, U8 index) { return {vqtbl1q_u8(table.raw, index.raw)}; }
 inline U8 ShuffleWindows(U8 windows, U8 index) { return {vqtbl1q_u8(windows.raw, index.raw)}; }
+inline U8 ShuffleTiles(U8 tiles, U8 index) { return ShuffleWindows(tiles, index); }
 inline I16 MultiplyPairs(U8 a, U8 b) {
   const int16x8_t evenA = vreinterpretq_s16_u16(vandq_u16(In16(a.raw), vdupq_n_u16(0xFF)));
   const int16x8_t oddA = vreinterpretq_s16_u16(vshrq_n_u16(In16(a.raw), 8));

@@ -12,6 +12,7 @@ inline void StoreTileSum(std::int32_t* p, I32 a) { Store(p, a); }
 inline U8 JoinInOrder(I16 first, I16 second) { return Join(first, second); }
 
 constexpr int kWindowBytes = 16;
+inline U8 LoadTilesAt(const std::uint8_t* row, const std::int32_t* offsets) { return LoadU8(row + offsets[0]); }
 inline U8 LoadWindows(const std::uint8_t* row, const std::int32_t* offsets) { return LoadU8(row + offsets[0]); }
 
 }  // namespace

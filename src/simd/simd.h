@@ -33,6 +33,8 @@
 //   JoinInOrder(first, second)            F0 .. F7  F8 .. F15 | S0 .. S7  S8 .. S15
 //
 //   LoadTiles.., StoreTiles  one 16-byte piece per tile, the pieces `stride` values apart
+//   LoadTilesAt              the same, each from its own offset
+//   ShuffleTiles(t, i)       in every tile t[i]; indices are below 16
 //   LoadRepeated             the same 16 bytes in every tile
 //   TransposeTiles           in every tile by itself
 //

@@ -97,6 +97,7 @@ inline U8 LookUpBelow16(U8 table, U8 index) {
   return {_mm_shuffle_epi8(table.raw, _mm_adds_epu8(index.raw, _mm_set1_epi8(0x70)))};
 }
 inline U8 ShuffleWindows(U8 windows, U8 index) { return {_mm_shuffle_epi8(windows.raw, index.raw)}; }
+inline U8 ShuffleTiles(U8 tiles, U8 index) { return ShuffleWindows(tiles, index); }
 inline I16 MultiplyPairs(U8 a, U8 b) { return {_mm_maddubs_epi16(a.raw, b.raw)}; }
 inline I16 MultiplyRound(I16 a, I16 b) { return {_mm_mulhrs_epi16(a.raw, b.raw)}; }
 #else
@@ -116,6 +117,7 @@ inline U8 LookUpBelow16(U8 table, U8 index) {
   return LoadU8(byte);
 }
 inline U8 ShuffleWindows(U8 windows, U8 index) { return LookUpBelow16(windows, index); }
+inline U8 ShuffleTiles(U8 tiles, U8 index) { return ShuffleWindows(tiles, index); }
 inline I16 MultiplyPairs(U8 a, U8 b) {
   const Raw even =
       _mm_mullo_epi16(_mm_and_si128(a.raw, _mm_set1_epi16(0xFF)), _mm_srai_epi16(_mm_slli_epi16(b.raw, 8), 8));

@@ -8,6 +8,12 @@ namespace {
 
 inline U8 AbsoluteDifference(U8 a, U8 b) { return Subtract(Max(a, b), Min(a, b)); }
 
+/// Sums of neighbouring lanes, with saturation: in each tile those of a, then those of b.
+inline I16 AddNeighbours(I16 a, I16 b) {
+  const I16 one = SplatI16(1);
+  return JoinSigned(MultiplyAdd(a, one), MultiplyAdd(b, one));
+}
+
 /// Rounded and shifted sums, saturated to unsigned and to signed bytes.
 template <int kShift>
 inline U8 RoundToBytes(Halves sum) {
