@@ -3,8 +3,11 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <memory>
+#include <numbers>
 #include <sstream>
+#include <utility>
 #include <vector>
 
 #include "levels/cpu_level.h"
@@ -110,10 +113,13 @@ constexpr Resize kResizes[] = {{2, 1, 2, 1},     {3, 5, 7, 2},       {64, 32, 32
                                {61, 40, 61, 40}, {192, 90, 101, 77}, {130, 66, 390, 50}, {1000, 20, 30, 1}};
 
 TEST(Pipeline, FlatFieldStaysFlat) {
+  constexpr int kFilters = int(ScalingFilter::kTwoSincs) + 1;
+  int run = 0;
   for (const Resize& size : kResizes) {
     for (const PixelFormat from : kFormats) {
       for (const PixelFormat to : kFormats) {
-        for (int filter = 0; filter <= int(ScalingFilter::kTwoSincs); ++filter) {
+        for (int turn = 0; turn < 2; ++turn) {
+          const int filter = run++ % kFilters;
           PipelineSettings settings =
               PlainSettings(ShapeOf(from, size.inWidth, size.inHeight), ShapeOf(to, size.outWidth, size.outHeight));
           settings.output.siting = filter % 2 == 0 ? ChromaSiting::kLeft : ChromaSiting::kCentre;
@@ -264,6 +270,86 @@ TEST(Pipeline, HistorySurvivesChangesOfSettings) {
   const Samples asSecond = stream.Run(Painted(shape, Content::kNoise, random));
   stream.ForgetHistory();
   EXPECT_EQ(FirstDifference(shape, asFirst, stream.Run(frame)), "");
+}
+
+/// Where sample k of an axis lies in the picture, in luma samples.
+double PlaceOf(const FrameShape& shape, int component, bool isVertical, int k) {
+  if (component == 0 || (isVertical && !HalvesChromaRows(shape.format))) return k + 0.5;
+  return 2 * k + (isVertical || shape.siting == ChromaSiting::kCentre ? 1.0 : 0.5);
+}
+
+/// Waves along both axes, steep enough for a small shift to show in bytes; kWaves of them across the picture.
+constexpr int kWaves = 6;
+constexpr double kAmplitude = 55;
+double Angle(double place, int size) { return 2 * std::numbers::pi * kWaves * place / size; }
+
+Samples Waves(const FrameShape& shape) {
+  Samples samples;
+  for (int c = 0; c < 3; ++c) {
+    const testing_support::ComponentSize size = testing_support::SizeOf(shape, c);
+    for (int y = 0; y < size.height; ++y) {
+      for (int x = 0; x < size.width; ++x) {
+        const double sum = std::sin(Angle(PlaceOf(shape, c, false, x), shape.width)) +
+                           std::sin(Angle(PlaceOf(shape, c, true, y), shape.height));
+        samples.component[c].push_back(static_cast<std::uint8_t>(128.5 + kAmplitude * sum));
+      }
+    }
+  }
+  return samples;
+}
+
+/// How far the waves of a component have moved along an axis, in waves. Loss of height, as by a low-pass, does not
+/// show.
+double ShiftOf(const FrameShape& shape, const Samples& samples, int component, bool isVertical) {
+  const testing_support::ComponentSize size = testing_support::SizeOf(shape, component);
+  const int sideLength = isVertical ? shape.height : shape.width;
+  double product = 0;
+  double height = 0;
+  for (int y = size.height / 6; y < size.height - size.height / 6; ++y) {
+    for (int x = size.width / 6; x < size.width - size.width / 6; ++x) {
+      const double angle = Angle(PlaceOf(shape, component, isVertical, isVertical ? y : x), sideLength);
+      const double value = samples.component[component][static_cast<std::size_t>(y * size.width + x)] - 128.0;
+      product += value * std::cos(angle);
+      height += value * std::sin(angle);
+    }
+  }
+  return std::atan2(product, height) / (2 * std::numbers::pi);
+}
+
+/// Luma's phases mirror each other, so that nothing adds up over rounds of shrinking and enlarging. Chroma beside the
+/// first luma sample has the same phase everywhere, and its taps lie where they should to 1/64 of a sample.
+TEST(Pipeline, NothingDrifts) {
+  constexpr double kLimit = 1.0 / 32;
+  constexpr double kChromaLimitOfFiveRounds = 0.1;
+  const FrameShape full = ShapeOf(PixelFormat::kI420, 240, 240);
+  for (const auto& [up, down] : {std::pair{1, 2}, {2, 3}, {3, 4}, {1, 3}, {1, 4}, {4, 5}, {7, 24}}) {
+    for (const int taps : {8, 16}) {
+      const FrameShape scaled = ShapeOf(PixelFormat::kNv12, full.width * up / down, full.height * up / down);
+      PipelineSettings shrink = PlainSettings(full, scaled);
+      PipelineSettings enlarge = PlainSettings(scaled, full);
+      shrink.scaling.taps = enlarge.scaling.taps = taps;
+      Stream shrinking(shrink);
+      Stream enlarging(enlarge);
+      Samples picture = Waves(full);
+      double before[3][2] = {};
+      for (int round = 0; round < 5; ++round) {
+        const Samples small = shrinking.Run(picture);
+        picture = enlarging.Run(small);
+        for (int c = 0; c < 3; ++c) {
+          for (const bool isVertical : {false, true}) {
+            const double samplesOfWave = testing_support::SizeOf(scaled, c).width / double{kWaves};
+            const double afterShrinking = ShiftOf(scaled, small, c, isVertical) * samplesOfWave;
+            const double afterBoth = ShiftOf(full, picture, c, isVertical) * samplesOfWave;
+            EXPECT_LT(std::abs(afterShrinking - before[c][isVertical]), kLimit) << Describe(shrink) << ", " << c;
+            EXPECT_LT(std::abs(afterBoth - afterShrinking), kLimit) << Describe(enlarge) << ", " << c;
+            EXPECT_LT(std::abs(afterBoth), c == 0 ? kLimit : kChromaLimitOfFiveRounds)
+                << Describe(enlarge) << ", " << c << ", round " << round;
+            before[c][isVertical] = afterBoth;
+          }
+        }
+      }
+    }
+  }
 }
 
 }  // namespace
