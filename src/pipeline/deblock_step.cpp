@@ -32,7 +32,7 @@ DeblockStep::DeblockStep(std::int32_t level, const PictureRows& rows, const Kern
 
   sources.resize(static_cast<std::size_t>(job.width));
   std::iota(sources.begin(), sources.end(), 0);
-  const auto rowBytes = static_cast<std::size_t>(2 * job.width);
+  const auto rowBytes = 2 * static_cast<std::size_t>(job.width);
   constexpr std::size_t kStripValues = kMaxStripRows / 2;
   const std::size_t pitch = rowBytes + kRowSlack / 2;
   rowMemory.resize(kStripValues * pitch);

@@ -29,7 +29,7 @@ class Stage {
   const PlaneShape& Shape() const { return shape; }
 
   /// Makes room for the neighbouring rows that a reader works on; its set-up calls it. @throws std::bad_alloc
-  virtual void Hold(std::int32_t rows);
+  virtual void Hold(std::int32_t count);
 
   /// Row y, to be asked for in ascending order, but for steps back within the held rows. It stays until a row is asked
   /// for that lies as many rows further as are held.

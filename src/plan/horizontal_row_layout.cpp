@@ -74,8 +74,8 @@ bool HorizontalRowLayout::LayOutGrids(const ByteRowShape& shape, std::int32_t wi
   while (period < whole && (period > kMaxPeriod || !Repeats(period * perVector, (whole - period) * perVector)))
     ++period;
   const auto layOut = [&](std::int32_t first, std::int32_t vectors, GridMemory& memory, ByteRowGrid& to) {
-    memory.windows.resize(static_cast<std::size_t>(vectors * windowsPerVector));
-    memory.patterns.resize(static_cast<std::size_t>(vectors * patternBytes));
+    memory.windows.resize(static_cast<std::size_t>(vectors) * static_cast<std::size_t>(windowsPerVector));
+    memory.patterns.resize(static_cast<std::size_t>(vectors) * static_cast<std::size_t>(patternBytes));
     to = {memory.patterns.data(), memory.windows.data(), vectors, 0};
     for (std::int32_t v = 0; v < vectors; ++v) {
       if (!layOutVector((first + v) * shape.vectorBytes / 2, memory.windows.data() + v * windowsPerVector,

@@ -75,6 +75,13 @@ GuardedRow PutRowsTogether(const std::vector<Row>& rows, Random& random) {
   return {all, 0, slack, random};
 }
 
+/// The starts of `count` rows that lie together.
+std::vector<const std::uint8_t*> RowsOf(GuardedRow& together, int count, int bytes) {
+  std::vector<const std::uint8_t*> rows(static_cast<std::size_t>(count));
+  for (int r = 0; r < count; ++r) rows.data()[r] = together.Bytes() + r * bytes;
+  return rows;
+}
+
 /// What a kernel may overrun is anything.
 class StateRow {
  public:
@@ -170,8 +177,7 @@ TEST(RowKernelTest, FilterRowsVertically) {
     }
     GuardedRow source = PutRowsTogether(rows, random);
     GuardedRow out(Row(rows[0].size()), 0, 0, random);
-    std::vector<const std::uint8_t*> sources;
-    for (int t = 0; t < taps; ++t) sources.push_back(source.Bytes() + t * bytes);
+    const std::vector<const std::uint8_t*> sources = RowsOf(source, taps, bytes);
 
     const vidproc::VerticalTaps plan = vidproc::PlanVerticalTaps(coefficients, taps, Shape());
     vidproc::VerticalRowJob job{&plan, {},    {nullptr, random.OneIn(2) ? sources[0] : nullptr},
@@ -217,8 +223,10 @@ TEST(RowKernelTest, ScaleRow) {
       for (int t = 0; t < taps; ++t) PullToExtremes(bank[i / 2 / taps % 16][t], in.data() + (i + t) * step, step);
     }
     const std::vector<reference::Place> places = DrawPlaces(inputs, outputs, random);
-    std::vector<vidproc::RowPosition> positions;
-    for (const reference::Place& place : places) positions.push_back({place.source, place.phase});
+    std::vector<vidproc::RowPosition> positions(places.size());
+    std::transform(places.begin(), places.end(), positions.begin(), [](const reference::Place& place) {
+      return vidproc::RowPosition{place.source, place.phase};
+    });
 
     const vidproc::HorizontalRowLayout layout({bank, taps, shift, positions.data(), outputs, inputs, step, Shape()});
     GuardedRow working(in, vidproc::kRowMargin, vidproc::kRowMargin, random);
@@ -259,8 +267,7 @@ TEST(RowKernelTest, DenoiseRowVertically) {
     StateRow previous(before);
     GuardedRow source = PutRowsTogether(rows, random);
     GuardedRow out(Row(rows[0].size()), 0, 0, random);
-    std::vector<const std::uint8_t*> sources;
-    for (int t = 0; t < taps; ++t) sources.push_back(source.Bytes() + t * bytes);
+    const std::vector<const std::uint8_t*> sources = RowsOf(source, taps, bytes);
     const std::uint8_t* const centre = sources.data()[taps / 2 - 1];
 
     const vidproc::DenoiseTaps plan = vidproc::PlanDenoiseTaps(coefficients, taps, edge);

@@ -1,7 +1,9 @@
 // Frames of every format in guarded memory, seen by their samples.
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
+#include <iterator>
 #include <memory>
 #include <string>
 #include <vector>
@@ -15,7 +17,9 @@ namespace testing_support {
 /// The samples of a picture: luma, Cb, Cr, each row by row.
 struct Samples {
   std::vector<std::uint8_t> component[3];
-  bool operator==(const Samples&) const = default;
+  bool operator==(const Samples& other) const {
+    return std::equal(std::begin(component), std::end(component), std::begin(other.component));
+  }
 };
 
 struct ComponentSize {
