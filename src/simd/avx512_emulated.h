@@ -25,6 +25,13 @@ inline __m256i EmulatedNarrow(__m512i a) {
   return _mm256_loadu_si256(reinterpret_cast<const __m256i*>(out));
 }
 
+inline __m512i EmulatedShiftRight(__m512i a, int count) {
+  std::int32_t lanes[16];
+  simde_mm512_storeu_si512(lanes, a);
+  for (std::int32_t& lane : lanes) lane >>= count;
+  return simde_mm512_loadu_si512(lanes);
+}
+
 }  // namespace
 }  // namespace vidproc::VIDPROC_TARGET
 
@@ -33,3 +40,5 @@ inline __m256i EmulatedNarrow(__m512i a) {
 #define _mm512_cmpgt_epi16_mask(a, b) (~simde_mm512_cmple_epi16_mask(a, b))
 #define _mm512_cvtepu8_epi16(a) EmulatedWiden(a)
 #define _mm512_cvtusepi16_epi8(a) EmulatedNarrow(a)
+#undef _mm512_srai_epi32
+#define _mm512_srai_epi32(a, count) EmulatedShiftRight(a, count)
