@@ -113,7 +113,9 @@ void ScaleOctets(const HorizontalRowJob& job) {
   WalkRow(plan, OctetWalk<kOctets>(plan.grid, job), OctetWalk<kOctets>(plan.end, job), job.out);
 }
 
-void ScaleByOctets(const HorizontalRowJob& job) { job.plan->octets == 1 ? ScaleOctets<1>(job) : ScaleOctets<2>(job); }
+inline void ScaleByOctets(const HorizontalRowJob& job) {
+  job.plan->octets == 1 ? ScaleOctets<1>(job) : ScaleOctets<2>(job);
+}
 
 template <int kPairs = 1>
 void ScaleByPairs(const HorizontalRowJob& job) {
