@@ -113,7 +113,7 @@ void ScaleOctets(const HorizontalRowJob& job) {
   WalkRow(plan, OctetWalk<kOctets>(plan.grid, job), OctetWalk<kOctets>(plan.end, job), job.out);
 }
 
-inline void ScaleByOctets(const HorizontalRowJob& job) {
+[[maybe_unused]] void ScaleByOctets(const HorizontalRowJob& job) {
   job.plan->octets == 1 ? ScaleOctets<1>(job) : ScaleOctets<2>(job);
 }
 
