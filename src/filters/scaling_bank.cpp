@@ -106,13 +106,14 @@ void RoundToSum(const double* samples, int used, bool symmetric, int total, Roun
   }
 }
 
-// Where rounding has moved the centroid by more than 1/64 of a sample, units go from one tap to another until it is
-// back: each time between the two taps that it rounds best.
-void Recentre(const double* samples, int phaseIndex, int taps, int total, RoundedPhase& phase) {
+// Where rounding has moved the centroid, units go from one tap to another until it is back at the output sample, each
+// time between the two taps that this rounds best: a phase that all samples share, as left-sited chroma at 2:1, would
+// otherwise move the picture a little further in every generation.
+void Recentre(const double* samples, int phaseIndex, int taps, RoundedPhase& phase) {
   for (;;) {
     int moment = 0;
     for (int t = 0; t < taps; ++t) moment += phase.coefficients[t] * Distance(t, phaseIndex, taps);
-    if (64 * std::abs(moment) <= kPhases * total) return;
+    if (moment == 0) return;
     int bestFrom = -1, bestTo = -1;
     double leastError = 0;
     for (int from = 0; from < taps; ++from) {
@@ -150,7 +151,7 @@ void FinishPhase(double* samples, int phase, std::uint32_t sharpening, Centroid 
   Sharpen(samples, used, sharpening);
   if (centred) Centre(samples, phase, taps);
   RoundToSum(samples, used, symmetric, total, rounded);
-  if (centred) Recentre(samples, phase, taps, total, rounded);
+  if (centred) Recentre(samples, phase, taps, rounded);
 }
 
 void DesignDescribedBank(const ScalingFilter& filter, int taps, int precisionBits, Bank& bank) {
