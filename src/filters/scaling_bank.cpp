@@ -14,7 +14,7 @@ namespace {
 bool IsScalingBank(const ScalingFilter& filter, int up, int down, int taps, int precisionBits) {
   return up > 0 && down > 0 && (taps == 4 || taps == 8 || taps == 16) && (precisionBits == 6 || precisionBits == 7) &&
          filter.sharpening <= kMaxSharpening &&
-         (filter.kernel != ScalingKernel::kDescribed || IsKernelKind(filter.described.kind));
+         (filter.kernel != ScalingKernel::kFixedWidth || IsKernelKind(filter.fixedWidth.kind));
 }
 
 KernelShape Shape(ScalingKernel kernel, int up, int down, int taps) {
@@ -154,9 +154,9 @@ void FinishPhase(double* samples, int phase, std::uint32_t sharpening, Centroid 
   if (centred) Recentre(samples, phase, taps, rounded);
 }
 
-void DesignDescribedBank(const ScalingFilter& filter, int taps, int precisionBits, Bank& bank) {
+void DesignFixedWidthBank(const ScalingFilter& filter, int taps, int precisionBits, Bank& bank) {
   std::fill_n(&bank[0][0], kPhases * kMaxTaps, std::int16_t{0});
-  DesignResamplingBank(filter.described, taps, precisionBits, bank);
+  DesignResamplingBank(filter.fixedWidth, taps, precisionBits, bank);
   if (filter.sharpening == 0) return;
   for (int phase = 0; phase <= kPhases / 2; ++phase) {
     double samples[kMaxTaps];
@@ -185,8 +185,8 @@ void DesignShapeBank(const KernelShape& shape, std::uint32_t sharpening, int tap
 
 bool DesignScalingBank(const ScalingFilter& filter, int up, int down, int taps, int precisionBits, Bank& bank) {
   if (!IsScalingBank(filter, up, down, taps, precisionBits)) return false;
-  if (filter.kernel == ScalingKernel::kDescribed) {
-    DesignDescribedBank(filter, taps, precisionBits, bank);
+  if (filter.kernel == ScalingKernel::kFixedWidth) {
+    DesignFixedWidthBank(filter, taps, precisionBits, bank);
   } else {
     DesignShapeBank(Shape(filter.kernel, up, down, taps), filter.sharpening, taps, precisionBits, bank);
   }

@@ -17,23 +17,23 @@ enum class ScalingKernel {
   kBilinear,   ///< these five are widened on downscales
   kCatmullRom,
   kMitchell,
-  kLanczos,    ///< of three lobes; of two with 4 taps
-  kArea,       ///< mean of the covered samples, whose centroid may lie 1/8 of a sample off; upscales are bilinear
-  kDescribed,  ///< ScalingFilter::described, whatever the ratio
+  kLanczos,     ///< of three lobes; of two with 4 taps
+  kArea,        ///< mean of the covered samples, whose centroid may lie 1/8 of a sample off; upscales are bilinear
+  kFixedWidth,  ///< ScalingFilter::fixedWidth, whatever the ratio
 };
 
 inline constexpr std::uint32_t kMaxSharpening = 16;
 
 struct ScalingFilter {
   ScalingKernel kernel = ScalingKernel::kAutomatic;
-  ResamplingKernel described = {};  ///< of kDescribed only
-  std::uint32_t sharpening = 0;     ///< sixteenths of (2, -1 on both sides) added to each sample; 0..kMaxSharpening
+  ResamplingKernel fixedWidth = {};  ///< of kFixedWidth only
+  std::uint32_t sharpening = 0;      ///< sixteenths of (2, -1 on both sides) added to each sample; 0..kMaxSharpening
 };
 
 /// Fills a whole bank: taps 0..taps - 1 of every phase, zeros behind them. Tap t of a phase weights source sample
 /// n + t - CentreTap(taps); phase 0 leaves its last tap 0. `up`:`down` is the ratio of the step (output size to input
 /// size, positive, need not be reduced), `taps` 4, 8 or 16, `precisionBits` 6 or 7. False, with the bank untouched, for
-/// anything else. kept: the phases of a described kernel that is not sharpened may miss their sum by one.
+/// anything else. kept: the phases of a kernel of fixed width that is not sharpened may miss their sum by one.
 bool DesignScalingBank(const ScalingFilter& filter, int up, int down, int taps, int precisionBits, Bank& bank);
 
 /// The same bank from a kernel of one's own.

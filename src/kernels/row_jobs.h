@@ -57,7 +57,7 @@ struct HorizontalRowPlan {
 
   // kGeneral
   std::int32_t taps;
-  const RowPosition* positions;      ///< of every output: the sample under the first tap, the phase
+  const PhasePosition* positions;    ///< of every output: the sample under the first tap, the phase
   const std::int16_t* coefficients;  ///< kMaxTaps of each phase
 
   VerticalTaps shifted;  ///< kSamePhase: `row` counts samples from the output's own

@@ -12,7 +12,7 @@ void ScaleOutputByOutput(const HorizontalRowJob& job) {
   const HorizontalRowPlan& plan = *job.plan;
   std::uint8_t* out = job.out;
   for (int k = 0; k < plan.outputs; ++k) {
-    const RowPosition& position = plan.positions[k];
+    const PhasePosition& position = plan.positions[k];
     const std::int16_t* coefficients = plan.coefficients + position.phase * kMaxTaps;
     for (int component = 0; component < plan.step; ++component) {
       const std::uint8_t* samples = job.in + position.source * plan.step + component;

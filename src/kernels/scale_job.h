@@ -44,10 +44,10 @@ struct TapPosition {
   std::int32_t source;
 };
 
-/// An output row's source row under its centre tap, and its phase.
-struct RowPosition {
-  std::int32_t source;
-  std::int32_t phase;
+/// Where an output sample, or row, lies in the source.
+struct PhasePosition {
+  std::int32_t source;  ///< sample under the centre tap
+  std::int32_t phase;   ///< 0..15, sixteenths after it
 };
 
 /// Outputs that share a phase: `count` of the positions from number `first` on, in ascending order.
@@ -93,7 +93,7 @@ struct ScaleJob {
   std::int32_t outWidth;
   std::int32_t outHeight;
 
-  const RowPosition* rowPositions;  ///< one per output row
+  const PhasePosition* rowPositions;  ///< one per output row
   const TapBank* verticalBank;
   const TapBank* horizontalBank;
   const ColumnPlan* lumaColumns;

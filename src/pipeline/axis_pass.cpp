@@ -10,7 +10,7 @@ namespace vidproc {
 namespace {
 
 constexpr std::int32_t kInterfaceBits = 7;
-constexpr std::int32_t kDescribedPostBits = 6;
+constexpr std::int32_t kFixedWidthPostBits = 6;
 constexpr std::int32_t kFewestTaps = 4;
 
 filters::ScalingKernel KernelOf(ScalingFilter filter) {
@@ -28,16 +28,16 @@ filters::ScalingKernel KernelOf(ScalingFilter filter) {
     case ScalingFilter::kArea:
       return filters::ScalingKernel::kArea;
     default:
-      return filters::ScalingKernel::kDescribed;
+      return filters::ScalingKernel::kFixedWidth;
   }
 }
 
 filters::ScalingFilter FilterOf(const ScalingSettings& settings, bool keepsPlaces) {
   filters::ScalingFilter filter;
   filter.kernel = KernelOf(settings.filter);
-  if (filter.kernel == filters::ScalingKernel::kDescribed) {
-    filter.described = {KindOf(settings.filter), static_cast<std::uint32_t>(settings.softening),
-                        static_cast<std::uint32_t>(settings.lobes)};
+  if (filter.kernel == filters::ScalingKernel::kFixedWidth) {
+    filter.fixedWidth = {KindOf(settings.filter), static_cast<std::uint32_t>(settings.softening),
+                         static_cast<std::uint32_t>(settings.lobes)};
   } else if (keepsPlaces) {
     filter.kernel = filters::ScalingKernel::kIdentity;
   }
@@ -55,11 +55,9 @@ Ratio Reduced(std::int32_t up, std::int32_t down) {
   return {up / divisor, down / divisor};
 }
 
-RowPosition Locate(const ScalingSettings& settings, std::int64_t output, const Ratio& ratio, const SampleGrid& gridIn,
-                   const SampleGrid& gridOut) {
-  if (settings.alignment == Alignment::kCentres) return LocateCentred(output, ratio, gridIn, gridOut);
-  const PhasePosition position = LocatePhase(output, ratio);
-  return {position.source, position.phase};
+PositionRule RuleOf(const ScalingSettings& settings, const Ratio& ratio, const SampleGrid& gridIn,
+                    const SampleGrid& gridOut) {
+  return settings.alignment == Alignment::kCentres ? AlignCentres(ratio, gridIn, gridOut) : AlignCorners(ratio);
 }
 
 /// Output samples to input samples of the component: another ratio than luma's where its sampling changes.
@@ -76,9 +74,8 @@ bool IsUnity(const AxisPass& pass) {
 
 void PlanHalving(const ScalingSettings& settings, const AxisRequest& axis, std::int32_t size, AxisPass& pass) {
   constexpr Ratio kHalf{1, 2};
-  for (std::int32_t k = 0; k < Halved(size, 1); ++k) {
-    pass.positions.push_back(Locate(settings, k, kHalf, axis.gridIn, axis.gridIn));
-  }
+  const PositionRule rule = RuleOf(settings, kHalf, axis.gridIn, axis.gridIn);
+  for (std::int32_t k = 0; k < Halved(size, 1); ++k) pass.positions.push_back(rule.Locate(k));
   pass.precisionBits = kInterfaceBits;
   filters::DesignScalingBank({}, kHalf.up, kHalf.down, axis.taps, pass.precisionBits, pass.bank);
 }
@@ -86,11 +83,11 @@ void PlanHalving(const ScalingSettings& settings, const AxisRequest& axis, std::
 /// @return whether all outputs lie on the samples of the same number, of `size`.
 bool PlanLastStep(const ScalingSettings& settings, const AxisRequest& axis, std::int32_t size, std::int32_t halvings,
                   AxisPass& pass) {
-  const Ratio ratio = Reduced(axis.out << halvings, axis.in);
+  const PositionRule rule = RuleOf(settings, Reduced(axis.out << halvings, axis.in), axis.gridIn, axis.gridOut);
   bool keepsPlaces = size == (axis.dropsOut ? axis.out : axis.componentOut);
   for (std::int32_t k = 0; k < axis.componentOut; ++k) {
     const std::int32_t row = axis.dropsOut ? std::min(2 * k + 1, axis.out - 1) : k;
-    const RowPosition position = Locate(settings, row, ratio, axis.gridIn, axis.gridOut);
+    const PhasePosition position = rule.Locate(row);
     keepsPlaces = keepsPlaces && position.source == row && position.phase == 0;
     pass.positions.push_back(position);
   }
@@ -107,14 +104,14 @@ filters::KernelKind KindOf(ScalingFilter filter) {
   return filter == ScalingFilter::kHammingSinc ? filters::kHammingSinc : filters::kTwoSincs;
 }
 
-AxisPass PickSamples(std::vector<RowPosition> positions) {
+AxisPass PickSamples(std::vector<PhasePosition> positions) {
   AxisPass pass{std::move(positions), {}, kFewestTaps, kInterfaceBits, 0};
   filters::DesignScalingBank({.kernel = filters::ScalingKernel::kIdentity}, 1, 1, pass.taps, kInterfaceBits, pass.bank);
   return pass;
 }
 
 std::int32_t HalvingsOf(const ScalingSettings& settings, const AxisRequest& axis) {
-  if (IsDescribed(settings.filter)) return 0;
+  if (HasFixedWidth(settings.filter)) return 0;
   std::int32_t halvings = 0;
   const Ratio own = OwnRatio(settings, axis);
   while (own.down > std::int64_t{own.up} * (axis.taps / 2) << halvings) ++halvings;
@@ -133,7 +130,7 @@ bool PlanAxisPass(const ScalingSettings& settings, Role role, const AxisRequest&
     return true;
   }
   const bool isPost = role == Role::kPostProcessor;
-  pass.precisionBits = isPost && IsDescribed(settings.filter) ? kDescribedPostBits : kInterfaceBits;
+  pass.precisionBits = isPost && HasFixedWidth(settings.filter) ? kFixedWidthPostBits : kInterfaceBits;
   const bool keepsPlaces = PlanLastStep(settings, axis, size, halvings, pass);
   const bool keepsSamples = (pass.repeatedSize > 0) == axis.dropsOut && keepsPlaces;
   return !(keepsSamples && IsUnity(pass));

@@ -9,17 +9,17 @@
 #include "filters/resampling_bank.h"
 #include "kernels/scale_job.h"
 #include "pipeline/pipeline.h"
-#include "plan/centred_position.h"
+#include "plan/phase_position.h"
 
 namespace vidproc {
 
 /// Kernels whose width is given, whatever the ratio; and what kind they are.
-inline bool IsDescribed(ScalingFilter filter) { return filter >= ScalingFilter::kGaussian; }
+inline bool HasFixedWidth(ScalingFilter filter) { return filter >= ScalingFilter::kGaussian; }
 filters::KernelKind KindOf(ScalingFilter filter);
 
 /// One pass: where its outputs lie and what their taps weigh.
 struct AxisPass {
-  std::vector<RowPosition> positions;
+  std::vector<PhasePosition> positions;
   filters::Bank bank;
   std::int32_t taps;
   std::int32_t precisionBits;
@@ -40,7 +40,7 @@ struct AxisRequest {
 };
 
 /// A pass that picks samples and leaves them as they are.
-AxisPass PickSamples(std::vector<RowPosition> positions);
+AxisPass PickSamples(std::vector<PhasePosition> positions);
 
 /// How often the axis is halved first.
 std::int32_t HalvingsOf(const ScalingSettings& settings, const AxisRequest& axis);

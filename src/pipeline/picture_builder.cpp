@@ -124,7 +124,7 @@ std::int32_t PictureBuilder::RowsThatLumaLeads() const {
 /// Chroma as `count` rows, copies of row rowOf(y) each.
 template <class RowOf>
 void PictureBuilder::PickChromaRows(std::int32_t count, const RowOf& rowOf) {
-  std::vector<RowPosition> positions(static_cast<std::size_t>(count));
+  std::vector<PhasePosition> positions(static_cast<std::size_t>(count));
   for (std::int32_t y = 0; y < count; ++y) positions[static_cast<std::size_t>(y)] = {rowOf(y), 0};
   const AxisPass pass = PickSamples(std::move(positions));
   for (Stage** const component : {&rows.pairs, &rows.cb, &rows.cr}) {

@@ -17,7 +17,7 @@ signed char noNoise = 0;
 
 bool ProcessorStep::Serves(const PipelineSettings& settings) {
   const ScalingSettings& scaling = settings.scaling;
-  return scaling.alignment == Alignment::kCorners && IsDescribed(scaling.filter) &&
+  return scaling.alignment == Alignment::kCorners && HasFixedWidth(scaling.filter) &&
          (settings.role == Role::kPreProcessor || scaling.taps == 8);
 }
 

@@ -74,7 +74,7 @@ void VerticalPass::TakeHeldRows(std::int32_t source, const VerticalTaps& phase, 
 }
 
 void VerticalPass::MakeRow(std::int32_t y, std::uint8_t* out) {
-  const RowPosition& position = positions[static_cast<std::size_t>(y)];
+  const PhasePosition& position = positions[static_cast<std::size_t>(y)];
   const VerticalTaps& phase = taps[position.phase];
   VerticalRowJob job;
   job.taps = &phase;

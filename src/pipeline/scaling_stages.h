@@ -28,7 +28,7 @@ class VerticalPass : public Stage {
 
   Stage& input;
   const KernelTable& kernels;
-  const std::vector<RowPosition> positions;
+  const std::vector<PhasePosition> positions;
   const std::int32_t rowShift;  ///< 1: every input row stands twice
   const std::int32_t lastRow;
   const std::int32_t precisionBits;

@@ -20,7 +20,7 @@ HorizontalRowLayout::HorizontalRowLayout(const HorizontalRowRequest& request)
     bank.insert(bank.end(), request.bank[phase], request.bank[phase] + kMaxTaps);
   }
   const std::int32_t centre = request.taps / 2 - 1;
-  for (RowPosition& position : positions) {
+  for (PhasePosition& position : positions) {
     // Farther out all taps weigh the same repeated sample.
     position.source = std::clamp(position.source, -request.taps / 2, request.inputs + centre) - centre;
   }
@@ -38,13 +38,13 @@ HorizontalRowLayout::HorizontalRowLayout(const HorizontalRowRequest& request)
 
 std::uint32_t HorizontalRowLayout::UsedPhases() const {
   std::uint32_t used = 0;
-  for (const RowPosition& position : positions) used |= 1u << position.phase;
+  for (const PhasePosition& position : positions) used |= 1u << position.phase;
   return used;
 }
 
 bool HorizontalRowLayout::Repeats(std::int32_t distance, std::int32_t count) const {
-  const RowPosition* const now = positions.data();
-  const RowPosition* const later = now + distance;
+  const PhasePosition* const now = positions.data();
+  const PhasePosition* const later = now + distance;
   for (std::int32_t k = 0; k < count; ++k) {
     if (now[k].phase != later[k].phase || later[k].source - now[k].source != later->source - now->source) return false;
   }
@@ -94,7 +94,7 @@ bool HorizontalRowLayout::LayOutGrids(const ByteRowShape& shape, std::int32_t wi
 }
 
 HorizontalRowLayout::FirstTap HorizontalRowLayout::LocateFirstTap(std::int32_t result) const {
-  const RowPosition& position = positions.data()[std::min(result / plan.step, plan.outputs - 1)];
+  const PhasePosition& position = positions.data()[std::min(result / plan.step, plan.outputs - 1)];
   return {position.source * plan.step + result % plan.step, position.phase};
 }
 

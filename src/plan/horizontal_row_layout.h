@@ -15,7 +15,7 @@ struct HorizontalRowRequest {
   const std::int16_t (*bank)[kMaxTaps];  ///< by phase
   std::int32_t taps;                     ///< 4, 8 or 16
   std::int32_t shift;                    ///< of the rounded sums: 6 or 7
-  const RowPosition* positions;          ///< of every output, ascending: the sample under the centre tap, the phase
+  const PhasePosition* positions;        ///< of every output, ascending: the sample under the centre tap, the phase
   std::int32_t outputs;                  ///< samples, or pairs
   std::int32_t inputs;
   std::int32_t step;   ///< bytes from a sample to the next: 1, or 2 for Cb Cr pairs
@@ -59,7 +59,7 @@ class HorizontalRowLayout {
   bool LayOutOctets(const ByteRowShape& shape, std::int32_t firstResult, std::int32_t* windows,
                     std::uint8_t* pattern) const;
 
-  std::vector<RowPosition> positions;
+  std::vector<PhasePosition> positions;
   std::vector<std::int16_t> bank;
   GridMemory grid;
   GridMemory end;

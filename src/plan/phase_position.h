@@ -3,6 +3,8 @@
 
 #include <cstdint>
 
+#include "kernels/scale_job.h"
+
 namespace vidproc {
 
 /// Output to input size of an axis, reduced.
@@ -10,11 +12,6 @@ struct Ratio {
   std::int32_t up;
   std::int32_t down;
   bool operator==(const Ratio&) const = default;
-};
-
-struct PhasePosition {
-  std::int32_t source;  ///< sample under the centre tap
-  std::int32_t phase;   ///< 0..15, sixteenths after it
 };
 
 /// Output k lies at (step * k + start) / unit source samples, rounded down to a sixteenth. step and unit are positive,
@@ -31,8 +28,20 @@ struct PositionRule {
 /// Aligned by their corners: the first samples coincide, and output k lies at k * down / up.
 inline PositionRule AlignCorners(const Ratio& ratio) { return {ratio.down, 0, ratio.up}; }
 
-/// The position of an output aligned by the corners.
-inline PhasePosition LocatePhase(std::int64_t output, const Ratio& ratio) { return AlignCorners(ratio).Locate(output); }
+/// Where a component's samples lie along an axis of the picture, which counts in luma samples: sample i at
+/// spacing * i + firstInHalves / 2.
+struct SampleGrid {
+  std::int32_t spacing;
+  std::int32_t firstInHalves;
+  bool operator==(const SampleGrid&) const = default;
+};
+inline constexpr SampleGrid kLumaGrid{1, 1};           ///< and chroma rows of 4:2:2
+inline constexpr SampleGrid kLeftChromaGrid{2, 1};     ///< columns beside the first luma sample of a pair
+inline constexpr SampleGrid kCentredChromaGrid{2, 2};  ///< columns between the two; rows of 4:2:0
+
+/// Aligned by the pictures' centres, to the nearest sixteenth. The ratio is that of the luma sizes, whatever the
+/// component.
+PositionRule AlignCentres(const Ratio& ratio, const SampleGrid& in, const SampleGrid& out);
 
 /// Whether the ratio is one, and keeps the centre tap of every output of a corner-aligned axis inside the source.
 bool StaysInside(const Ratio& ratio, std::int64_t outSize, std::int64_t inSize);

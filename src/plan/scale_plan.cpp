@@ -52,9 +52,8 @@ std::uint32_t GroupByPhase(const PositionRule& rule, std::int32_t outputs, TapPo
 void ScalePlan::UpdatePositions(const Memory& memory) {
   verticalBank.usedPhases = 0;
   for (std::int32_t r = 0; r < geometry.outHeight; ++r) {
-    const PhasePosition position = geometry.rows.Locate(r);
-    memory.rows[r] = {position.source, position.phase};
-    verticalBank.usedPhases |= 1u << position.phase;
+    memory.rows[r] = geometry.rows.Locate(r);
+    verticalBank.usedPhases |= 1u << memory.rows[r].phase;
   }
   rowPositions = memory.rows;
   const std::int32_t chromaWidth = geometry.outWidth / 2 + geometry.outWidth % 2;

@@ -32,7 +32,7 @@ class ScalePlan {
   /// Where the plan's arrays lie: outHeight rows, outWidth luma columns, half as many (rounded up) of chroma, and
   /// ByteRowPlanBytes(outWidth). They outlive the plan.
   struct Memory {
-    RowPosition* rows;
+    PhasePosition* rows;
     TapPosition* lumaColumns;
     TapPosition* chromaColumns;
     std::uint8_t* rowPatterns;
@@ -44,7 +44,7 @@ class ScalePlan {
   /// Forgets what it was made from: the next Update builds anew.
   void Invalidate() { current = false; }
 
-  const RowPosition* rowPositions = nullptr;
+  const PhasePosition* rowPositions = nullptr;
   ColumnPlan lumaColumns{};
   ColumnPlan chromaColumns{};
   TapBank horizontalBank{};

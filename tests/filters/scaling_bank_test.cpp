@@ -166,14 +166,14 @@ TEST(ScalingBank, StaysAsReleased) {
   EXPECT_EQ(HashOfBanks(ScalingKernel::kArea), 2569882157u);
 }
 
-TEST(ScalingBank, TakesDescribedKernelsAsDesigned) {
+TEST(ScalingBank, TakesFixedWidthKernelsAsDesigned) {
   for (const std::uint32_t kind : {kTwoSincs, kHammingSinc, kGaussian}) {
-    const ResamplingKernel described = {kind, 10, 3};
+    const ResamplingKernel fixedWidth = {kind, 10, 3};
     Bank designed = {};
-    DesignResamplingBank(described, 8, 6, designed);
-    const Designed bank({ScalingKernel::kDescribed, described, 0}, {1, 2}, 8, 6);
+    DesignResamplingBank(fixedWidth, 8, 6, designed);
+    const Designed bank({ScalingKernel::kFixedWidth, fixedWidth, 0}, {1, 2}, 8, 6);
     EXPECT_EQ(std::memcmp(bank.phases, designed, sizeof(designed)), 0);
-    const Designed sharpened({ScalingKernel::kDescribed, described, 4}, {1, 2}, 8, 6);
+    const Designed sharpened({ScalingKernel::kFixedWidth, fixedWidth, 4}, {1, 2}, 8, 6);
     for (const auto& phase : sharpened.phases) EXPECT_EQ(std::accumulate(phase, phase + 8, 0), 64);
   }
 }
@@ -185,7 +185,7 @@ TEST(ScalingBank, RefusesWhatItCannotDesign) {
   EXPECT_FALSE(Designed(automatic, {1, 1}, 6).accepted);
   EXPECT_FALSE(Designed(automatic, {1, 1}, 4, 8).accepted);
   EXPECT_FALSE(Designed(Filter(ScalingKernel::kArea, 17), {1, 1}, 4).accepted);
-  EXPECT_FALSE(Designed({ScalingKernel::kDescribed, {3, 0, 3}, 0}, {1, 1}, 4).accepted);
+  EXPECT_FALSE(Designed({ScalingKernel::kFixedWidth, {3, 0, 3}, 0}, {1, 1}, 4).accepted);
   EXPECT_EQ(Designed(automatic, {1, 1}, 6).phases[15][15], 0x5555) << "the bank stays as it was";
 }
 

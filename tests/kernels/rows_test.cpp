@@ -15,7 +15,6 @@
 #include "kernels/noise_field.h"
 #include "kernels/row_jobs.h"
 #include "levels/general_forms.h"
-#include "plan/centred_position.h"
 #include "plan/horizontal_row_layout.h"
 #include "plan/row_taps.h"
 #include "reference/lane.h"
@@ -223,9 +222,9 @@ TEST(RowKernelTest, ScaleRow) {
       for (int t = 0; t < taps; ++t) PullToExtremes(bank[i / 2 / taps % 16][t], in.data() + (i + t) * step, step);
     }
     const std::vector<reference::Place> places = DrawPlaces(inputs, outputs, random);
-    std::vector<vidproc::RowPosition> positions(places.size());
+    std::vector<vidproc::PhasePosition> positions(places.size());
     std::transform(places.begin(), places.end(), positions.begin(), [](const reference::Place& place) {
-      return vidproc::RowPosition{place.source, place.phase};
+      return vidproc::PhasePosition{place.source, place.phase};
     });
 
     const vidproc::HorizontalRowLayout layout({bank, taps, shift, positions.data(), outputs, inputs, step, Shape()});
@@ -356,29 +355,6 @@ TEST(RowKernelTest, AddNoiseToLumaRow) {
                                          static_cast<int>(luma.size()));
     row.ExpectRow(expected);
   });
-}
-
-TEST(RowPositionTest, CentresMeet) {
-  const struct {
-    vidproc::SampleGrid grid;
-    double spacing, first;
-  } grids[] = {{vidproc::kLumaGrid, 1, 0.5}, {vidproc::kLeftChromaGrid, 2, 0.5}, {vidproc::kCentredChromaGrid, 2, 1}};
-  for (std::uint32_t seed = 1; seed <= 200; ++seed) {
-    Random random(seed);
-    const int inSize = random.Between(1, 16384), outSize = random.Pick({inSize, 2 * inSize, random.Between(1, 16384)});
-    const int divisor = std::gcd(inSize, outSize);
-    for (const auto& in : grids) {
-      for (const auto& out : grids) {
-        const int k = random.Between(0, outSize - 1);
-        const vidproc::RowPosition found =
-            vidproc::LocateCentred(k, {outSize / divisor, inSize / divisor}, in.grid, out.grid);
-        const reference::Place expected =
-            reference::CentredPlace(k, outSize, inSize, in.spacing, in.first, out.spacing, out.first);
-        EXPECT_EQ(found.source, expected.source) << inSize << " to " << outSize << ", sample " << k;
-        EXPECT_EQ(found.phase, expected.phase) << inSize << " to " << outSize << ", sample " << k;
-      }
-    }
-  }
 }
 
 }  // namespace

@@ -58,17 +58,17 @@ bool HasOwnWidth(ScalingFilter filter) { return filter >= ScalingFilter::kGaussi
 
 filters::ScalingFilter FilterOf(const PipelineSettings& settings) {
   static constexpr filters::ScalingKernel kKernels[] = {
-      filters::ScalingKernel::kAutomatic, filters::ScalingKernel::kBilinear,  filters::ScalingKernel::kCatmullRom,
-      filters::ScalingKernel::kMitchell,  filters::ScalingKernel::kLanczos,   filters::ScalingKernel::kArea,
-      filters::ScalingKernel::kDescribed, filters::ScalingKernel::kDescribed, filters::ScalingKernel::kDescribed};
+      filters::ScalingKernel::kAutomatic,  filters::ScalingKernel::kBilinear,   filters::ScalingKernel::kCatmullRom,
+      filters::ScalingKernel::kMitchell,   filters::ScalingKernel::kLanczos,    filters::ScalingKernel::kArea,
+      filters::ScalingKernel::kFixedWidth, filters::ScalingKernel::kFixedWidth, filters::ScalingKernel::kFixedWidth};
   static constexpr std::uint32_t kKinds[] = {filters::kGaussian, filters::kHammingSinc, filters::kTwoSincs};
   const auto& scaling = settings.scaling;
   filters::ScalingFilter filter;
   filter.kernel = kKernels[static_cast<int>(scaling.filter)];
   filter.sharpening = static_cast<std::uint32_t>(scaling.sharpening);
   if (!HasOwnWidth(scaling.filter)) return filter;
-  filter.described = {kKinds[static_cast<int>(scaling.filter) - static_cast<int>(ScalingFilter::kGaussian)],
-                      static_cast<std::uint32_t>(scaling.softening), static_cast<std::uint32_t>(scaling.lobes)};
+  filter.fixedWidth = {kKinds[static_cast<int>(scaling.filter) - static_cast<int>(ScalingFilter::kGaussian)],
+                       static_cast<std::uint32_t>(scaling.softening), static_cast<std::uint32_t>(scaling.lobes)};
   return filter;
 }
 
@@ -87,7 +87,7 @@ reference::ScaleSettings ScalingOf(const PipelineSettings& settings) {
   const filters::ScalingFilter asked = FilterOf(settings);
   scale.bank = [asked, bits = scale.precisionBits](const reference::BankRequest& request, reference::Bank& bank) {
     filters::ScalingFilter filter = request.halving ? filters::ScalingFilter{} : asked;
-    if (request.samePlaces && filter.kernel != filters::ScalingKernel::kDescribed) {
+    if (request.samePlaces && filter.kernel != filters::ScalingKernel::kFixedWidth) {
       filter.kernel = filters::ScalingKernel::kIdentity;
     }
     ASSERT_TRUE(

@@ -66,7 +66,7 @@ struct ByteVerticalScale {
   void operator()(const ScaleJob& job, int firstRow, int rowCount) const {
     const int bytes = 2 * job.inWidth;
     for (int r = 0; r < rowCount; ++r) {
-      const RowPosition position = job.rowPositions[firstRow + r];
+      const PhasePosition position = job.rowPositions[firstRow + r];
       const DenoiseTaps outer = FindDenoiseTaps(job.verticalBank->coefficient[position.phase], kTaps, shift);
       const std::uint8_t* rows[kMaxTaps];
       for (int k = 0; k < kMaxTaps; ++k) rows[k] = SourceRow(job, position.source + outer.offset[k]);

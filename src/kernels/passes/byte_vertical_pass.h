@@ -81,7 +81,7 @@ inline void FilterRowBytes(const std::uint8_t* const* rows, const std::int16_t* 
 
 /// The pass over a frame or plane of inHeight rows. Rows beyond it repeat its first or last one.
 struct ByteVerticalPass {
-  const RowPosition* positions;  ///< one per output row
+  const PhasePosition* positions;  ///< one per output row
   const TapBank* bank;
   int inHeight;
   int outHeight;
@@ -90,7 +90,7 @@ struct ByteVerticalPass {
   template <int kShift, class RowAt, class Result>
   void FilterRow(int r, const RowAt& rowAt, int bytes, const Result& result) const {
     const auto clampedRow = [&](int row) { return rowAt(Clamp(row, 0, inHeight - 1)); };
-    const RowPosition position = positions[r];
+    const PhasePosition position = positions[r];
     const int first = bank->firstTap[position.phase];
     const std::int16_t* const coefficients = bank->coefficient[position.phase] + first;
     const std::uint8_t* rows[4];

@@ -50,7 +50,7 @@ struct VerticalScale {
 
   void operator()(const ScaleJob& job, int firstRow, int rowCount) const {
     for (int r = 0; r < rowCount; ++r) {
-      const RowPosition position = job.rowPositions[firstRow + r];
+      const PhasePosition position = job.rowPositions[firstRow + r];
       const TapBank& bank = *job.verticalBank;
       const int skipped = Taps::kSkipsZeroTaps ? bank.firstTap[position.phase] : 0;
       const int count = Taps::kSkipsZeroTaps ? bank.tapCount[position.phase] : kTaps;
