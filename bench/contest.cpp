@@ -2,6 +2,8 @@
 
 #include <cstring>
 
+#include "levels/cpu_level.h"
+
 namespace bench {
 namespace {
 
@@ -19,6 +21,16 @@ std::string Name(const Contest& contest, const std::string& contestant) {
   std::string name = contest.work + "/" + Name(contest.in);
   if (Name(contest.out) != Name(contest.in)) name.append("-").append(Name(contest.out));
   return name.append("/").append(contestant);
+}
+
+void EnterLevels(const Contest& contest, const std::function<Run()>& make) {
+  for (const vidproc::Level level : vidproc::kAllLevels) {
+    if (!vidproc::IsLevelAvailable(level)) continue;
+    Enter(contest, std::string("vidproc-") + vidproc::LevelName(level), [=] {
+      vidproc::CapLevel(level);
+      return make();
+    });
+  }
 }
 
 void EnterCopy(const Contest& contest) {
@@ -58,6 +70,32 @@ std::vector<Contest> MemoryContests() {
         {.work = "memory", .in = {2 * out.width, 2 * out.height}, .out = out, .frames = Contest::kFromMemory});
   }
   return contests;
+}
+
+std::vector<Contest> AutomaticContests(int taps) {
+  std::vector<Contest> contests = ThreeScalings(taps == 16 ? "automatic16" : "automatic");
+  for (Contest& contest : contests) contest.format = Format::kI420;
+  return contests;
+}
+
+Contest AutomaticNv12Contest() {
+  return {.work = "automatic-nv12", .in = k720p, .out = k360p, .format = Format::kNv12};
+}
+
+Contest PostAutomaticContest() {
+  return {.work = "post-automatic", .in = k360p, .out = k720p, .format = Format::kI420};
+}
+
+Contest DenoiseContest(int taps) {
+  return {.work = taps == 16 ? "denoise16" : "denoise",
+          .in = k720p,
+          .out = k720p,
+          .format = Format::kI420,
+          .frames = kHistoryFrames};
+}
+
+Contest DenoiseAndScaleContest() {
+  return {.work = "denoise-and-scale", .in = k720p, .out = k360p, .format = Format::kI420, .frames = kHistoryFrames};
 }
 
 }  // namespace bench

@@ -33,6 +33,9 @@ using Run = std::function<void(const std::uint8_t* source, std::uint8_t* destina
 /// do with an entry: time it, or count its instructions.
 void Enter(const Contest& contest, const std::string& contestant, std::function<Run()> make);
 
+/// This library, at every level that the machine has; `make` is called with that level in use.
+void EnterLevels(const Contest& contest, const std::function<Run()>& make);
+
 /// A copy of the frame, as the floor.
 void EnterCopy(const Contest& contest);
 
@@ -57,5 +60,16 @@ Contest Nv12Contest();
 Contest NoiseContest();
 /// Halving with frames from memory.
 std::vector<Contest> MemoryContests();
+
+/// The checked interface, planar 4:2:0 unless said: automatic filter, 4 + 8 or 8 + 16 taps.
+std::vector<Contest> AutomaticContests(int taps);
+/// The same in one step between NV12 frames.
+Contest AutomaticNv12Contest();
+/// A decoded picture enlarged for the screen.
+Contest PostAutomaticContest();
+/// Edge-preserving taps and history at the input's size: softening 10 with 4 + 8 taps, 100 with 8 + 16.
+Contest DenoiseContest(int taps);
+/// The former of them, then halving, in one call.
+Contest DenoiseAndScaleContest();
 
 }  // namespace bench

@@ -68,10 +68,13 @@ Bytes Draw(Format format, Size size, int index) {
       *sample++ = scene.Luma(x + 1, y);
     }
   }
-  for (int y = 0; format == Format::kNv12 && y < size.height; y += 2) {
-    for (int pair = 0; pair < size.width / 2; ++pair) {
-      *sample++ = scene.Cb(pair, y);
-      *sample++ = scene.Cr(pair, y);
+  if (format == Format::kPacked422) return frame;
+  const std::ptrdiff_t chromaSamples = static_cast<std::ptrdiff_t>(size.width) * size.height / 4;
+  const std::ptrdiff_t step = format == Format::kNv12 ? 2 : 1, crOffset = format == Format::kNv12 ? 1 : chromaSamples;
+  for (int y = 0; y < size.height; y += 2) {
+    for (int pair = 0; pair < size.width / 2; ++pair, sample += step) {
+      *sample = scene.Cb(pair, y);
+      sample[crOffset] = scene.Cr(pair, y);
     }
   }
   return frame;
@@ -81,7 +84,7 @@ Bytes Draw(Format format, Size size, int index) {
 
 std::size_t FrameBytes(Format format, Size size) {
   const std::size_t pixels = static_cast<std::size_t>(size.width) * static_cast<std::size_t>(size.height);
-  return format == Format::kNv12 ? pixels * 3 / 2 : pixels * 2;
+  return format == Format::kPacked422 ? pixels * 2 : pixels * 3 / 2;
 }
 
 const Bytes& Frame(Format format, Size size, int index) {

@@ -1,5 +1,6 @@
 // What the benchmarks feed: a synthetic camera scene of smooth shading, edges, fine texture and sensor noise, whose
-// noise and foreground change from frame to frame. Packed 4:2:2 (2vuy), NV12, or planes for peers that take no others.
+// noise and foreground change from frame to frame. Packed 4:2:2 (2vuy), NV12, I420, or planes for peers that take no
+// others.
 #pragma once
 
 #include <cstddef>
@@ -14,7 +15,7 @@ struct Size {
   int height;
 };
 
-enum class Format { kPacked422, kNv12 };
+enum class Format { kPacked422, kNv12, kI420 };
 
 /// Frame memory, aligned as the pickiest peer asks.
 template <typename Value>

@@ -4,7 +4,6 @@
 #include <vector>
 
 #include "contest.h"
-#include "levels/cpu_level.h"
 #include "vidproc/video_processor.h"
 
 namespace bench {
@@ -24,16 +23,6 @@ std::shared_ptr<VideoProcessor> SetUp(InitFunction init, const Contest& contest,
        Unsigned(contest.out.width), Unsigned(contest.out.height), Stride(contest.out), Unsigned(strength), 0,
        Unsigned(soften));
   return {static_cast<VideoProcessor*>(handle), [](void* created) { PreProcCleanup(&created); }};
-}
-
-void EnterLevels(const Contest& contest, const std::function<Run()>& make) {
-  for (const vidproc::Level level : vidproc::kAllLevels) {
-    if (!vidproc::IsLevelAvailable(level)) continue;
-    Enter(contest, std::string("vidproc-") + vidproc::LevelName(level), [=] {
-      vidproc::CapLevel(level);
-      return make();
-    });
-  }
 }
 
 /// One member function of the processor on the two frames.

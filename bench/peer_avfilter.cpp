@@ -21,10 +21,11 @@ namespace {
 class Graph {
  public:
   Graph(const Contest& contest, const std::string& filters) {
-    for (int i = 0; i < contest.frames; ++i) frames.push_back(MakePlanarFrame(contest.in, i));
+    for (int i = 0; i < contest.frames; ++i) frames.push_back(MakePlanarFrame(contest.format, contest.in, i));
     graph->nb_threads = 1;
+    const std::string format = contest.format == Format::kPacked422 ? "yuv422p" : "yuv420p";
     const std::string arguments = "video_size=" + std::to_string(contest.in.width) + "x" +
-                                  std::to_string(contest.in.height) + ":pix_fmt=yuv422p:time_base=1/30";
+                                  std::to_string(contest.in.height) + ":pix_fmt=" + format + ":time_base=1/30";
     const auto create = [this](AVFilterContext** filter, const char* name, const char* options) {
       return avfilter_graph_create_filter(filter, avfilter_get_by_name(name), name, options, nullptr, graph.get()) >= 0;
     };
@@ -34,7 +35,7 @@ class Graph {
     *begin = {av_strdup("in"), source, 0, nullptr};
     *end = {av_strdup("out"), sink, 0, nullptr};
     // Both ends must keep the frames' format, or a conversion would be timed.
-    const std::string chain = "[in]" + filters + ",format=yuv422p[out]";
+    const std::string chain = "[in]" + filters + ",format=" + format + "[out]";
     isReady = avfilter_graph_parse_ptr(graph.get(), chain.c_str(), &end, &begin, nullptr) >= 0 &&
               avfilter_graph_config(graph.get(), nullptr) >= 0;
     avfilter_inout_free(&begin);
@@ -92,6 +93,11 @@ const bool kEntered = [] {
     Enter(contest, "smartblur+scale", "smartblur,scale=" + size + ":flags=bicubic");
   }
   Enter(NoiseContest(), "noise", "noise=c0s=8:c0f=t");
+  for (const int taps : {8, 16}) {
+    Enter(DenoiseContest(taps), "hqdn3d", "hqdn3d");
+    Enter(DenoiseContest(taps), "atadenoise", "atadenoise");
+  }
+  Enter(DenoiseAndScaleContest(), "hqdn3d+scale", "hqdn3d,scale=640:360:flags=bicubic");
   return true;
 }();
 

@@ -11,8 +11,9 @@ namespace {
 
 GstVideoInfo Describe(Format format, Size size) {
   GstVideoInfo info;
-  gst_video_info_set_format(&info, format == Format::kNv12 ? GST_VIDEO_FORMAT_NV12 : GST_VIDEO_FORMAT_UYVY,
-                            static_cast<guint>(size.width), static_cast<guint>(size.height));
+  constexpr GstVideoFormat kFormats[] = {GST_VIDEO_FORMAT_UYVY, GST_VIDEO_FORMAT_NV12, GST_VIDEO_FORMAT_I420};
+  gst_video_info_set_format(&info, kFormats[static_cast<int>(format)], static_cast<guint>(size.width),
+                            static_cast<guint>(size.height));
   return info;
 }
 
@@ -56,6 +57,9 @@ const bool kEntered = [] {
     Enter(contest, "gstreamer-lanczos", GST_VIDEO_RESAMPLER_METHOD_LANCZOS);
   }
   Enter(Nv12Contest(), "gstreamer-cubic", GST_VIDEO_RESAMPLER_METHOD_CUBIC);
+  for (const Contest& contest : AutomaticContests(8)) {
+    Enter(contest, "gstreamer-cubic", GST_VIDEO_RESAMPLER_METHOD_CUBIC);
+  }
   return true;
 }();
 

@@ -1,5 +1,6 @@
 // libyuv: packed frames through its conversions to planes and back, and NV12. kFilterLinear is its cheapest filter
-// (one row in, no vertical taps), kFilterBilinear the next; it has no bicubic one.
+// (one row in, no vertical taps), kFilterBilinear the next, kFilterBox the mean of what an output covers; it has no
+// bicubic one. Planar and NV12 frames go in as they are.
 #include <libyuv.h>
 
 #include <memory>
@@ -43,6 +44,15 @@ Run ScaleNv12(const Contest& contest, libyuv::FilterMode filter) {
   };
 }
 
+Run ScaleI420(const Contest& contest, libyuv::FilterMode filter) {
+  return [in = contest.in, out = contest.out, filter](const std::uint8_t* source, std::uint8_t* destination) {
+    const int inLuma = in.width * in.height, outLuma = out.width * out.height;
+    libyuv::I420Scale(source, in.width, source + inLuma, in.width / 2, source + inLuma * 5 / 4, in.width / 2, in.width,
+                      in.height, destination, out.width, destination + outLuma, out.width / 2,
+                      destination + outLuma * 5 / 4, out.width / 2, out.width, out.height, filter);
+  };
+}
+
 const bool kEntered = [] {
   for (const int soften : {10, 0}) {
     for (const Contest& contest : ScaleContests(soften)) {
@@ -53,8 +63,17 @@ const bool kEntered = [] {
   for (const Contest& contest : MemoryContests()) {
     Enter(contest, "libyuv-linear", [=] { return ScalePacked(contest, libyuv::kFilterLinear); });
   }
-  Enter(Nv12Contest(), "libyuv-linear", [] { return ScaleNv12(Nv12Contest(), libyuv::kFilterLinear); });
-  Enter(Nv12Contest(), "libyuv-bilinear", [] { return ScaleNv12(Nv12Contest(), libyuv::kFilterBilinear); });
+  for (const Contest& contest : {Nv12Contest(), AutomaticNv12Contest()}) {
+    Enter(contest, "libyuv-linear", [=] { return ScaleNv12(contest, libyuv::kFilterLinear); });
+    Enter(contest, "libyuv-bilinear", [=] { return ScaleNv12(contest, libyuv::kFilterBilinear); });
+    Enter(contest, "libyuv-box", [=] { return ScaleNv12(contest, libyuv::kFilterBox); });
+  }
+  for (const int taps : {8, 16}) {
+    for (const Contest& contest : AutomaticContests(taps)) {
+      Enter(contest, "libyuv-bilinear", [=] { return ScaleI420(contest, libyuv::kFilterBilinear); });
+      Enter(contest, "libyuv-box", [=] { return ScaleI420(contest, libyuv::kFilterBox); });
+    }
+  }
   return true;
 }();
 

@@ -20,7 +20,8 @@ void Enter(const char* contestant, const char* filters) {
     const std::shared_ptr<void> mode(pp_get_mode_by_name_and_quality(filters, PP_QUALITY_MAX), pp_free_mode);
     const std::shared_ptr<void> context(pp_get_context(size.width, size.height, PP_FORMAT_422 | PP_CPU_CAPS_AUTO),
                                         pp_free_context);
-    const std::shared_ptr<AVFrame> in = MakePlanarFrame(size, 0), out = MakePlanarFrame(size, 0);
+    const std::shared_ptr<AVFrame> in = MakePlanarFrame(contest.format, size, 0),
+                                   out = MakePlanarFrame(contest.format, size, 0);
     if (mode == nullptr || context == nullptr || in == nullptr || out == nullptr) return {};
     return [=](const std::uint8_t*, std::uint8_t*) {
       const std::uint8_t* sources[3] = {in->data[0], in->data[1], in->data[2]};

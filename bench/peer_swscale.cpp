@@ -1,5 +1,6 @@
-// libswscale: packed frames in and out, and NV12.
+// libswscale: packed frames in and out, NV12 and I420.
 extern "C" {
+#include <libavutil/imgutils.h>
 #include <libswscale/swscale.h>
 }
 
@@ -12,19 +13,18 @@ namespace {
 
 void Enter(const Contest& contest, const char* contestant, int flags) {
   Enter(contest, contestant, [=]() -> Run {
-    const bool isNv12 = contest.format == Format::kNv12;
-    const AVPixelFormat format = isNv12 ? AV_PIX_FMT_NV12 : AV_PIX_FMT_UYVY422;
+    constexpr AVPixelFormat kFormats[] = {AV_PIX_FMT_UYVY422, AV_PIX_FMT_NV12, AV_PIX_FMT_YUV420P};
+    const AVPixelFormat format = kFormats[static_cast<int>(contest.format)];
     const Size in = contest.in, out = contest.out;
     const std::shared_ptr<SwsContext> context(
         sws_getContext(in.width, in.height, format, out.width, out.height, format, flags, nullptr, nullptr, nullptr),
         sws_freeContext);
     if (context == nullptr) return {};
     return [=](const std::uint8_t* source, std::uint8_t* destination) {
-      const int bytesPerPixel = isNv12 ? 1 : 2;
-      const std::uint8_t* const sources[4] = {source, source + in.width * in.height};
-      std::uint8_t* const destinations[4] = {destination, destination + out.width * out.height};
-      const int sourceStrides[4] = {bytesPerPixel * in.width, in.width};
-      const int destinationStrides[4] = {bytesPerPixel * out.width, out.width};
+      std::uint8_t *sources[4], *destinations[4];
+      int sourceStrides[4], destinationStrides[4];
+      av_image_fill_arrays(sources, sourceStrides, source, format, in.width, in.height, 1);
+      av_image_fill_arrays(destinations, destinationStrides, destination, format, out.width, out.height, 1);
       sws_scale(context.get(), sources, sourceStrides, 0, in.height, destinations, destinationStrides);
     };
   });
@@ -36,7 +36,10 @@ const bool kEntered = [] {
   }
   for (const Contest& contest : MemoryContests()) Enter(contest, "swscale-bicubic", SWS_BICUBIC);
   for (const Contest& contest : PostScaleContests()) Enter(contest, "swscale-lanczos", SWS_LANCZOS);
-  Enter(Nv12Contest(), "swscale-bicubic", SWS_BICUBIC);
+  for (const Contest& contest : {Nv12Contest(), AutomaticNv12Contest()}) Enter(contest, "swscale-bicubic", SWS_BICUBIC);
+  for (const Contest& contest : AutomaticContests(8)) Enter(contest, "swscale-bicubic", SWS_BICUBIC);
+  for (const Contest& contest : AutomaticContests(16)) Enter(contest, "swscale-lanczos", SWS_LANCZOS);
+  Enter(PostAutomaticContest(), "swscale-lanczos", SWS_LANCZOS);
   return true;
 }();
 

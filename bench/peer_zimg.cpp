@@ -1,7 +1,9 @@
-// zimg: planes in its graph; packed frames are taken apart and put together row by row in its callbacks, in cache.
+// zimg: planes in its graph; packed frames are taken apart and put together row by row in its callbacks, in cache, and
+// so is the chroma of NV12. Where the processor has AVX-512, it is entered with and without it.
 #include <zimg.h>
 
 #include <memory>
+#include <string>
 
 #include "contest.h"
 
@@ -34,6 +36,16 @@ struct Sides {
     width = size.width;
     height = size.height;
   }
+  /// Planes of the frame itself need no conversion.
+  void UseWholePlanes(std::uint8_t* frame) {
+    if (format == Format::kPacked422) return;
+    planes.plane[0] = {frame, width, ZIMG_BUFFER_MAX};
+    if (format != Format::kI420) return;
+    std::uint8_t* const chroma = frame + static_cast<std::ptrdiff_t>(width) * height;
+    planes.plane[1] = {chroma, width / 2, ZIMG_BUFFER_MAX};
+    planes.plane[2] = {chroma + static_cast<std::ptrdiff_t>(width) * height / 4, width / 2, ZIMG_BUFFER_MAX};
+  }
+
   void TakeRows(unsigned lines) {
     planes.version = ZIMG_API_VERSION;
     const unsigned mask = zimg_select_buffer_mask(lines);
@@ -76,7 +88,7 @@ zimg_image_format Describe(Format format, Size size) {
   description.height = static_cast<unsigned>(size.height);
   description.pixel_type = ZIMG_PIXEL_BYTE;
   description.subsample_w = 1;
-  description.subsample_h = format == Format::kNv12 ? 1 : 0;
+  description.subsample_h = format == Format::kPacked422 ? 0 : 1;
   description.color_family = ZIMG_COLOR_YUV;
   description.pixel_range = ZIMG_RANGE_LIMITED;
   return description;
@@ -87,7 +99,7 @@ struct Scaler {
   Bytes working;
   Sides in, out;
 
-  Scaler(const Contest& contest, zimg_resample_filter_e filter) {
+  Scaler(const Contest& contest, zimg_resample_filter_e filter, zimg_cpu_type_e cpu) {
     in.Shape(contest.format, contest.in);
     out.Shape(contest.format, contest.out);
     const zimg_image_format source = Describe(contest.format, contest.in);
@@ -96,7 +108,7 @@ struct Scaler {
     zimg_graph_builder_params_default(&parameters, ZIMG_API_VERSION);
     parameters.resample_filter = filter;
     parameters.resample_filter_uv = filter;
-    parameters.cpu_type = ZIMG_CPU_AUTO_64B;
+    parameters.cpu_type = cpu;
     graph.reset(zimg_filter_graph_build(&source, &destination, &parameters));
     if (graph == nullptr) return;
     std::size_t bytes = 0;
@@ -112,31 +124,35 @@ struct Scaler {
   void Process(const std::uint8_t* source, std::uint8_t* destination) {
     in.source = source;
     out.destination = destination;
-    if (in.format == Format::kNv12) {  // luma needs no conversion
-      UseWholePlane(in, const_cast<std::uint8_t*>(source));
-      UseWholePlane(out, destination);
-    }
+    in.UseWholePlanes(const_cast<std::uint8_t*>(source));
+    out.UseWholePlanes(destination);
     const zimg_image_buffer& from = in.planes;
     zimg_image_buffer_const readable{};
     readable.version = from.version;
     for (int p = 0; p < 3; ++p) {
       readable.plane[p] = {from.plane[p].data, from.plane[p].stride, from.plane[p].mask};
     }
-    zimg_filter_graph_process(graph.get(), &readable, &out.planes, working.data(), Unpack, &in, Pack, &out);
-  }
-
- private:
-  static void UseWholePlane(Sides& side, std::uint8_t* luma) {
-    side.planes.plane[0] = {luma, side.width, ZIMG_BUFFER_MAX};
+    const bool isPlanar = in.format == Format::kI420;
+    zimg_filter_graph_process(graph.get(), &readable, &out.planes, working.data(), isPlanar ? nullptr : Unpack, &in,
+                              isPlanar ? nullptr : Pack, &out);
   }
 };
 
-void Enter(const Contest& contest, const char* contestant, zimg_resample_filter_e filter) {
+void Enter(const Contest& contest, const std::string& contestant, zimg_resample_filter_e filter, zimg_cpu_type_e cpu) {
   Enter(contest, contestant, [=]() -> Run {
-    const auto scaler = std::make_shared<Scaler>(contest, filter);
+    const auto scaler = std::make_shared<Scaler>(contest, filter, cpu);
     if (scaler->graph == nullptr) return {};
     return [=](const std::uint8_t* source, std::uint8_t* destination) { scaler->Process(source, destination); };
   });
+}
+
+void Enter(const Contest& contest, const std::string& contestant, zimg_resample_filter_e filter) {
+#if defined(__x86_64__)
+  Enter(contest, contestant, filter, ZIMG_CPU_X86_AVX2);
+  if (__builtin_cpu_supports("avx512bw")) Enter(contest, contestant + "-avx512", filter, ZIMG_CPU_AUTO_64B);
+#else
+  Enter(contest, contestant, filter, ZIMG_CPU_AUTO);
+#endif
 }
 
 const bool kEntered = [] {
@@ -152,7 +168,12 @@ const bool kEntered = [] {
   for (const char* work : {"adaptive16", "smoothing"}) {
     for (const Contest& contest : AdaptiveContests(work)) Enter(contest, "zimg-lanczos", ZIMG_RESIZE_LANCZOS);
   }
-  Enter(Nv12Contest(), "zimg-bicubic", ZIMG_RESIZE_BICUBIC);
+  for (const Contest& contest : {Nv12Contest(), AutomaticNv12Contest()}) {
+    Enter(contest, "zimg-bicubic", ZIMG_RESIZE_BICUBIC);
+  }
+  for (const Contest& contest : AutomaticContests(8)) Enter(contest, "zimg-bicubic", ZIMG_RESIZE_BICUBIC);
+  for (const Contest& contest : AutomaticContests(16)) Enter(contest, "zimg-lanczos", ZIMG_RESIZE_LANCZOS);
+  Enter(PostAutomaticContest(), "zimg-lanczos", ZIMG_RESIZE_LANCZOS);
   return true;
 }();
 
