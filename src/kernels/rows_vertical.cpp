@@ -39,6 +39,22 @@ void FilterTapsInBytes(const VerticalRowJob& job) {
   });
 }
 
+/// Two equal taps, as the automatic filter has them at 2:1: (64 a + 64 b + 64) >> 7 is the rounded mean.
+void AverageRows(const VerticalRowJob& job) {
+  constexpr int kStep = 2 * kVectorBytes;
+  // Copies, because bytes that are stored might be those of the job.
+  const std::uint8_t* const first = job.rows[0];
+  const std::uint8_t* const second = job.rows[1];
+  const int bytes = job.bytes;
+  WithRoomForStep(job.out, bytes, kStep, [=](std::uint8_t* out) {
+    for (int start = 0; start < bytes; start += kStep) {
+      const int b = VectorStart(start, bytes, kStep);
+      PlaneResult{out}.Put(b, Average(LoadU8(first + b), LoadU8(second + b)),
+                           Average(LoadU8(first + b + kVectorBytes), LoadU8(second + b + kVectorBytes)));
+    }
+  });
+}
+
 template <int kShift>
 void FilterInBytes(const VerticalRowJob& job) {
   switch (job.taps->count) {
@@ -60,9 +76,12 @@ void FilterInBytes(const VerticalRowJob& job) {
 
 template <int kShift>
 void Filter(const VerticalRowJob& job) {
+  constexpr int kHalf = 1 << (kShift - 1);
   const VerticalTaps& taps = *job.taps;
   if (taps.count == 1 && taps.coefficient[0] == 1 << kShift) {
     __builtin_memcpy(job.out, job.rows[0], static_cast<std::size_t>(job.bytes));
+  } else if (taps.count == 2 && taps.coefficient[0] == kHalf && taps.coefficient[1] == kHalf) {
+    AverageRows(job);
   } else if (taps.inBytes) {
     FilterInBytes<kShift>(job);
   } else {

@@ -117,9 +117,9 @@ int DrawLength(int step, Random& random) {
 }
 
 using Bank = std::int16_t[16][kMaxTaps];
-enum class Weights { kRandom, kLobes, kIdentity, kSharpened, kBounds };
-constexpr Weights kAllWeights[] = {Weights::kRandom, Weights::kLobes, Weights::kIdentity, Weights::kSharpened,
-                                   Weights::kBounds};
+enum class Weights { kRandom, kLobes, kIdentity, kEqualPair, kSharpened, kBounds };
+constexpr Weights kAllWeights[] = {Weights::kRandom,    Weights::kLobes,     Weights::kIdentity,
+                                   Weights::kEqualPair, Weights::kSharpened, Weights::kBounds};
 
 /// Totals of positive and of negative taps around the bounds of 16-bit sums of bytes, beside one tap around those of a
 /// byte.
@@ -141,6 +141,10 @@ void DrawPhase(Weights weights, int taps, int shift, Random& random, std::int16_
   if (weights == Weights::kBounds) return DrawNearBounds(taps, random, c);
   if (weights == Weights::kRandom) {
     for (int t = 0; t < taps; ++t) c[t] = static_cast<std::int16_t>(random.Between(-300, 300));
+    return;
+  }
+  if (weights == Weights::kEqualPair) {
+    c[centre] = c[centre + random.Between(1, taps / 2)] = static_cast<std::int16_t>(random.Pick({32, 64}));
     return;
   }
   c[centre + random.Between(0, 1)] = static_cast<std::int16_t>(1 << shift);
