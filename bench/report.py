@@ -13,9 +13,32 @@ OWN = "vidproc-"
 LEVELS = ["scalar", "sse2", "sse41", "avx2", "avx512", "avx512vbmi", "neon"]  # as the library orders them
 SHOWN_AS_RATIO = ["avx2", "avx512", "avx512vbmi", "neon"]
 SCALE_TAPS = 8  # horizontal; half as many vertical ones
+PLANAR_420 = ("automatic", "automatic16", "automatic-nv12", "post-automatic", "denoise-and-scale", "nv12")
+
+# The panels of the picture: a question, its work and sizes, and the peers that people would take instead.
+PANELS = [
+    ("Halve a camera's frame\n1280x720 to 640x360", "automatic/1280x720-640x360",
+     {"libyuv-box": "libyuv box", "zimg-bicubic": "zimg bicubic", "swscale-bicubic": "swscale bicubic"}),
+    ("1080p to 720p", "automatic/1920x1080-1280x720",
+     {"libyuv-box": "libyuv box", "zimg-bicubic": "zimg bicubic", "swscale-bicubic": "swscale bicubic"}),
+    ("Enlarge a decoded frame\n640x360 to 1280x720", "post-automatic/640x360-1280x720",
+     {"zimg-lanczos": "zimg Lanczos", "swscale-lanczos": "swscale Lanczos"}),
+    ("Remove noise\n1280x720", "denoise/1280x720",
+     {"avfilter-hqdn3d": "hqdn3d", "avfilter-atadenoise": "atadenoise"}),
+    ("Remove noise and halve\n1280x720 to 640x360", "denoise-and-scale/1280x720-640x360",
+     {"avfilter-hqdn3d+scale": "hqdn3d, scale"}),
+    ("Deblock\n1280x720", "deblock/1280x720", {"postproc-hb+vb": "libpostproc hb/vb"}),
+]
 
 # What each work is, in the order of the page.
 WORKS = {
+    "automatic": "Checked interface: I420, automatic filter, 8 + 4 taps",
+    "automatic16": "Checked interface: I420, automatic filter, 16 + 8 taps",
+    "automatic-nv12": "Checked interface: NV12, automatic filter, 8 + 4 taps",
+    "post-automatic": "Checked interface: I420 decoded and enlarged, automatic filter, 8 + 4 taps",
+    "denoise": "Checked interface: denoising of I420, edge 1, softening 10, history 100",
+    "denoise16": "Checked interface: denoising of I420 with 16 + 8 taps, edge 1, softening 100, history 100",
+    "denoise-and-scale": "Checked interface: I420, denoising (softening 10) and scaling in one call",
     "scale10": "Plain scaler, softening level 10",
     "scale0": "Plain scaler, softening level 0",
     "lumashift": "Plain scaler with luma gain and offset, softening level 10",
@@ -92,7 +115,7 @@ class Limits:
             rows.append(("*multiplications*", [self.multiply_ms(s) for s in all_sizes]))
         place = "memory" if work == "memory" else "cache"
         if any("-" in s for s in all_sizes) and work != "setup" and place in self.copy_bytes_per_ms:
-            bytes_per_pixel = 1.5 if work == "nv12" else 2.0
+            bytes_per_pixel = 1.5 if work in PLANAR_420 else 2.0
             rows.append(("*source in, destination out*", [self.copy_ms(s, place, bytes_per_pixel) for s in all_sizes]))
         return rows
 
@@ -160,9 +183,10 @@ def write_page(results, context, path):
         f"Measured on {processor()} ({caches}), {context['date'][:10]}, one thread.",
         "",
         "Milliseconds of one frame: the fastest of many runs in random order, by the thread's own time. Frames are a "
-        "synthetic camera scene; they stay warm in a cache except where the title says otherwise. Packed 4:2:2 in and "
-        "out: zimg and libyuv convert to planes and back, which is timed; the FFmpeg filters get the planes they want, "
-        "which is not.",
+        "synthetic camera scene; they stay warm in a cache except where the title says otherwise. I420 goes in and out "
+        "as it is, the best case of all. Where the title does not name I420 or NV12, frames are packed 4:2:2: zimg and "
+        "libyuv convert to planes and back, which is timed; the FFmpeg filters get the planes they want, which is "
+        "not.",
         "",
         f"In brackets: times as long as this library at {', '.join(shown) or 'its levels'}.",
         "",
@@ -170,7 +194,7 @@ def write_page(results, context, path):
         "all 8 + 4 taps as 16-bit products, which a kernel beats that skips taps of zero or multiplies bytes in pairs; "
         "*source in, destination out* is the time for reading and writing each frame once.",
         "",
-        "![Ratios to the other libraries, and time per output pixel](performance.png)",
+        "![Milliseconds of a frame beside other libraries](performance.png)",
     ]
     for work, title in WORKS.items():
         if work in results:
@@ -183,44 +207,39 @@ def draw(results, path):
     matplotlib.use("Agg")
     import matplotlib.pyplot as plt
 
-    figure, (ratios, per_pixel) = plt.subplots(1, 2, figsize=(14, 8), width_ratios=(3, 2))
-
-    bars = []
-    for work in (w for w in WORKS if w in results and w != "memory"):
-        for sizes, column in results[work].items():
-            levels = [level for level in own_levels(column) if level in SHOWN_AS_RATIO]
-            if not levels:
-                continue
-            for peer in sorted((c for c in column if not c.startswith(OWN)), key=column.get):
-                own = column[OWN + levels[-1]]
-                bars.append((f"{work} {sizes}: {peer}", column[peer] / own, f"{column[peer]:.3g} / {own:.3g} ms"))
-    bars.reverse()
-    names, heights, labels = zip(*bars) if bars else ([], [], [])
-    drawn = ratios.barh(names, heights, color=["tab:green" if h >= 1 else "tab:red" for h in heights])
-    ratios.bar_label(drawn, labels, fontsize=5, padding=2)
-    ratios.tick_params(axis="y", labelsize=6)
-    ratios.set_xscale("log")
-    ratios.axvline(1, color="black", linewidth=0.8)
-    ratios.set_xlabel("time of the other / time of this library at its best level")
-    ratios.margins(x=0.12, y=0.01)
-
-    by_sizes = sorted(results.get("memory", {}).items(), key=lambda item: pixels(item[0].split("-")[1]))
-    contestants = {c for _, column in by_sizes for c in column if c != OWN + "scalar"}
-    for contestant in sorted(contestants):
-        points = [(pixels(s.split("-")[1]), column[contestant]) for s, column in by_sizes if contestant in column]
-        per_pixel.plot([p for p, _ in points], [1e6 * ms / p for p, ms in points], marker="o", label=contestant,
-                       linestyle="-" if contestant.startswith(OWN) else "--")
-    limits = Limits(results)
-    if by_sizes and "memory" in limits.copy_bytes_per_ms:
-        per_pixel.plot([pixels(s.split("-")[1]) for s, _ in by_sizes],
-                       [1e6 * limits.copy_ms(s, "memory") / pixels(s.split("-")[1]) for s, _ in by_sizes],
-                       color="grey", linestyle=":", label="source in, destination out")
-    per_pixel.set(xscale="log", yscale="log", xlabel="output pixels (2:1, frames from memory)",
-                  ylabel="ns per output pixel")
-    if by_sizes:
-        per_pixel.legend(fontsize=7, loc="upper center", bbox_to_anchor=(0.5, -0.08), ncols=2)
+    panels = [(title, results[work][sizes], peers) for title, place, peers in PANELS
+              for work, sizes in [place.split("/")] if sizes in results.get(work, {})]
+    if not panels:
+        return
+    rows = (len(panels) + 1) // 2
+    figure, axes = plt.subplots(rows, 2, figsize=(9, 2.3 * rows), squeeze=False)
+    for axis, panel in zip(axes.flat, panels):
+        draw_panel(axis, *panel)
+    for axis in list(axes.flat)[len(panels):]:
+        axis.set_axis_off()
+    figure.suptitle("Milliseconds of a frame on one core: shorter is better", fontsize=13)
     figure.tight_layout()
-    figure.savefig(path, dpi=110)
+    figure.savefig(path, dpi=100)
+
+
+def draw_panel(axis, title, column, peers):
+    """Bars of this library at its widest levels and of the peers, with how much longer these take."""
+    levels = [level for level in own_levels(column) if level in SHOWN_AS_RATIO and level != "avx512"]
+    own = [(f"vidproc, {level}", column[OWN + level]) for level in levels]
+    others = sorted(((name, column[peer]) for peer, name in peers.items() if peer in column), key=lambda bar: bar[1])
+    names, heights = zip(*own, *others)
+    bars = axis.barh(names, heights, color=["tab:green"] * len(own) + ["silver"] * len(others))
+    fastest = min(height for _, height in own)
+    labels = [f"{height:.2g} ms" for _, height in own]
+    labels += [f"{height:.2g} ms, {height / fastest:.1f} x" for _, height in others]
+    axis.bar_label(bars, labels, padding=3, fontsize=10)
+    axis.invert_yaxis()
+    axis.set_title(title, fontsize=11, loc="left")
+    axis.set_xlim(0, 1.45 * max(heights))
+    axis.xaxis.set_visible(False)
+    axis.tick_params(axis="y", labelsize=10, length=0)
+    for side in ("top", "right", "bottom"):
+        axis.spines[side].set_visible(False)
 
 
 def main():
