@@ -56,7 +56,8 @@ class VIDPROC_API VideoProcessor {
   std::uint8_t temporalStrength;
   /// Flag: no temporal history yet. Set by construction only; cleared by every run of a kernel with a temporal stage.
   std::uint8_t temporalFirstFrame;
-  /// Owned history: packed rows after the temporal filter, transposed columns after the adaptive kernels.
+  /// Owned history: packed rows after the temporal filter, transposed columns after the adaptive kernels. Buffers that
+  /// are owned come zero-filled from calloc and go to free.
   std::uint8_t* previousFrame;
   /// Deblocking strength 0..255; deblocking runs above 20.
   std::uint8_t deblockLevel;
