@@ -24,17 +24,16 @@ bool KeepsBytes(const TapBank& bank, int phase, int unity) {
   return sum <= unity;
 }
 
-/// Signed byte taps whose sums of bytes stay inside 16 bits, rounding included, in any order: positive ones of at most
-/// 128, negative ones of at least -128.
-bool KeepsWords(const TapBank& bank, int phase, int unity) {
+/// Signed byte taps whose sums of bytes, and `rounding` added, stay inside 16 bits in any order.
+bool KeepWords(const std::int16_t* coefficients, int count, int rounding) {
   int positive = 0;
   int negative = 0;
-  for (int tap = 0; tap < bank.taps; ++tap) {
-    const int coefficient = bank.coefficient[phase][tap];
+  for (int tap = 0; tap < count; ++tap) {
+    const int coefficient = coefficients[tap];
     if (coefficient < -128 || coefficient > 127) return false;
     (coefficient > 0 ? positive : negative) += coefficient;
   }
-  return positive * kMaxByte + unity / 2 <= INT16_MAX && negative * kMaxByte >= INT16_MIN;
+  return positive * kMaxByte + rounding <= INT16_MAX && negative * kMaxByte >= INT16_MIN;
 }
 
 /// The centre tap takes what is left of 128, whatever the bank says.
@@ -55,10 +54,8 @@ bool ByteRowsAreExact(const TapBank& vertical, const TapBank& horizontal, std::i
   const int unity = 1 << precisionBits;
   for (int phase = 0; phase < kPhases; ++phase) {
     if (UsesPhase(vertical, phase) && !KeepsBytes(vertical, phase, unity)) return false;
-    if (UsesPhase(horizontal, phase) && !KeepsWords(horizontal, phase, unity) &&
-        !IsIdentity(horizontal, phase, unity)) {
-      return false;
-    }
+    if (!UsesPhase(horizontal, phase) || IsIdentity(horizontal, phase, unity)) continue;
+    if (!KeepWords(horizontal.coefficient[phase], horizontal.taps, unity / 2)) return false;
   }
   return true;
 }
@@ -70,6 +67,8 @@ bool ByteColumnsAreExact(const TapBank& vertical, const TapBank& horizontal) {
   }
   return true;
 }
+
+bool ByteProductsFitWords(const std::int16_t* coefficients, int count) { return KeepWords(coefficients, count, 0); }
 
 bool AdaptiveCurveFitsBytes(std::int32_t adaptive) { return adaptive >= 1 && adaptive <= 8; }
 

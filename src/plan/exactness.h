@@ -19,6 +19,10 @@ bool ByteRowsAreExact(const TapBank& vertical, const TapBank& horizontal, std::i
 /// tap at least 0 of 128.
 bool ByteColumnsAreExact(const TapBank& vertical, const TapBank& horizontal);
 
+/// Row kernels: `count` signed byte taps whose sums of bytes stay inside 16 bits in any order, before rounding:
+/// positive ones of at most 128, negative ones of at least -128.
+bool ByteProductsFitWords(const std::int16_t* coefficients, int count);
+
 // --- Settings ---
 
 /// Tap weights in bytes: shifts of the difference weight curve of 0 to 7, that is `adaptive` 1 to 8. From 8 on large

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "plan/byte_sums.h"
+#include "plan/exactness.h"
 #include "plan/row_taps.h"
 
 namespace vidproc {

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <utility>
 
-#include "plan/byte_sums.h"
+#include "plan/exactness.h"
 
 namespace vidproc {
 namespace {

@@ -168,6 +168,18 @@ TEST(ByteRows, ShufflesReachTwoSamplesPerOutput) {
   }
 }
 
+// tests/kernels/rows_test.cpp runs the row kernels on taps of both sides of this bound.
+TEST(ByteProducts, TapsAtTheBounds) {
+  const struct {
+    std::vector<std::int16_t> taps;
+    bool fit;
+  } cases[] = {{{127, 1}, true},    {{127, 2}, false},      {{128}, false}, {{-128}, true},
+               {{-128, -1}, false}, {{127, -128, 1}, true}, {{-129}, false}};
+  for (const auto& [taps, fit] : cases) {
+    EXPECT_EQ(vidproc::ByteProductsFitWords(taps.data(), static_cast<int>(taps.size())), fit) << taps[0];
+  }
+}
+
 TEST(ByteColumns, BanksAtTheBounds) {
   // The centre taps are 1 and 3; what they say does not count.
   const BankCase kCases[] = {
