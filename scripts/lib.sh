@@ -5,7 +5,9 @@ set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 
 buildPackages=(g++ cmake ninja-build)
-toolPackages=(pkg-config libcli11-dev nlohmann-json3-dev libavformat-dev libavcodec-dev libavutil-dev libswscale-dev)
+scenePackages=(pkg-config libcairo2-dev fonts-dejavu-core)
+toolPackages=("${scenePackages[@]}" libcli11-dev nlohmann-json3-dev libavformat-dev libavcodec-dev libavutil-dev
+  libswscale-dev)
 testPackages=(libgtest-dev)
 clangPackages=(clang libclang-rt-dev llvm)
 lintPackages=(clang-format clang-tidy git)

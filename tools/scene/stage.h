@@ -1,0 +1,67 @@
+// The scene as painted colours: what stands still is painted once, what moves anew for every moment.
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+
+#include "scene/drawing.h"
+
+namespace vidproc::scene {
+
+struct Area {
+  int left, top, right, bottom;  ///< right and bottom lie outside
+};
+
+/// 32 bits a pixel: unused, red, green, blue from the highest.
+struct RgbPicture {
+  const std::uint8_t* bytes;
+  std::ptrdiff_t rowBytes;
+  const std::uint32_t* Row(int y) const { return reinterpret_cast<const std::uint32_t*>(bytes + y * rowBytes); }
+};
+
+/// Sways, talks and waves.
+class Presenter {
+ public:
+  /// For pictures of `scale` pixels a scene unit.
+  explicit Presenter(double scale);
+  void Paint(cairo_t* context, double seconds) const;
+
+ private:
+  drawing::SurfacePtr torso;  ///< painted once: it only moves from side to side
+};
+
+class Stage {
+ public:
+  Stage(int width, int height);
+  /// Paints the moment into the moving areas.
+  void Play(double seconds);
+  RgbPicture Picture() { return {canvas.Pixels(), canvas.RowBytes()}; }
+  const std::array<Area, 2>& MovingAreas() const { return areas; }
+
+ private:
+  Area AreaOf(drawing::Point from, drawing::Point to) const;
+  void ShowRoom(const Area& area);
+  template <typename Painter>
+  void Repaint(const Area& area, Painter paint);
+
+  int width, height;
+  drawing::Canvas room;  ///< what stands still
+  drawing::Canvas canvas;
+  std::array<Area, 2> areas;  ///< presenter, clock
+  Presenter presenter;
+};
+
+// Painters. They work in units of a 900th of the height of a 16:9 picture, x to the right from the middle, y downwards
+// from the lower edge, so that -800 <= x <= 800 and -900 <= y <= 0; other shapes of picture show more of wall and desk.
+
+struct Box {
+  drawing::Point from, to;
+};
+inline constexpr Box kPresenterBox{{-420, -800}, {440, -104}};
+inline constexpr Box kClockBox{{-490, -800}, {-290, -600}};
+
+void PaintRoom(cairo_t* context);
+void PaintClockHands(cairo_t* context, double seconds);
+
+}  // namespace vidproc::scene
