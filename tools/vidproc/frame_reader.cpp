@@ -12,7 +12,10 @@ namespace {
 constexpr std::int64_t kSyntheticFrames = 150;
 
 std::unique_ptr<FrameSource> OpenSource(const InputOptions& options) {
-  if (options.synthetic) return OpenSyntheticScene(options.syntheticSize, static_cast<std::uint32_t>(options.seed));
+  if (options.synthetic) {
+    return OpenSyntheticScene(options.syntheticSize, static_cast<std::uint32_t>(options.seed),
+                              static_cast<double>(options.syntheticNoise) / 100);
+  }
   if (!options.rawFormat.empty()) return OpenRaw(options.path, options.rawFormat, options.rawSize);
   if (options.path == "-" || options.path.ends_with(".y4m")) return OpenY4m(options.path);
   return OpenDecoder(options.path);

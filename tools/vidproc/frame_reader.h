@@ -25,7 +25,7 @@ class FrameSource {
 std::unique_ptr<FrameSource> OpenDecoder(const std::string& path);
 std::unique_ptr<FrameSource> OpenY4m(const std::string& path);
 std::unique_ptr<FrameSource> OpenRaw(const std::string& path, const std::string& format, Size size);
-std::unique_ptr<FrameSource> OpenSyntheticScene(Size size, std::uint32_t seed);
+std::unique_ptr<FrameSource> OpenSyntheticScene(Size size, std::uint32_t seed, double noise);
 
 /// Fields that every frame of a source without its own frame objects shares; the bytes are borrowed.
 void DescribeFrame(const StreamInfo& info, AVPixelFormat format, const std::uint8_t* bytes, std::int64_t pts,

@@ -147,6 +147,9 @@ void AddInput(CLI::App& command, InputOptions& input, const std::string& seeded 
   command.add_flag("--synthetic", input.synthetic, "render a camera scene instead of reading a file")->excludes(path);
   AddSize(command, "--synthetic-size", input.syntheticSize, "size of the synthetic scene (default 1280x720)")
       ->excludes(path);
+  AddNumber(command, "--synthetic-noise", input.syntheticNoise, 0, 1000,
+            "noise of the synthetic scene in percent of a webcam's (default 100)")
+      ->excludes(path);
   CLI::Option* raw =
       command.add_option("--raw", input.rawFormat, "IN holds raw frames: uyvy422 or nv12, taken as 30 a second")
           ->check(CLI::IsMember({"uyvy422", "nv12"}))

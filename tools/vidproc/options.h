@@ -19,7 +19,8 @@ struct InputOptions {
   std::string path;  ///< empty: the synthetic scene; "-": standard input
   bool synthetic = false;
   Size syntheticSize{1280, 720};
-  std::string rawFormat;  ///< empty, "uyvy422" or "nv12"
+  std::int64_t syntheticNoise = 100;  ///< percent of a webcam's
+  std::string rawFormat;              ///< empty, "uyvy422" or "nv12"
   Size rawSize;
   std::int64_t frames = 0;  ///< 0: all
   std::int64_t seed = 1;
