@@ -1,14 +1,18 @@
-// A picture of one frame before and after, side by side at the same height, with a label over each.
+// A picture of one frame before and after: both side by side in the same shape, and under each its middle enlarged,
+// where noise and fine detail show.
 #pragma once
+
+extern "C" {
+#include <libavutil/frame.h>
+}
 
 #include <string>
 
-#include "image.h"
-#include "picture.h"
+#include "scene/drawing.h"
 
 namespace vidproc::tool {
 
-/// The taller of the two sets the height, so that detail lost or kept shows at full size. `colour` goes for both.
-Image ComparePicture(const Picture& before, const Picture& after, const ColourTags& colour, const std::string& what);
+/// The frames' own fields tell what their samples mean; `what` says how the second was made.
+drawing::Canvas ComparePicture(const AVFrame& before, const AVFrame& after, const std::string& what);
 
 }  // namespace vidproc::tool

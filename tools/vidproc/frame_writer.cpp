@@ -46,15 +46,15 @@ class Y4mWriter final : public FrameWriter {
 
 class PngWriter final : public FrameWriter {
  public:
-  PngWriter(const std::string& path, const StreamInfo& info) : FrameWriter(path), colour(info.colour) {}
+  PngWriter(const std::string& path, const StreamInfo& info) : FrameWriter(path), info(info) {}
   void Write(const Picture& picture) override { last = picture; }
   void Finish() override {
-    WritePng(file, ToRgb(last, colour, last.size));
+    WritePng(file, ToCanvas(*WrapPicture(last, info)));
     FrameWriter::Finish();
   }
 
  private:
-  ColourTags colour;
+  StreamInfo info;
   Picture last;
 };
 

@@ -153,6 +153,14 @@ FramePtr WrapFrame(AVPixelFormat format, Size size, const std::uint8_t* bytes) {
   return frame;
 }
 
+FramePtr WrapPicture(const Picture& picture, const StreamInfo& info) {
+  FramePtr frame = WrapFrame(PackedFormat(picture.layout), picture.size, picture.bytes.data());
+  frame->colorspace = MatrixOf(info.colour, picture.size);
+  frame->color_range = AVCOL_RANGE_MPEG;
+  frame->sample_aspect_ratio = info.sampleAspect;
+  return frame;
+}
+
 void Scaler::SetUp(const Setting& wanted, const AVFrame& tagged) {
   context.reset(OrBadAlloc(sws_alloc_context()));
   // The ranges come before the set-up: without them it may choose a plain repacking that changes no value.

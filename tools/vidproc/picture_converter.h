@@ -22,6 +22,8 @@ AVColorSpace MatrixOf(const ColourTags& colour, Size size);
 /// Points a frame at packed or planar memory without gaps, which stays the caller's.
 void BorrowBytes(AVPixelFormat format, Size size, const std::uint8_t* bytes, AVFrame& frame);
 FramePtr WrapFrame(AVPixelFormat format, Size size, const std::uint8_t* bytes);
+/// The picture with what its stream says of colour and shape; borrows its bytes.
+FramePtr WrapPicture(const Picture& picture, const StreamInfo& info);
 
 /// One libswscale conversion between two formats and sizes; set up at first use and again when the source changes.
 class Scaler {

@@ -5,24 +5,33 @@
 #include <array>
 #include <cmath>
 #include <cstdio>
-
-#include "bitmap_font.h"
+#include <utility>
 
 namespace vidproc::tool {
 namespace {
 
-constexpr int kDot = 2;
-constexpr int kLetterHeight = kGlyphHeight * kDot;
-constexpr int kLeftMargin = 70;
-constexpr int kRightMargin = 24;
-constexpr int kTopMargin = 40;
-constexpr int kBottomMargin = 62;
+using namespace drawing;
+
+constexpr double kLetters = 14;
+constexpr double kLeftMargin = 64, kRightMargin = 24, kTopMargin = 40, kBottomMargin = 56;
 
 std::string Number(double value, int decimals) {
   std::array<char, 32> text{};
   std::snprintf(text.data(), text.size(), "%.*f", decimals, value == 0 ? 0.0 : value);
   return text.data();
 }
+
+/// Calls mark(value) for the grid lines of an axis.
+template <typename Mark>
+void ForEachStep(const Axis& axis, Mark mark) {
+  constexpr double kSlack = 1e-9;
+  const double first = std::ceil(axis.low / axis.step - kSlack);
+  const double last = std::floor(axis.high / axis.step + kSlack);
+  for (int i = 0; first + i <= last; ++i) mark((first + i) * axis.step);
+}
+
+/// Lines of one pixel are sharp in the middle of a pixel.
+double Sharp(double place) { return std::floor(place) + 0.5; }
 
 }  // namespace
 
@@ -41,32 +50,40 @@ double NiceStep(double span, int most) {
   return step;
 }
 
-Chart::Chart(Image& image, int left, int top, Size size, const std::string& title, const Axis& x, const Axis& y)
-    : image(image),
-      xAxis(x),
-      yAxis(y),
-      left(left + kLeftMargin),
-      top(top + kTopMargin),
+Chart::Chart(cairo_t* context, Point corner, Size size, const std::string& title, Axis x, Axis y)
+    : context(context),
+      xAxis(std::move(x)),
+      yAxis(std::move(y)),
+      left(corner.x + kLeftMargin),
+      top(corner.y + kTopMargin),
       width(size.width - kLeftMargin - kRightMargin),
       height(size.height - kTopMargin - kBottomMargin) {
-  const double slack = 1e-9;
-  for (double value = std::ceil(x.low / x.step - slack) * x.step; value <= x.high + slack; value += x.step) {
-    image.Line(PixelX(value), this->top, PixelX(value), this->top + height, 1, kGrid);
-    const std::string text = Number(value, x.decimals);
-    image.Text(static_cast<int>(PixelX(value)) - Image::TextWidth(text, kDot) / 2, this->top + height + 12, kDot, kInk,
-               text);
-  }
-  for (double value = std::ceil(y.low / y.step - slack) * y.step; value <= y.high + slack; value += y.step) {
-    image.Line(this->left, PixelY(value), this->left + width, PixelY(value), 1, kGrid);
-    const std::string text = Number(value, y.decimals);
-    image.Text(this->left - 8 - Image::TextWidth(text, kDot), static_cast<int>(PixelY(value)) - kLetterHeight / 2, kDot,
-               kInk, text);
-  }
-  image.Line(this->left, this->top + height, this->left + width, this->top + height, 1, kInk);
-  image.Line(this->left, this->top, this->left, this->top + height, 1, kInk);
-  image.Text(this->left, this->top - kLetterHeight - 10, kDot, kInk, title);
-  image.Text(this->left + (width - Image::TextWidth(x.label, kDot)) / 2, this->top + height + 38, kDot, kInk, x.label);
-  image.Text(this->left + width - Image::TextWidth(y.label, kDot), this->top - kLetterHeight - 10, kDot, kInk, y.label);
+  DrawAxes(title);
+}
+
+void Chart::DrawAxes(const std::string& title) {
+  const double bottom = top + height, right = left + width;
+  SetFont(context, kLetters);
+  ForEachStep(xAxis, [&](double value) {
+    Line(context, {Sharp(PixelX(value)), top}, {Sharp(PixelX(value)), bottom});
+    Stroke(context, 1, kGrid);
+    SetColour(context, kInk);
+    TextCentred(context, {PixelX(value), bottom + 20}, Number(value, xAxis.decimals));
+  });
+  ForEachStep(yAxis, [&](double value) {
+    Line(context, {left, Sharp(PixelY(value))}, {right, Sharp(PixelY(value))});
+    Stroke(context, 1, kGrid);
+    SetColour(context, kInk);
+    const std::string text = Number(value, yAxis.decimals);
+    Text(context, {left - 8 - TextWidth(context, text), PixelY(value) + 0.36 * kLetters}, text);
+  });
+  Line(context, {left, Sharp(bottom)}, {right, Sharp(bottom)});
+  Line(context, {Sharp(left), top}, {Sharp(left), bottom});
+  Stroke(context, 1, kInk);
+  TextCentred(context, {left + width / 2, bottom + 42}, xAxis.label);
+  Text(context, {right - TextWidth(context, yAxis.label), top - 12}, yAxis.label);
+  SetFont(context, kLetters, true);
+  Text(context, {left, top - 12}, title);
 }
 
 double Chart::PixelX(double x) const {
@@ -77,25 +94,32 @@ double Chart::PixelY(double y) const {
   return top + height - (std::clamp(y, yAxis.low, yAxis.high) - yAxis.low) / (yAxis.high - yAxis.low) * height;
 }
 
-void Chart::Curve(const std::vector<std::pair<double, double>>& points, Rgb colour, double thickness, double alpha) {
-  for (std::size_t i = 1; i < points.size(); ++i) {
-    image.Line(PixelX(points[i - 1].first), PixelY(points[i - 1].second), PixelX(points[i].first),
-               PixelY(points[i].second), thickness, colour, alpha);
-  }
+void Chart::Curve(const std::vector<Point>& points, Rgb colour, double thickness) {
+  for (const auto& [x, y] : points) cairo_line_to(context, PixelX(x), PixelY(y));
+  Stroke(context, thickness, colour);
 }
 
-void Chart::Dot(double x, double y, double radius, Rgb colour) { image.Disc(PixelX(x), PixelY(y), radius, colour); }
+void Chart::Dot(Point point, double radius, Rgb colour) {
+  Ellipse(context, {PixelX(point.x), PixelY(point.y)}, radius, radius);
+  Fill(context, colour);
+}
 
-void Chart::VerticalLine(double x, Rgb colour) { image.Line(PixelX(x), top, PixelX(x), top + height, 2, colour); }
+void Chart::VerticalLine(double x, Rgb colour) {
+  Line(context, {PixelX(x), top}, {PixelX(x), top + height});
+  Stroke(context, 1.5, colour);
+}
 
 void Chart::Label(double x, Rgb colour, const std::string& text, int line) {
-  constexpr int kPadding = 4;
-  const int room = Image::TextWidth(text, kDot) + 2 * kPadding;
-  const int at = static_cast<int>(PixelX(x));
-  const int boxLeft = at + room + 2 < left + width ? at + 2 : at - room - 1;
-  const int boxTop = top + 4 + line * (kLineAdvance + 2) * kDot;
-  image.FillRectangle(boxLeft, boxTop, room, kLetterHeight + kPadding, kPaper);
-  image.Text(boxLeft + kPadding, boxTop + kPadding / 2, kDot, colour, text);
+  constexpr double kPadding = 4, kLine = 20;
+  SetFont(context, kLetters);
+  const double room = TextWidth(context, text) + 2 * kPadding;
+  const double at = PixelX(x);
+  const double start = at + room + 2 < left + width ? at + 2 : at - room - 2;
+  const double bottom = top + 4 + (line + 1) * kLine;
+  drawing::Rectangle(context, {start, bottom - kLine}, {start + room, bottom});
+  Fill(context, kPaper);
+  SetColour(context, colour);
+  Text(context, {start + kPadding, bottom - 6}, text);
 }
 
 }  // namespace vidproc::tool

@@ -13,6 +13,7 @@
 #include "errors.h"
 #include "file_io.h"
 #include "frame_reader.h"
+#include "image.h"
 #include "plot.h"
 #include "progress.h"
 #include "vidproc/video_processor.h"
@@ -51,7 +52,7 @@ double MeanLuma(const Picture& picture) {
 }
 
 const char* EventName(int result) { return result == kSettled ? "settled" : "drifted"; }
-Rgb EventColour(int result) { return result == kSettled ? kGreen : kRed; }
+drawing::Rgb EventColour(int result) { return result == kSettled ? kGreen : kRed; }
 
 std::string JsonLine(const Sample& sample) {
   const nlohmann::ordered_json line = {{"frame", sample.frame},
@@ -68,17 +69,19 @@ std::string EventLine(const Sample& sample) {
   return text.data();
 }
 
-Image PlotBrightness(const std::vector<Sample>& samples, const std::string& name) {
+drawing::Canvas PlotBrightness(const std::vector<Sample>& samples, const std::string& name) {
   const Size size{1200, 480};
-  Image image(size, kPaper);
+  drawing::Canvas picture(size.width, size.height);
+  drawing::SetColour(picture.Context(), kPaper);
+  cairo_paint(picture.Context());
   const double end = std::max(samples.back().seconds, 0.1);
   const double step = NiceStep(end, 12);
   const Axis time{0, end, step, step < 1 ? 1 : 0, "seconds"};
   const Axis luma{0, 255, 50, 0, "mean luma"};
-  Chart chart(image, 0, 0, size, "Brightness of " + name, time, luma);
-  std::vector<std::pair<double, double>> curve;
+  Chart chart(picture.Context(), {0, 0}, size, "Brightness of " + name, time, luma);
+  std::vector<drawing::Point> curve;
   curve.reserve(samples.size());
-  for (const Sample& sample : samples) curve.emplace_back(sample.seconds, sample.brightness);
+  for (const Sample& sample : samples) curve.push_back({sample.seconds, sample.brightness});
   for (const Sample& sample : samples) {
     if (sample.result >= 0) chart.VerticalLine(sample.seconds, EventColour(sample.result));
   }
@@ -88,7 +91,7 @@ Image PlotBrightness(const std::vector<Sample>& samples, const std::string& name
     if (sample.result < 0) continue;
     chart.Label(sample.seconds, EventColour(sample.result), EventName(sample.result), events++ % 3);
   }
-  return image;
+  return picture;
 }
 
 }  // namespace

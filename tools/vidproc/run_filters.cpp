@@ -11,6 +11,7 @@
 
 #include "commands.h"
 #include "file_io.h"
+#include "image.h"
 #include "plot.h"
 #include "processor_handle.h"
 
@@ -61,7 +62,7 @@ double Decibels(const Bank& bank, int phase, double cyclesPerSample) {
   return 20 * std::log10(std::max(std::abs(sum), 1e-6));
 }
 
-void PlotTaps(Image& image, const Bank& bank, int top, Size size) {
+void PlotTaps(cairo_t* context, const Bank& bank, drawing::Point corner, Size size) {
   double low = -0.1, high = 1;
   for (int phase = 0; phase < kPhases; ++phase) {
     for (int tap = 0; tap < bank.taps; ++tap) {
@@ -74,22 +75,22 @@ void PlotTaps(Image& image, const Bank& bank, int top, Size size) {
   const Axis x{static_cast<double>(-reach), static_cast<double>(reach), bank.taps > 8 ? 2.0 : 1.0, 0,
                "distance in source samples"};
   const Axis y{low, high, high - low > 2.5 ? 0.5 : 0.2, 1, "weight"};
-  Chart chart(image, 0, top, size, bank.direction + " taps", x, y);
+  Chart chart(context, corner, size, bank.direction + " taps", x, y);
   for (const bool used : {false, true}) {
     for (int phase = 0; phase < kPhases; ++phase) {
       if (bank.Used(phase) != used) continue;
       for (int tap = 0; tap < bank.taps; ++tap) {
         const double at = tap - (reach - 1) - phase / 16.0;
-        chart.Dot(at, bank.Weight(phase, tap), used ? 4 : 2, used ? RampColour(phase / 15.0) : kFaint);
+        chart.Dot({at, bank.Weight(phase, tap)}, used ? 4 : 2, used ? RampColour(phase / 15.0) : kFaint);
       }
     }
   }
 }
 
-void PlotResponse(Image& image, const Bank& bank, int left, int top, Size size) {
+void PlotResponse(cairo_t* context, const Bank& bank, drawing::Point corner, Size size) {
   const Axis x{0, 0.5, 0.1, 1, "cycles per source sample"};
   const Axis y{-48, 12, 12, 0, "dB"};
-  Chart chart(image, left, top, size, bank.direction + " response", x, y);
+  Chart chart(context, corner, size, bank.direction + " response", x, y);
   if (bank.up < bank.down) {
     chart.VerticalLine(0.5 * bank.up / bank.down, kGreen);
     chart.Label(0.5 * bank.up / bank.down, kGreen, "half the output rate");
@@ -97,24 +98,32 @@ void PlotResponse(Image& image, const Bank& bank, int left, int top, Size size) 
   for (const bool used : {false, true}) {
     for (int phase = 0; phase < kPhases; ++phase) {
       if (bank.Used(phase) != used) continue;
-      std::vector<std::pair<double, double>> curve;
-      for (int i = 0; i <= 200; ++i) curve.emplace_back(i / 400.0, Decibels(bank, phase, i / 400.0));
+      std::vector<drawing::Point> curve;
+      for (int i = 0; i <= 200; ++i) curve.push_back({i / 400.0, Decibels(bank, phase, i / 400.0)});
       chart.Curve(curve, used ? RampColour(phase / 15.0) : kFaint, used ? 2 : 1);
     }
   }
 }
 
-Image PlotBanks(const Bank& horizontal, const Bank& vertical, const std::string& title) {
+drawing::Canvas PlotBanks(const Bank& horizontal, const Bank& vertical, const std::string& title) {
   const Size chart{640, 400};
   constexpr int kTitle = 72;
-  Image image({2 * chart.width, kTitle + 2 * chart.height}, kPaper);
-  image.Text(24, 14, 3, kInk, title);
-  image.Text(24, 48, 2, kInk, "Phases in use from 0 (blue) to 15 (red); grey: not used at this ratio");
-  PlotTaps(image, horizontal, kTitle, chart);
-  PlotResponse(image, horizontal, chart.width, kTitle, chart);
-  PlotTaps(image, vertical, kTitle + chart.height, chart);
-  PlotResponse(image, vertical, chart.width, kTitle + chart.height, chart);
-  return image;
+  drawing::Canvas picture(2 * chart.width, kTitle + 2 * chart.height);
+  cairo_t* context = picture.Context();
+  drawing::SetColour(context, kPaper);
+  cairo_paint(context);
+  drawing::SetColour(context, kInk);
+  drawing::SetFont(context, 22, true);
+  drawing::Text(context, {24, 32}, title);
+  drawing::SetFont(context, 14);
+  drawing::Text(context, {24, 58}, "Phases in use from 0 (blue) to 15 (red); grey: not used at this ratio");
+  double top = kTitle;
+  for (const Bank* bank : {&horizontal, &vertical}) {
+    PlotTaps(context, *bank, {0, top}, chart);
+    PlotResponse(context, *bank, {0.0 + chart.width, top}, chart);
+    top += chart.height;
+  }
+  return picture;
 }
 
 }  // namespace

@@ -16,6 +16,7 @@ extern "C" {
 #include "file_io.h"
 #include "frame_reader.h"
 #include "frame_writer.h"
+#include "image.h"
 #include "processing.h"
 #include "progress.h"
 
@@ -97,7 +98,8 @@ void RunFrames(const Options& options) {
   if (writer) writer->Finish();
   if (stats) stats->Close();
   if (compare) {
-    WritePng(*compare, ComparePicture(before, after, info.colour, processing->Kernel()));
+    const FramePtr in = WrapPicture(before, info), out = WrapPicture(after, OutputInfo(info, size));
+    WritePng(*compare, ComparePicture(*in, *out, processing->Kernel()));
     compare->Close();
   }
   if (output.md5) {
