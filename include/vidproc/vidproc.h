@@ -190,6 +190,11 @@ typedef struct vidproc_pre_options {
   /// 16 / 2^(temporal_shift / 2) on; at 8 it counts fully again from 16 on.
   int32_t temporal_shift;
   int32_t motion_smoothing;  ///< 0 or 1: average all neighbours fully where the picture moves; default 0
+  int32_t denoise_passes;    ///< 1..3: average neighbours again, for noise that one pass leaves; default 1
+  /// 0..400 per cent; default 0, the fields above as they are. Else they follow the noise, all but motion_smoothing:
+  /// its strength is estimated from frame to frame (vidproc_pre_noise), and denoising is set as for noise of so many
+  /// per cent of that. May improve in later versions.
+  int32_t denoise_auto;
 } vidproc_pre_options;
 
 /// Makes a handle that is not configured yet. *pre is null after a failure.
@@ -206,9 +211,21 @@ VIDPROC_API void vidproc_pre_destroy(vidproc_pre* pre);
 /// @return VIDPROC_ERROR_INVALID_ARGUMENT for null or a size below that of version 1.0 or above 4096.
 VIDPROC_API vidproc_status vidproc_pre_options_init(vidproc_pre_options* options, size_t size);
 
-/// Takes new settings, sizes and formats, at any time. The history of temporal_strength and motion_smoothing continues
-/// while these stay on and neither input size nor chroma sampling (4:2:2 or 4:2:0) change. After any failure the handle
-/// is exactly as it was, and works on with its former settings.
+/// Writes the options of a preset: the defaults, changed as docs/presets.md says; see vidproc_pre_preset for names.
+/// Any field may be changed afterwards, formats and sizes must be set. Presets may improve in later versions; whoever
+/// wants the same bytes for ever stores the fields, denoise_auto being 0 and filter not automatic.
+/// @param size  as of vidproc_pre_options_init
+/// @return VIDPROC_ERROR_INVALID_ARGUMENT for null, an unknown name or a size that is not allowed; `options` is then
+///         left alone.
+VIDPROC_API vidproc_status vidproc_pre_options_preset(vidproc_pre_options* options, size_t size, const char* name);
+
+/// Names of the presets by number, from 0: "webcam", "low-light", "low-bandwidth", "screen", "none"; null beyond the
+/// last. Static text.
+VIDPROC_API const char* vidproc_pre_preset(int32_t number);
+
+/// Takes new settings, sizes and formats, at any time. The history of temporal_strength, motion_smoothing and
+/// denoise_auto continues while these stay on and neither input size nor chroma sampling (4:2:2 or 4:2:0) change. After
+/// any failure the handle is exactly as it was, and works on with its former settings.
 /// @return VIDPROC_ERROR_INVALID_ARGUMENT, VIDPROC_ERROR_UNSUPPORTED, VIDPROC_ERROR_OUT_OF_MEMORY.
 VIDPROC_API vidproc_status vidproc_pre_configure(vidproc_pre* pre, const vidproc_pre_options* options);
 
@@ -222,6 +239,11 @@ VIDPROC_API vidproc_status vidproc_pre_process(vidproc_pre* pre, const vidproc_i
 /// Forgets the history: the next frame is treated as the first one. For cuts and jumps in the stream.
 /// @return VIDPROC_ERROR_INVALID_ARGUMENT for null.
 VIDPROC_API vidproc_status vidproc_pre_reset(vidproc_pre* pre);
+
+/// The noise of the input as denoise_auto estimates it, after the last frame: its standard deviation in hundredths of a
+/// luma level (420 is 4.2); 0 where denoise_auto is 0, before the first frame, and in pictures below some 64 x 16.
+/// @return VIDPROC_ERROR_INVALID_ARGUMENT for null, VIDPROC_ERROR_NOT_CONFIGURED.
+VIDPROC_API vidproc_status vidproc_pre_noise(vidproc_pre* pre, int32_t* noise);
 
 /// What the last call on this handle found wrong, such as "output.width is 1, allowed 2 to 16384"; empty after success.
 /// Never null; valid until the next call on the handle.
@@ -257,6 +279,8 @@ typedef struct vidproc_post_options {
 VIDPROC_API vidproc_status vidproc_post_create(vidproc_post** post);
 VIDPROC_API void vidproc_post_destroy(vidproc_post* post);
 VIDPROC_API vidproc_status vidproc_post_options_init(vidproc_post_options* options, size_t size);
+VIDPROC_API vidproc_status vidproc_post_options_preset(vidproc_post_options* options, size_t size, const char* name);
+VIDPROC_API const char* vidproc_post_preset(int32_t number);  ///< "camera", "screen-share", "none"
 VIDPROC_API vidproc_status vidproc_post_configure(vidproc_post* post, const vidproc_post_options* options);
 VIDPROC_API vidproc_status vidproc_post_process(vidproc_post* post, const vidproc_input* input,
                                                 const vidproc_output* output);

@@ -57,12 +57,31 @@ using FrameInfo = vidproc_frame_info;
 using Input = vidproc_input;
 using Output = vidproc_output;
 
+namespace detail {
+
+inline void Require(vidproc_status status, const std::string& text) {
+  if (status != VIDPROC_OK) throw Error(status, text);
+}
+
+inline void RequirePreset(vidproc_status status, const char* name) {
+  Require(status, std::string("there is no preset ") + (name == nullptr ? "of no name" : name));
+}
+
+}  // namespace detail
+
 /// Options with their defaults; formats and sizes must be set.
 struct PreOptions : vidproc_pre_options {
   PreOptions() : vidproc_pre_options() { vidproc_pre_options_init(this, sizeof(vidproc_pre_options)); }
+  /// Of a preset; throws Error for an unknown one.
+  explicit PreOptions(const char* preset) : vidproc_pre_options() {
+    detail::RequirePreset(vidproc_pre_options_preset(this, sizeof(vidproc_pre_options), preset), preset);
+  }
 };
 struct PostOptions : vidproc_post_options {
   PostOptions() : vidproc_post_options() { vidproc_post_options_init(this, sizeof(vidproc_post_options)); }
+  explicit PostOptions(const char* preset) : vidproc_post_options() {
+    detail::RequirePreset(vidproc_post_options_preset(this, sizeof(vidproc_post_options), preset), preset);
+  }
 };
 struct ExposureOptions : vidproc_exposure_options {
   ExposureOptions() : vidproc_exposure_options() {
@@ -71,10 +90,6 @@ struct ExposureOptions : vidproc_exposure_options {
 };
 
 namespace detail {
-
-inline void Require(vidproc_status status, const std::string& text) {
-  if (status != VIDPROC_OK) throw Error(status, text);
-}
 
 inline void RequireBlock(vidproc_status status, std::size_t bytes, const FrameInfo& info) {
   if (status == VIDPROC_OK) return;
@@ -154,6 +169,12 @@ class Pre : public detail::Owner<detail::PreFunctions> {
  public:
   using Owner::Owner;
   void Process(const Input& input, const Output& output) { Check(vidproc_pre_process(Get(), &input, &output)); }
+  /// The input's noise in hundredths of a luma level, see vidproc_pre_noise.
+  std::int32_t Noise() {
+    std::int32_t noise = 0;
+    Check(vidproc_pre_noise(Get(), &noise));
+    return noise;
+  }
 };
 
 /// Post-processor of one stream.

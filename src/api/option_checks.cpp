@@ -52,6 +52,8 @@ constexpr OptionField kPreFields[] = {
     InRange("temporal_strength", offsetof(vidproc_pre_options, temporal_strength), 0, 127, 0),
     InRange("temporal_shift", offsetof(vidproc_pre_options, temporal_shift), 0, 8, 0),
     InRange("motion_smoothing", offsetof(vidproc_pre_options, motion_smoothing), 0, 1, 0),
+    InRange("denoise_passes", offsetof(vidproc_pre_options, denoise_passes), 1, 3, 1),
+    InRange("denoise_auto", offsetof(vidproc_pre_options, denoise_auto), 0, 400, 0),
 };
 
 constexpr OptionField kPostFields[] = {
@@ -170,7 +172,9 @@ PipelineSettings SettingsOf(const vidproc_pre_options& options) {
                       .taps = options.denoise_taps,
                       .temporalStrength = options.temporal_strength,
                       .temporalShift = options.temporal_shift,
-                      .smoothsMotion = options.motion_smoothing != 0};
+                      .smoothsMotion = options.motion_smoothing != 0,
+                      .passes = options.denoise_passes,
+                      .automatic = options.denoise_auto};
   return settings;
 }
 

@@ -3,11 +3,19 @@
 #include <utility>
 
 #include "api/frame_checks.h"
+#include "api/presets.h"
 
 struct vidproc_pre : vidproc::api::Processor {};
 struct vidproc_post : vidproc::api::Processor {};
 
 namespace vidproc::api {
+namespace {
+
+vidproc_status RefuseUnconfigured(ErrorText& error) {
+  return error.Set(VIDPROC_ERROR_NOT_CONFIGURED, "the handle is not configured, allowed after _configure");
+}
+
+}  // namespace
 
 vidproc_status Configure(Processor& processor, const PipelineSettings& settings, const vidproc_frame_info& input,
                          const vidproc_frame_info& output) noexcept {
@@ -24,9 +32,7 @@ vidproc_status Configure(Processor& processor, const PipelineSettings& settings,
 
 vidproc_status Process(Processor& processor, const vidproc_input* input, const vidproc_output* output) noexcept {
   ErrorText& error = processor.error;
-  if (processor.pipeline == nullptr) {
-    return error.Set(VIDPROC_ERROR_NOT_CONFIGURED, "the handle is not configured, allowed after _configure");
-  }
+  if (processor.pipeline == nullptr) return RefuseUnconfigured(error);
   if (input == nullptr) return error.Set(VIDPROC_ERROR_INVALID_ARGUMENT, "input is null, allowed is a frame");
   if (output == nullptr) return error.Set(VIDPROC_ERROR_INVALID_ARGUMENT, "output is null, allowed is a frame");
   const FrameView in = ViewOf("input", *input), out = ViewOf("output", *output);
@@ -38,6 +44,14 @@ vidproc_status Process(Processor& processor, const vidproc_input* input, const v
       {{input->plane[0], input->plane[1], input->plane[2]}, {input->stride[0], input->stride[1], input->stride[2]}},
       {{output->plane[0], output->plane[1], output->plane[2]},
        {output->stride[0], output->stride[1], output->stride[2]}});
+  return VIDPROC_OK;
+}
+
+vidproc_status Noise(Processor& processor, std::int32_t* noise) noexcept {
+  ErrorText& error = processor.error;
+  if (noise == nullptr) return error.Set(VIDPROC_ERROR_INVALID_ARGUMENT, "noise is null, allowed is a place for it");
+  if (processor.pipeline == nullptr) return RefuseUnconfigured(error);
+  *noise = processor.pipeline->Noise();
   return VIDPROC_OK;
 }
 
@@ -57,6 +71,10 @@ void vidproc_pre_destroy(vidproc_pre* pre) { delete pre; }
 vidproc_status vidproc_pre_options_init(vidproc_pre_options* options, size_t size) {
   return WriteDefaults(kPreOptions, options, size);
 }
+vidproc_status vidproc_pre_options_preset(vidproc_pre_options* options, size_t size, const char* name) {
+  return WritePreset(kPreOptions, kPrePresets, name, options, size);
+}
+const char* vidproc_pre_preset(int32_t number) { return PresetName(kPrePresets, number); }
 vidproc_status vidproc_pre_configure(vidproc_pre* pre, const vidproc_pre_options* options) {
   return CallHandle(pre, [&](Processor& p) { return ConfigureProcessor(p, kPreOptions, options); });
 }
@@ -64,6 +82,9 @@ vidproc_status vidproc_pre_process(vidproc_pre* pre, const vidproc_input* input,
   return CallHandle(pre, [&](Processor& p) { return Process(p, input, output); });
 }
 vidproc_status vidproc_pre_reset(vidproc_pre* pre) { return CallHandle(pre, Reset); }
+vidproc_status vidproc_pre_noise(vidproc_pre* pre, int32_t* noise) {
+  return CallHandle(pre, [&](Processor& p) { return Noise(p, noise); });
+}
 const char* vidproc_pre_last_error(const vidproc_pre* pre) { return LastError(pre, "pre is null"); }
 
 vidproc_status vidproc_post_create(vidproc_post** post) { return CreateHandle(post); }
@@ -71,6 +92,10 @@ void vidproc_post_destroy(vidproc_post* post) { delete post; }
 vidproc_status vidproc_post_options_init(vidproc_post_options* options, size_t size) {
   return WriteDefaults(kPostOptions, options, size);
 }
+vidproc_status vidproc_post_options_preset(vidproc_post_options* options, size_t size, const char* name) {
+  return WritePreset(kPostOptions, kPostPresets, name, options, size);
+}
+const char* vidproc_post_preset(int32_t number) { return PresetName(kPostPresets, number); }
 vidproc_status vidproc_post_configure(vidproc_post* post, const vidproc_post_options* options) {
   return CallHandle(post, [&](Processor& p) { return ConfigureProcessor(p, kPostOptions, options); });
 }

@@ -18,13 +18,26 @@ DenoiseTaps TapsOf(const DenoiseSettings& settings, int taps) {
   return PlanDenoiseTaps(bank[0], taps, settings.edge);
 }
 
+template <class Condition>
+bool AnyOf(const DenoisePlans& plans, const Condition& condition) {
+  return std::any_of(plans.begin(), plans.end(), condition);
+}
+
+/// Rows of the input that plans work on at a time.
+std::int32_t RowsFor(const DenoisePlans& plans) {
+  std::int32_t rows = 1;
+  for (const DenoisePlan& plan : plans) rows = std::max(rows, plan.filters ? plan.verticalTaps : 1);
+  return rows;
+}
+
 }  // namespace
 
-DenoisePlan::DenoisePlan(const DenoiseSettings& settings)
+DenoisePlan::DenoisePlan(const DenoiseSettings& settings, std::int32_t pass)
     : verticalTaps(settings.taps / 2),
-      filters(settings.edge > 0),
-      blends(settings.temporalStrength > 0),
-      smoothsMotion(settings.smoothsMotion && filters) {
+      filters(settings.edge > 0 && pass < settings.passes),
+      keepsHistory(pass == 0 && (settings.temporalStrength > 0 || settings.automatic > 0)),
+      blends(pass == 0 && settings.temporalStrength > 0),
+      smoothsMotion(pass == 0 && settings.smoothsMotion && filters) {
   if (filters) {
     vertical = TapsOf(settings, verticalTaps);
     horizontal = TapsOf(settings, settings.taps);
@@ -32,21 +45,36 @@ DenoisePlan::DenoisePlan(const DenoiseSettings& settings)
   if (blends) blend = PlanHistoryBlend(settings.temporalStrength, settings.temporalShift);
 }
 
-DenoiseStage::DenoiseStage(Stage& input, const DenoisePlan& plan, std::int32_t borderBytes, const KernelTable& kernels)
+std::vector<DenoisePlans> PlanDenoising(const std::vector<DenoiseSettings>& ladder) {
+  std::vector<DenoisePlans> passes;
+  const auto needs = [&](std::int32_t pass) {
+    return pass == 0 || std::any_of(ladder.begin(), ladder.end(),
+                                    [=](const DenoiseSettings& s) { return s.edge > 0 && pass < s.passes; });
+  };
+  for (std::int32_t pass = 0; needs(pass); ++pass) {
+    passes.emplace_back();
+    for (const DenoiseSettings& settings : ladder) passes.back().emplace_back(settings, pass);
+  }
+  return passes;
+}
+
+DenoiseStage::DenoiseStage(Stage& input, const DenoisePlans& plans, std::int32_t borderBytes,
+                           const KernelTable& kernels)
     : Stage(input.Shape()),
       input(input),
-      plan(plan),
+      plans(plans),
+      plan(plans.data()),
       borderBytes(borderBytes),
       kernels(kernels),
       verticalResult(Shape().RowBytes(), 1) {
-  if (plan.smoothsMotion) {
+  if (AnyOf(plans, [](const DenoisePlan& p) { return p.smoothsMotion; })) {
     previousInput = RowStore(Shape().RowBytes(), Shape().height);
     previousVertical = RowStore(Shape().RowBytes(), Shape().height);
   }
-  input.Hold(plan.filters ? plan.verticalTaps : 1);
+  input.Hold(RowsFor(plans));
 }
 
-void DenoiseStage::Hold(std::int32_t rows) { Stage::Hold(plan.blends ? Shape().height : rows); }
+void DenoiseStage::Hold(std::int32_t rows) { Stage::Hold(plan->keepsHistory ? Shape().height : rows); }
 
 RowStore& DenoiseStage::KeptRows(Kept what) {
   if (what == Kept::kOutput) return HeldRows();
@@ -70,18 +98,18 @@ void DenoiseStage::MakeRowsBefore(std::int32_t y) {
 
 void DenoiseStage::MakeRow(std::int32_t y, std::uint8_t* out) {
   if (KeepsAnything()) MakeRowsBefore(y);
-  Denoise(y, plan.blends ? out : nullptr, plan.blends ? nullptr : out);
+  Denoise(y, plan->keepsHistory ? out : nullptr, plan->keepsHistory ? nullptr : out);
 }
 
 void DenoiseStage::WriteRow(std::int32_t y, std::uint8_t* out) {
-  if (!plan.blends) return MakeRow(y, out);
+  if (!plan->keepsHistory) return MakeRow(y, out);
   MakeRowsBefore(y);
   if (!Holds(y)) return Denoise(y, PlaceFor(y), out);
   std::memcpy(out, HeldRows().Row(y), static_cast<std::size_t>(Shape().RowBytes()));
 }
 
 std::uint8_t* DenoiseStage::PreviousRow(Kept what, std::int32_t y, const std::uint8_t* current) {
-  if (!plan.smoothsMotion) return nullptr;
+  if (!plan->smoothsMotion) return nullptr;
   std::uint8_t* const row = KeptRows(what).Row(y);
   if (!IsCurrent(what)) std::memcpy(row, current, static_cast<std::size_t>(Shape().RowBytes()));
   return row;
@@ -90,9 +118,9 @@ std::uint8_t* DenoiseStage::PreviousRow(Kept what, std::int32_t y, const std::ui
 const std::uint8_t* DenoiseStage::FilterVertically(std::int32_t y) {
   const std::int32_t lastRow = Shape().height - 1;
   VerticalDenoiseJob job{};
-  job.taps = &plan.vertical;
-  for (std::int32_t t = 0; t < plan.vertical.count; ++t) {
-    job.rows[t] = input.Row(std::clamp(y + plan.vertical.offset[t], 0, lastRow));
+  job.taps = &plan->vertical;
+  for (std::int32_t t = 0; t < plan->vertical.count; ++t) {
+    job.rows[t] = input.Row(std::clamp(y + plan->vertical.offset[t], 0, lastRow));
   }
   job.centre = input.Row(y);
   job.previous = PreviousRow(Kept::kInput, y, job.centre);
@@ -105,10 +133,10 @@ const std::uint8_t* DenoiseStage::FilterVertically(std::int32_t y) {
 
 void DenoiseStage::Denoise(std::int32_t y, std::uint8_t* history, std::uint8_t* out) {
   HorizontalDenoiseJob job{};
-  job.taps = &plan.horizontal;
-  job.in = plan.filters ? FilterVertically(y) : input.HeldRow(y);
+  job.taps = &plan->horizontal;
+  job.in = plan->filters ? FilterVertically(y) : input.HeldRow(y);
   job.previous = PreviousRow(Kept::kVerticalResult, y, job.in);
-  job.blend = isCurrent[static_cast<int>(Kept::kOutput)] ? &plan.blend : nullptr;
+  job.blend = plan->blends && IsCurrent(Kept::kOutput) ? &plan->blend : nullptr;
   job.history = history;
   job.step = Shape().sampleBytes;
   job.bytes = Shape().RowBytes();

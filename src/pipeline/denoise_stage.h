@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <iterator>
+#include <vector>
 
 #include "kernels/kernel_table.h"
 #include "kernels/row_jobs.h"
@@ -12,12 +13,14 @@
 
 namespace vidproc {
 
-/// What denoising does, to every component alike.
+/// What a pass of denoising does, to every component alike.
 struct DenoisePlan {
-  explicit DenoisePlan(const DenoiseSettings& settings);
+  /// @param pass  0 the one with the history, 1.. those that average neighbours again, or do nothing
+  DenoisePlan(const DenoiseSettings& settings, std::int32_t pass);
 
   std::int32_t verticalTaps;
   bool filters;
+  bool keepsHistory;  ///< whether or not it blends: a step of the ladder that does may follow
   bool blends;
   bool smoothsMotion;
   DenoiseTaps vertical{};
@@ -25,22 +28,32 @@ struct DenoisePlan {
   HistoryBlend blend{};
 };
 
+/// A pass's plans for every step of a ladder of settings.
+using DenoisePlans = std::vector<DenoisePlan>;
+
+/// As many passes as one of the steps needs. @throws std::bad_alloc
+std::vector<DenoisePlans> PlanDenoising(const std::vector<DenoiseSettings>& ladder);
+
 /// What may be kept of a frame for the next.
 enum class Kept { kOutput, kInput, kVerticalResult };
 inline constexpr Kept kAllKept[] = {Kept::kOutput, Kept::kInput, Kept::kVerticalResult};
 
 class DenoiseStage : public Stage {
  public:
+  /// Begins with the first of the plans. All of them keep a history, or none.
   /// @param borderBytes  what repeats beyond a row's ends: a sample, or a pair
   /// @throws std::bad_alloc
-  DenoiseStage(Stage& input, const DenoisePlan& plan, std::int32_t borderBytes, const KernelTable& kernels);
+  DenoiseStage(Stage& input, const DenoisePlans& plans, std::int32_t borderBytes, const KernelTable& kernels);
 
   void Hold(std::int32_t rows) override;
   void WriteRow(std::int32_t y, std::uint8_t* out) override;
   void StartFrame() override;
   void EndFrame() override;
 
-  bool Keeps(Kept what) const { return what == Kept::kOutput ? plan.blends : plan.smoothsMotion; }
+  /// Chooses the plan of the frames to come.
+  void UsePlan(std::size_t step) { plan = &plans[step]; }
+
+  bool Keeps(Kept what) const { return what == Kept::kOutput ? plan->keepsHistory : plan->smoothsMotion; }
   RowStore& KeptRows(Kept what);
   /// Whether the kept rows are those of a frame before.
   bool& IsCurrent(Kept what) { return isCurrent[static_cast<int>(what)]; }
@@ -51,7 +64,7 @@ class DenoiseStage : public Stage {
   void MakeRow(std::int32_t y, std::uint8_t* out) override;
 
  private:
-  bool KeepsAnything() const { return plan.blends || plan.smoothsMotion; }
+  bool KeepsAnything() const { return plan->keepsHistory || plan->smoothsMotion; }
   void MakeRowsBefore(std::int32_t y);
   void Denoise(std::int32_t y, std::uint8_t* history, std::uint8_t* out);
   const std::uint8_t* FilterVertically(std::int32_t y);
@@ -59,7 +72,8 @@ class DenoiseStage : public Stage {
   std::uint8_t* PreviousRow(Kept what, std::int32_t y, const std::uint8_t* current);
 
   Stage& input;
-  const DenoisePlan plan;
+  const DenoisePlans& plans;
+  const DenoisePlan* plan;
   const std::int32_t borderBytes;
   const KernelTable& kernels;
   RowStore verticalResult;  ///< one row

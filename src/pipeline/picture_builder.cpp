@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "pipeline/deblock_step.h"
+#include "pipeline/denoise_ladder.h"
 #include "pipeline/luma_finish.h"
 #include "pipeline/processor_step.h"
 #include "pipeline/scaling_stages.h"
@@ -19,7 +20,7 @@ SampleGrid ChromaRowGrid(const FrameShape& shape) {
 }
 
 bool Denoises(const PipelineSettings& settings) {
-  return settings.denoise.edge > 0 || settings.denoise.temporalStrength > 0;
+  return settings.denoise.edge > 0 || settings.denoise.temporalStrength > 0 || settings.denoise.automatic > 0;
 }
 
 }  // namespace
@@ -147,16 +148,26 @@ void PictureBuilder::AddDeblocking() {
 
 void PictureBuilder::AddDenoising() {
   if (!Denoises(settings)) return;
-  const DenoisePlan plan(settings.denoise);
+  denoisePlans = PlanDenoising(DenoiseLadder(settings.denoise));
+  for (const DenoisePlans& plans : denoisePlans) AddDenoisingPass(plans);
+}
+
+void PictureBuilder::AddDenoisingPass(const DenoisePlans& plans) {
   const bool repeatsPairs = settings.scaling.alignment == Alignment::kCorners;
+  const bool isFirst = &plans == &denoisePlans.front();
   int next = 0;
   for (Stage** const component : {&rows.luma, &rows.pairs, &rows.cb, &rows.cr}) {
     if (*component == nullptr) continue;
     const bool isSingle = component != &rows.pairs;
     const std::int32_t borderBytes = !isSingle || (component == &rows.luma && repeatsPairs) ? 2 : 1;
-    denoisers[next] = &Add<DenoiseStage>(**component, plan, borderBytes, kernels);
-    *component = denoisers[next++];
+    denoiseStages.push_back(&Add<DenoiseStage>(**component, plans, borderBytes, kernels));
+    *component = denoiseStages.back();
+    if (isFirst) denoisers[next++] = denoiseStages.back();
   }
+}
+
+void PictureBuilder::UseDenoiseStep(std::size_t step) {
+  for (DenoiseStage* const stage : denoiseStages) stage->UsePlan(step);
 }
 
 Stage* PictureBuilder::AddPass(Stage* input, const AxisRequest& axis, bool isVertical, std::int32_t number) {

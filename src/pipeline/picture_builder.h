@@ -26,11 +26,13 @@ class PictureBuilder {
   void AddDenoising();
   void AddScaling();
   void AddLumaFinish();
+  /// Chooses a step of the ladder of denoising settings for the frames to come.
+  void UseDenoiseStep(std::size_t step);
 
   std::vector<std::unique_ptr<Stage>> stages;  ///< inputs first
   std::vector<std::unique_ptr<WholeFrameStep>> wholeFrameSteps;
   PlaneSource* sources[3] = {};     ///< of the input's planes
-  DenoiseStage* denoisers[3] = {};  ///< of luma; of pairs, or of Cb and Cr
+  DenoiseStage* denoisers[3] = {};  ///< the first pass, which keeps the history: of luma; of pairs, or of Cb and Cr
   PictureRows rows;                 ///< the last stages so far
 
  private:
@@ -52,13 +54,16 @@ class PictureBuilder {
   template <class RowOf>
   void PickChromaRows(std::int32_t count, const RowOf& rowOf);
   void ScaleByProcessor();
+  void AddDenoisingPass(const DenoisePlans& plans);
   bool NeedsLumaPass() const;
   Stage* AddPass(Stage* input, const AxisRequest& axis, bool isVertical, std::int32_t number);
   Stage* ScaleComponent(Stage* input, bool isLuma);
 
   const PipelineSettings& settings;
   const KernelTable& kernels;
-  bool hasFirstVerticalPass = false;  ///< the packed rows have gone through it
+  std::vector<DenoisePlans> denoisePlans;    ///< of each pass
+  std::vector<DenoiseStage*> denoiseStages;  ///< of all passes
+  bool hasFirstVerticalPass = false;         ///< the packed rows have gone through it
 };
 
 }  // namespace vidproc

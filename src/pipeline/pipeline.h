@@ -33,7 +33,7 @@ struct ScalingSettings {
   std::int32_t sharpening;  ///< 0..16
 };
 
-/// Nothing to do: edge 0 and temporalStrength 0.
+/// Nothing to do: edge 0, temporalStrength 0 and automatic 0.
 struct DenoiseSettings {
   std::int32_t edge;              ///< 0 no spatial filter, 1..8
   std::int32_t softening;         ///< 0..255
@@ -41,6 +41,8 @@ struct DenoiseSettings {
   std::int32_t temporalStrength;  ///< 0 no history, ..127
   std::int32_t temporalShift;     ///< 0..8
   bool smoothsMotion;
+  std::int32_t passes = 1;     ///< 1..3, how often neighbours are averaged
+  std::int32_t automatic = 0;  ///< 0 as set; else by the noise times this per cent, and only smoothsMotion counts
 };
 
 struct PipelineSettings {
@@ -70,6 +72,8 @@ class Pipeline {
   void TakeHistory(Pipeline& replaced) noexcept;
   /// The next frame is the first one.
   void ForgetHistory() noexcept;
+  /// The noise's estimated standard deviation in hundredths of a luma level; 0 where denoising is not automatic.
+  std::int32_t Noise() const noexcept;
   /// Input and output are the very same frame or share no byte. Takes no memory and no lock.
   void Process(const InputPlanes& input, const OutputPlanes& output) noexcept;
 

@@ -56,6 +56,8 @@ const Refusal<vidproc_pre_options> kPre[] = {
     {[](vidproc_pre_options& o) { o.temporal_strength = 128; }, "temporal_strength is 128, allowed 0 to 127"},
     {[](vidproc_pre_options& o) { o.temporal_shift = 9; }, "temporal_shift is 9, allowed 0 to 8"},
     {[](vidproc_pre_options& o) { o.motion_smoothing = 2; }, "motion_smoothing is 2, allowed 0 to 1"},
+    {[](vidproc_pre_options& o) { o.denoise_passes = 0; }, "denoise_passes is 0, allowed 1 to 3"},
+    {[](vidproc_pre_options& o) { o.denoise_auto = 401; }, "denoise_auto is 401, allowed 0 to 400"},
 };
 
 const Refusal<vidproc_post_options> kPost[] = {
@@ -120,7 +122,8 @@ TEST(Settings, EndsOfRangesAreTaken) {
   pre.alignment = VIDPROC_ALIGNMENT_CORNERS, pre.filter = VIDPROC_FILTER_AREA, pre.taps = 16, pre.softening = 255;
   pre.lobes = 16, pre.sharpening = 16, pre.luma_gain = 127, pre.luma_offset = 255, pre.dither_level = 12;
   pre.dither_seed = 255, pre.denoise_edge = 8, pre.denoise_softening = 255, pre.denoise_taps = 16;
-  pre.temporal_strength = 127, pre.temporal_shift = 8, pre.motion_smoothing = 1;
+  pre.temporal_strength = 127, pre.temporal_shift = 8, pre.motion_smoothing = 1, pre.denoise_passes = 3;
+  pre.denoise_auto = 400;
   EXPECT_NO_THROW(handle.Configure(pre));
   vidproc::PostOptions post = WithSizes<vidproc::PostOptions>(2, 1, 16384, 1);
   post.luma_gain = 127, post.luma_offset = -3, post.deblock_level = 21;
@@ -159,9 +162,27 @@ TEST(Settings, DefaultsDoNothingButScale) {
   EXPECT_EQ(vidproc_pre_options_init(&pre, 4097), VIDPROC_ERROR_INVALID_ARGUMENT);
   std::memset(&pre, 0x55, sizeof(pre));
   ASSERT_EQ(vidproc_pre_options_init(&pre, sizeof(pre)), VIDPROC_OK);
-  const vidproc_pre_options expected = {
-      sizeof(pre), {}, {}, VIDPROC_ALIGNMENT_CENTRES, VIDPROC_FILTER_AUTOMATIC, 8, 0, 3, 0, 64, 0, 0, -1, 0, 10, 8,
-      0,           0,  0};
+  const vidproc_pre_options expected = {sizeof(pre),
+                                        {},
+                                        {},
+                                        VIDPROC_ALIGNMENT_CENTRES,
+                                        VIDPROC_FILTER_AUTOMATIC,
+                                        8,
+                                        0,
+                                        3,
+                                        0,
+                                        64,
+                                        0,
+                                        0,
+                                        -1,
+                                        0,
+                                        10,
+                                        8,
+                                        0,
+                                        0,
+                                        0,
+                                        1,
+                                        0};
   EXPECT_EQ(std::memcmp(&pre, &expected, sizeof(pre)), 0);
   vidproc_post_options post;
   std::memset(&post, 0x55, sizeof(post));

@@ -96,15 +96,15 @@ reference::ScaleSettings ScalingOf(const PipelineSettings& settings) {
   return scale;
 }
 
-reference::DenoiseSettings DenoisingOf(const PipelineSettings& settings) {
+reference::DenoiseSettings DenoisingOf(const PipelineSettings& settings, int pass) {
   const auto& asked = settings.denoise;
   reference::DenoiseSettings denoise;
   denoise.edge = asked.softening == 0 ? 0 : asked.edge;
   denoise.horizontalTaps = asked.taps;
   denoise.verticalTaps = asked.taps / 2;
-  denoise.temporalStrength = asked.temporalStrength;
+  denoise.temporalStrength = pass == 0 ? asked.temporalStrength : 0;
   denoise.temporalShift = asked.temporalShift;
-  denoise.motionSmoothing = asked.smoothsMotion;
+  denoise.motionSmoothing = pass == 0 && asked.smoothsMotion;
   denoise.pairsAtBorders = settings.scaling.alignment == Alignment::kCorners;
   const filters::ResamplingKernel gaussian{filters::kGaussian, static_cast<std::uint32_t>(asked.softening), 0};
   filters::Bank bank{};
@@ -123,7 +123,9 @@ class Model {
   Samples Process(const Samples& input) {
     reference::Picture picture = PictureOf(settings.input, input);
     if (settings.denoise.edge > 0 || settings.denoise.temporalStrength > 0) {
-      picture = reference::Denoise(picture, DenoisingOf(settings), state);
+      for (int pass = 0; pass < settings.denoise.passes; ++pass) {
+        picture = reference::Denoise(picture, DenoisingOf(settings, pass), states[pass]);
+      }
     }
     picture = reference::Scale(picture, ScalingOf(settings));
     if (settings.lumaGain != 64 || settings.lumaOffset != 0) {
@@ -141,7 +143,7 @@ class Model {
 
  private:
   const PipelineSettings settings;
-  reference::DenoiseState state;
+  reference::DenoiseState states[3];
 };
 
 FrameShape DrawShape(Random& random, bool small) {
@@ -181,7 +183,8 @@ PipelineSettings DrawSettings(Random& random) {
                       .taps = random.OneIn(2) ? 8 : 16,
                       .temporalStrength = random.OneIn(4) ? 0 : random.Between(1, 127),
                       .temporalShift = random.Between(0, 8),
-                      .smoothsMotion = random.OneIn(3)};
+                      .smoothsMotion = random.OneIn(3),
+                      .passes = random.Between(1, 3)};
   return settings;
 }
 
@@ -197,7 +200,7 @@ std::string Describe(const PipelineSettings& s) {
        << " sharpening " << s.scaling.sharpening << " gain " << s.lumaGain << " offset " << s.lumaOffset << " dither "
        << s.ditherLevel << "; denoise edge " << s.denoise.edge << " softening " << s.denoise.softening << " taps "
        << s.denoise.taps << " temporal " << s.denoise.temporalStrength << ":" << s.denoise.temporalShift << " motion "
-       << s.denoise.smoothsMotion;
+       << s.denoise.smoothsMotion << " passes " << s.denoise.passes;
   return text.str();
 }
 

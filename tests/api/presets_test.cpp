@@ -1,0 +1,158 @@
+// Presets, and denoising that follows the camera's noise.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstring>
+#include <string>
+#include <vector>
+
+#include "support/allocation_log.h"
+#include "support/api_frames.h"
+#include "support/frame_content.h"
+#include "support/kernel_harness.h"
+#include "vidproc/vidproc.hpp"
+
+namespace {
+
+using namespace testing_support;
+
+TEST(Presets, AreDefaultsButForTheirFields) {
+  struct Expected {
+    const char* name;
+    int taps, denoiseAuto;
+  };
+  const Expected presets[] = {
+      {"webcam", 16, 100}, {"low-light", 16, 130}, {"low-bandwidth", 16, 130}, {"screen", 16, 0}, {"none", 8, 0}};
+  std::int32_t number = 0;
+  for (const Expected& expected : presets) {
+    SCOPED_TRACE(expected.name);
+    EXPECT_STREQ(vidproc_pre_preset(number++), expected.name);
+    vidproc::PreOptions options;
+    options.taps = expected.taps, options.denoise_auto = expected.denoiseAuto;
+    const vidproc::PreOptions preset(expected.name);
+    EXPECT_EQ(std::memcmp(&preset, &options, sizeof(options)), 0);
+  }
+  EXPECT_EQ(vidproc_pre_preset(number), nullptr);
+  EXPECT_EQ(vidproc_pre_preset(-1), nullptr);
+  number = 0;
+  for (const char* name : {"camera", "screen-share", "none"}) {
+    EXPECT_STREQ(vidproc_post_preset(number++), name);
+    vidproc::PostOptions options;
+    options.taps = std::string(name) == "none" ? 8 : 16;
+    const vidproc::PostOptions preset(name);
+    EXPECT_EQ(std::memcmp(&preset, &options, sizeof(options)), 0) << name;
+  }
+  EXPECT_EQ(vidproc_post_preset(number), nullptr);
+}
+
+TEST(Presets, RefuseUnknownNamesAndSizes) {
+  vidproc_pre_options options;
+  std::memset(&options, 0x55, sizeof(options));
+  const vidproc_pre_options before = options;
+  for (const char* name : {static_cast<const char*>(nullptr), "", "Webcam", "camera"}) {
+    EXPECT_EQ(vidproc_pre_options_preset(&options, sizeof(options), name), VIDPROC_ERROR_INVALID_ARGUMENT);
+    EXPECT_THROW(vidproc::PreOptions{name}, vidproc::Error);
+  }
+  EXPECT_EQ(vidproc_pre_options_preset(&options, 4097, "webcam"), VIDPROC_ERROR_INVALID_ARGUMENT);
+  EXPECT_EQ(vidproc_pre_options_preset(nullptr, sizeof(options), "webcam"), VIDPROC_ERROR_INVALID_ARGUMENT);
+  EXPECT_EQ(std::memcmp(&options, &before, sizeof(options)), 0);
+}
+
+/// A webcam's stream: `amplitude` is of evenly spread noise around a slope.
+class Stream {
+ public:
+  explicit Stream(vidproc_format format, std::int32_t motionSmoothing = 0) : options("webcam") {
+    options.input = {format, 96, 64, VIDPROC_SITING_LEFT};
+    options.output = {VIDPROC_FORMAT_I420, 48, 32, VIDPROC_SITING_LEFT};
+    options.motion_smoothing = motionSmoothing;
+    pre.Configure(options);
+  }
+
+  std::vector<std::uint8_t> Show(int amplitude) {
+    TightFrame camera(options.input, 0), result(options.output, 0);
+    int column = 0;
+    for (std::uint8_t& byte : camera.bytes) {
+      byte = static_cast<std::uint8_t>(90 + column++ % 96 / 2 + random.Between(-amplitude, amplitude));
+    }
+    pre.Process(camera.Read(), result.Write());
+    return result.bytes;
+  }
+
+  Random random{8};
+  vidproc::PreOptions options;
+  vidproc::Pre pre;
+};
+
+/// From no noise through all strengths and back.
+constexpr int kAmplitudes[] = {0,  0,  2,  2,  3,  3,  4,  4,  5,  5, 7, 7, 9, 9, 12,
+                               12, 12, 12, 12, 20, 20, 20, 20, 20, 1, 1, 1, 1, 1, 1};
+
+TEST(AutomaticDenoising, GivesTheSameBytesAtEveryLevel) {
+  for (const vidproc_format format : kFormats) {
+    std::vector<std::vector<std::uint8_t>> expected;
+    std::vector<std::int32_t> noise;
+    for (const vidproc::Level level : AvailableLevels()) {
+      vidproc_cap_level(vidproc::LevelName(level));
+      Stream stream(format, format % 2);
+      std::vector<std::vector<std::uint8_t>> results;
+      std::vector<std::int32_t> figures;
+      for (const int amplitude : kAmplitudes) {
+        results.push_back(stream.Show(amplitude));
+        figures.push_back(stream.pre.Noise());
+      }
+      if (expected.empty()) expected = results, noise = figures;
+      EXPECT_EQ(results, expected) << vidproc::LevelName(level) << ", format " << format;
+      EXPECT_EQ(figures, noise);
+    }
+    EXPECT_EQ(noise.front(), 0);
+    EXPECT_GT(*std::max_element(noise.begin(), noise.end()), 900) << "the last step is reached";
+    EXPECT_LT(noise.back(), 90) << "the first step again";
+  }
+  vidproc_cap_level(nullptr);
+}
+
+TEST(AutomaticDenoising, TakesNoMemoryInAFrameCallAndStartsAfreshAfterAReset) {
+  Stream stream(VIDPROC_FORMAT_NV12, 1);
+  TightFrame camera(stream.options.input, 0), result(stream.options.output, 0);
+  const vidproc_input input = camera.Read();
+  const vidproc_output output = result.Write();
+  std::vector<std::vector<std::uint8_t>> runs[2];
+  for (auto& run : runs) {
+    stream.random = Random(9);
+    for (const int amplitude : kAmplitudes) run.push_back(stream.Show(amplitude));
+    stream.pre.Reset();
+    EXPECT_EQ(stream.pre.Noise(), 0);
+  }
+  EXPECT_EQ(runs[0], runs[1]);
+  const AllocationLog log;
+  for (int frame = 0; frame < 20; ++frame) {
+    for (std::uint8_t& byte : camera.bytes) byte = stream.random.Byte();
+    ASSERT_EQ(vidproc_pre_process(stream.pre.Get(), &input, &output), VIDPROC_OK);
+  }
+  EXPECT_EQ(log.Total(), 0u);
+}
+
+/// Estimate, strength and history stay through other settings, formats and output sizes.
+TEST(AutomaticDenoising, OutlivesOtherSettings) {
+  Stream changed(VIDPROC_FORMAT_I420, 1), kept(VIDPROC_FORMAT_I420, 1);
+  for (const int amplitude : kAmplitudes) {
+    ASSERT_EQ(changed.Show(amplitude), kept.Show(amplitude));
+    vidproc::PreOptions other = changed.options;
+    other.output.width = 30, other.input.format = VIDPROC_FORMAT_NV12, other.filter = VIDPROC_FILTER_AREA;
+    changed.pre.Configure(other);
+    EXPECT_EQ(changed.pre.Noise(), kept.pre.Noise());
+    changed.pre.Configure(changed.options);
+  }
+}
+
+TEST(AutomaticDenoising, RefusesToTellBeforeItKnows) {
+  vidproc::Pre pre;
+  std::int32_t noise = 5;
+  EXPECT_EQ(vidproc_pre_noise(pre.Get(), &noise), VIDPROC_ERROR_NOT_CONFIGURED);
+  EXPECT_EQ(vidproc_pre_noise(nullptr, &noise), VIDPROC_ERROR_INVALID_ARGUMENT);
+  EXPECT_EQ(vidproc_pre_noise(pre.Get(), nullptr), VIDPROC_ERROR_INVALID_ARGUMENT);
+  EXPECT_STREQ(vidproc_pre_last_error(pre.Get()), "noise is null, allowed is a place for it");
+  EXPECT_EQ(noise, 5);
+}
+
+}  // namespace
