@@ -1,8 +1,8 @@
-// Dither noise: luma + noise, clamped to a byte, on pieces of a frame. Adding 128 modulo 256 turns the bytes of a frame
-// into signed ones, whose saturating addition clamps as wanted; chroma gets zeros added.
+// Dither noise: luma + noise, clamped to a byte, on pieces of a frame. Chroma gets zeros added.
 #include "kernels/kernel_table.h"
 #include "kernels/noise_field.h"
 #include "kernels/noise_register.h"
+#include "kernels/passes/byte_arithmetic.h"
 #include "simd/simd.h"
 
 namespace vidproc::VIDPROC_TARGET {
@@ -11,10 +11,7 @@ namespace {
 /// What a step of the vector loop covers: a block's row, or a vector where that is longer.
 constexpr std::uint32_t kStepBytes = kVectorBytes > kNoiseBlockBytes ? kVectorBytes : kNoiseBlockBytes;
 
-void AddVector(std::uint8_t* bytes, U8 noise) {
-  const U8 sign = SplatU8(0x80);
-  Store(bytes, Xor(AddSaturateSigned(Xor(LoadU8(bytes), sign), noise), sign));
-}
+void AddVector(std::uint8_t* bytes, U8 noise) { Store(bytes, AddSignedBytes(LoadU8(bytes), noise)); }
 
 /// One step, from the start of a block.
 void AddStep(std::uint8_t* bytes, const signed char* noise, const std::uint16_t* blockPosition) {

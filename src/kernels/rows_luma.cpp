@@ -1,8 +1,8 @@
 // What becomes of finished luma samples: gain and offset, dither noise.
 #include "kernels/kernel_table.h"
 #include "kernels/noise_field.h"
+#include "kernels/passes/byte_arithmetic.h"
 #include "kernels/passes/result_policy.h"
-#include "kernels/passes/vector_walk.h"
 #include "simd/simd.h"
 
 namespace vidproc::VIDPROC_TARGET {
@@ -18,6 +18,16 @@ void FinishRow(const std::uint8_t* in, std::int32_t bytes, std::uint8_t* out, co
   __builtin_memcpy(out, rest, static_cast<std::size_t>(bytes));
 }
 
+/// Blocks of noise under a vector of luma.
+constexpr int kBlocks = kVectorBytes / kNoiseBlockSize;
+
+/// The noise of a vector of luma, of which `blocks` are in the row.
+U8 LoadNoise(const signed char* noise, const std::uint16_t* blockPosition, int blocks) {
+  std::int32_t offsets[kBlocks];
+  for (int i = 0; i < kBlocks; ++i) offsets[i] = blockPosition[i < blocks ? i : 0];
+  return LoadTilesAt(reinterpret_cast<const std::uint8_t*>(noise), offsets);
+}
+
 }  // namespace
 
 void ShiftLumaRow(const std::uint8_t* luma, std::int32_t bytes, std::int16_t gain, std::int16_t offset,
@@ -30,10 +40,14 @@ void ShiftLumaRow(const std::uint8_t* luma, std::int32_t bytes, std::int16_t gai
 
 void AddNoiseToLumaRow(const signed char* noise, const std::uint16_t* blockPosition, std::uint8_t* luma,
                        std::int32_t bytes) {
-  for (int b = 0; b < bytes; ++b) {
-    const int sum = luma[b] + noise[blockPosition[b / kNoiseBlockSize] + b % kNoiseBlockSize];
-    luma[b] = static_cast<std::uint8_t>(Clamp(sum, 0, 255));
+  int b = 0;
+  for (; b + kVectorBytes <= bytes; b += kVectorBytes) {
+    Store(luma + b, AddSignedBytes(LoadU8(luma + b), LoadNoise(noise, blockPosition + b / kNoiseBlockSize, kBlocks)));
   }
+  FinishRow(luma + b, bytes - b, luma + b, [&](std::uint8_t* rest) {
+    const int blocks = (bytes - b + kNoiseBlockSize - 1) / kNoiseBlockSize;
+    Store(rest, AddSignedBytes(LoadU8(rest), LoadNoise(noise, blockPosition + b / kNoiseBlockSize, blocks)));
+  });
 }
 
 }  // namespace vidproc::VIDPROC_TARGET

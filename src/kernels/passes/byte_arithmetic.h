@@ -8,6 +8,13 @@ namespace {
 
 inline U8 AbsoluteDifference(U8 a, U8 b) { return Subtract(Max(a, b), Min(a, b)); }
 
+/// Unsigned bytes plus signed ones, saturated: adding 128 modulo 256 turns the unsigned bytes into signed ones, whose
+/// saturating addition clamps as wanted.
+inline U8 AddSignedBytes(U8 a, U8 b) {
+  const U8 sign = SplatU8(0x80);
+  return Xor(AddSaturateSigned(Xor(a, sign), b), sign);
+}
+
 /// Sums of neighbouring lanes, with saturation: in each tile those of a, then those of b.
 inline I16 AddNeighbours(I16 a, I16 b) {
   const I16 one = SplatI16(1);
