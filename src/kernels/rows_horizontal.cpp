@@ -2,6 +2,7 @@
 #include "kernels/kernel_table.h"
 #include "kernels/passes/byte_row_scaler.h"
 #include "kernels/passes/vector_walk.h"
+#include "kernels/passes/whole_window_walk.h"
 #include "kernels/row_jobs.h"
 #include "simd/simd.h"
 
@@ -118,6 +119,17 @@ void ScaleOctets(const HorizontalRowJob& job) {
 }
 
 template <int kPairs = 1>
+[[maybe_unused]] void ScaleWholeWindows(const HorizontalRowJob& job) {
+  if constexpr (2 * kPairs < kMaxVerticalTaps) {
+    if (job.plan->pairs > kPairs) return ScaleWholeWindows<kPairs + 1>(job);
+  }
+  const HorizontalRowPlan& plan = *job.plan;
+  const WholeWindowWalk<kPairs> end(plan.end, job);
+  if (plan.grid.vectors == 1) return WalkRow(plan, UniformWholeWindowWalk<kPairs>(plan.grid, job), end, job.out);
+  WalkRow(plan, WholeWindowWalk<kPairs>(plan.grid, job), end, job.out);
+}
+
+template <int kPairs = 1>
 void ScaleByPairs(const HorizontalRowJob& job) {
   if constexpr (kPairs < kMaxRowTapPairs) {
     if (job.plan->pairs > kPairs) return ScaleByPairs<kPairs + 1>(job);
@@ -133,6 +145,9 @@ void ScaleRow(const HorizontalRowJob& job) {
       return ScaleOutputByOutput(job);
     case HorizontalForm::kSamePhase:
       return FilterShiftedRows(job);
+    case HorizontalForm::kWholeWindows:
+      if constexpr (kHasByteShuffle) return ScaleWholeWindows(job);
+      return ScaleOutputByOutput(job);
     case HorizontalForm::kOctets:
       if constexpr (kHasByteShuffle) return ScaleByOctets(job);
       return ScaleOutputByOutput(job);

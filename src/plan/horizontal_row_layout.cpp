@@ -32,7 +32,9 @@ HorizontalRowLayout::HorizontalRowLayout(const HorizontalRowRequest& request)
   plan.positions = positions.data();
   plan.coefficients = bank.data();
   if (request.shape.vectorBytes == 0) return;
-  if (ChooseShiftedRows(request.shape) || ChoosePairs(request.shape)) return;
+  if (ChooseShiftedRows(request.shape)) return;
+  if (!StepsByTwo() && ChooseWholeWindows(request.shape)) return;
+  if (ChoosePairs(request.shape)) return;
   ChooseOctets(request.shape);
 }
 
@@ -98,6 +100,66 @@ HorizontalRowLayout::FirstTap HorizontalRowLayout::LocateFirstTap(std::int32_t r
   return {position.source * plan.step + result % plan.step, position.phase};
 }
 
+/// Single samples at 2:1.
+bool HorizontalRowLayout::StepsByTwo() const {
+  return plan.step == 1 && positions.size() > 1 && positions[1].source == positions[0].source + 2 &&
+         Repeats(1, plan.outputs - 1);
+}
+
+bool HorizontalRowLayout::ChooseWholeWindows(const ByteRowShape& shape) {
+  VerticalTaps phases[kPhases];
+  const std::uint32_t usedPhases = UsedPhases();
+  plan.pairs = 1;
+  for (int phase = 0; phase < kPhases; ++phase) {
+    if ((usedPhases >> phase & 1) == 0) continue;
+    if (!PairTapsOfPhase(bank.data() + phase * kMaxTaps, plan.taps, phases[phase])) return false;
+    plan.pairs = std::max(plan.pairs, (phases[phase].count + 1) / 2);
+  }
+  const auto layOut = [&](std::int32_t firstResult, std::int32_t* windows, std::uint8_t* pattern) {
+    return LayOutWholeWindows(shape, phases, firstResult, windows, pattern);
+  };
+  if (!LayOutGrids(shape, shape.vectorBytes / shape.windowBytes, 2 * shape.vectorBytes * plan.pairs, layOut)) {
+    return false;
+  }
+  plan.form = HorizontalForm::kWholeWindows;
+  return true;
+}
+
+bool HorizontalRowLayout::LayOutWholeWindows(const ByteRowShape& shape, const VerticalTaps* phases,
+                                             std::int32_t firstResult, std::int32_t* windows,
+                                             std::uint8_t* pattern) const {
+  const std::int32_t resultsPerWindow = shape.windowBytes / 2;
+  const std::int32_t centre = plan.taps / 2 - 1;
+  const auto byteOf = [&](const FirstTap& first, std::int32_t row) { return first.byte + (centre + row) * plan.step; };
+  for (std::int32_t lane = 0; lane < shape.vectorBytes / 2; ++lane) {
+    const FirstTap first = LocateFirstTap(firstResult + lane);
+    const VerticalTaps& taps = phases[first.phase];
+    const std::int32_t start = byteOf(first, *std::min_element(taps.row, taps.row + taps.count));
+    std::int32_t& window = windows[lane / resultsPerWindow];
+    window = lane % resultsPerWindow == 0 ? start : std::min(window, start);
+  }
+  for (std::int32_t lane = 0; lane < shape.vectorBytes / 2; ++lane) {
+    const FirstTap first = LocateFirstTap(firstResult + lane);
+    const VerticalTaps& taps = phases[first.phase];
+    const std::int32_t window = windows[lane / resultsPerWindow];
+    for (std::int32_t p = 0; p < plan.pairs; ++p) {
+      // The phase's last pair is the last of all; the others come first.
+      const std::int32_t lastOfPhase = (taps.count - 1) / 2;
+      const std::int32_t pair = p == plan.pairs - 1 ? lastOfPhase : p;
+      for (std::int32_t i = 0; i < 2; ++i) {
+        const std::int32_t tap = 2 * pair + i;
+        const bool isUsed = tap < taps.count && (pair < lastOfPhase || p == plan.pairs - 1);
+        const std::int32_t index = byteOf(first, taps.row[isUsed ? tap : 0]) - window;
+        if (index >= shape.windowBytes) return false;
+        std::uint8_t* const to = pattern + 2 * p * shape.vectorBytes + 2 * lane + i;
+        to[0] = static_cast<std::uint8_t>(index);
+        to[shape.vectorBytes] = static_cast<std::uint8_t>(isUsed ? taps.coefficient[tap] : 0);
+      }
+    }
+  }
+  return true;
+}
+
 bool HorizontalRowLayout::ChoosePairs(const ByteRowShape& shape) {
   const TapPairs pairs = PairTaps(bank.data(), plan.taps, UsedPhases());
   if (!pairs.AreExact(UsedPhases())) return false;
@@ -109,9 +171,8 @@ bool HorizontalRowLayout::ChoosePairs(const ByteRowShape& shape) {
   }
   plan.pairs = pairs.count;
   for (int p = 0; p < pairs.count; ++p) plan.pairOffset[p] = pairs.tap[p] * plan.step;
-  const bool halves = plan.step == 1 && positions.size() > 1 && positions[1].source == positions[0].source + 2;
   plan.form = plan.grid.vectors == 1 ? HorizontalForm::kOnePattern : HorizontalForm::kPatterns;
-  if (plan.grid.vectors == 1 && halves && Repeats(1, plan.outputs - 1)) plan.form = HorizontalForm::kAdjacentPairs;
+  if (plan.grid.vectors == 1 && StepsByTwo()) plan.form = HorizontalForm::kAdjacentPairs;
   return true;
 }
 

@@ -48,12 +48,16 @@ class HorizontalRowLayout {
   /// Whether outputs k and k + distance have the same phase, and the same way between them, for all k below `count`.
   bool Repeats(std::int32_t distance, std::int32_t count) const;
   bool ChooseShiftedRows(const ByteRowShape& shape);
+  bool StepsByTwo() const;
+  bool ChooseWholeWindows(const ByteRowShape& shape);
   bool ChoosePairs(const ByteRowShape& shape);
   bool ChooseOctets(const ByteRowShape& shape);
   bool OctetsAreExact() const;
   template <class LayOutVector>
   bool LayOutGrids(const ByteRowShape& shape, std::int32_t windowsPerVector, std::int32_t patternBytes,
                    const LayOutVector& layOutVector);
+  bool LayOutWholeWindows(const ByteRowShape& shape, const VerticalTaps* phases, std::int32_t firstResult,
+                          std::int32_t* windows, std::uint8_t* pattern) const;
   bool LayOutPairs(const ByteRowShape& shape, const TapPairs& pairs, std::int32_t firstResult, std::int32_t* windows,
                    std::uint8_t* pattern) const;
   bool LayOutOctets(const ByteRowShape& shape, std::int32_t firstResult, std::int32_t* windows,

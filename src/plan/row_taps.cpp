@@ -56,11 +56,18 @@ bool PairsFitWords(const VerticalTaps& plan) {
 
 }  // namespace
 
+bool PairTapsOfPhase(const std::int16_t* coefficients, std::int32_t taps, VerticalTaps& plan) {
+  if (taps - std::count(coefficients, coefficients + taps, 0) > kMaxVerticalTaps) return false;
+  plan = CollectTaps(coefficients, taps);
+  return ArrangeInPairs(plan) && PairsFitWords(plan);
+}
+
 VerticalTaps PlanVerticalTaps(const std::int16_t* coefficients, std::int32_t taps, const ByteRowShape& shape) {
   const VerticalTaps plan = CollectTaps(coefficients, taps);
-  VerticalTaps pairs = plan;
-  pairs.inBytes = shape.vectorBytes != 0 && plan.count > 1 && ArrangeInPairs(pairs) && PairsFitWords(pairs);
-  return pairs.inBytes ? pairs : plan;
+  VerticalTaps pairs;
+  if (shape.vectorBytes == 0 || plan.count == 1 || !PairTapsOfPhase(coefficients, taps, pairs)) return plan;
+  pairs.inBytes = true;
+  return pairs;
 }
 
 DenoiseTaps PlanDenoiseTaps(const std::int16_t* coefficients, std::int32_t taps, std::int32_t edge) {

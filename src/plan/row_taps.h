@@ -8,6 +8,12 @@
 
 namespace vidproc {
 
+/// Arranges the taps of a phase that are not zero so that products of bytes add up in 16-bit lanes: those of all pairs
+/// but the last, and those of the last by themselves. A tap beyond signed bytes stands twice, with half of it each.
+/// @param coefficients  of one phase, `taps` of them: up to kMaxTaps
+/// @return whether that is possible with kMaxVerticalTaps; `plan` is then count, row and coefficient
+bool PairTapsOfPhase(const std::int16_t* coefficients, std::int32_t taps, VerticalTaps& plan);
+
 /// @param coefficients  of one phase, `taps` of them: 4 or 8
 /// @param shape         of the kernels that the taps are for; {}: the general form only
 VerticalTaps PlanVerticalTaps(const std::int16_t* coefficients, std::int32_t taps, const ByteRowShape& shape);
