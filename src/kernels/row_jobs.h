@@ -42,7 +42,7 @@ constexpr int kMaxRowTapPairs = 10;
 enum class HorizontalForm : std::uint8_t {
   kGeneral,        ///< output by output, for every bank
   kSamePhase,      ///< every output one sample after the one before: a vertical pass over shifted copies of the row
-  kWholeWindows,   ///< in vectors, whose windows each hold all samples of their results
+  kWholeWindows,   ///< in vectors, whose windows, one or two, hold all samples of their results
   kPatterns,       ///< in vectors, by the windows and patterns of byte_row_plan.h
   kOnePattern,     ///< the same pattern for all vectors
   kAdjacentPairs,  ///< the same, of single samples at 2:1: vectors of the row hold the pairs as they are
@@ -63,10 +63,12 @@ struct HorizontalRowPlan {
 
   VerticalTaps shifted;  ///< kSamePhase: `row` counts samples from the output's own
 
-  // The forms by pairs of taps. Sums of products stay in 16 bits until the last pair is added. Patterns of whole windows
-  // have shuffle indices and coefficients for each pair, so that taps pair as they like.
+  // The forms by pairs of taps. Sums of products stay in 16 bits until the last pair is added. Patterns of whole
+  // windows have shuffle indices and coefficients for each pair, so that taps pair as they like; the first half of the
+  // pairs is gathered from the windows, the others secondWindow bytes further.
   std::int32_t pairs;
   std::int32_t pairOffset[kMaxRowTapPairs];  ///< bytes from a result's first tap to each pair; not for whole windows
+  std::int32_t secondWindow;
 
   // kOctets. Tiles of 16 bytes hold two results; four vectors of them make one of sums. Each of the four has a window
   // per tile, and in the pattern its shuffle indices and the coefficients of each octet.

@@ -118,15 +118,21 @@ void ScaleOctets(const HorizontalRowJob& job) {
   job.plan->octets == 1 ? ScaleOctets<1>(job) : ScaleOctets<2>(job);
 }
 
-template <int kPairs = 1>
-[[maybe_unused]] void ScaleWholeWindows(const HorizontalRowJob& job) {
-  if constexpr (2 * kPairs < kMaxVerticalTaps) {
-    if (job.plan->pairs > kPairs) return ScaleWholeWindows<kPairs + 1>(job);
-  }
+template <int kPairs, int kPlaces>
+void ScaleWholeWindows(const HorizontalRowJob& job) {
   const HorizontalRowPlan& plan = *job.plan;
-  const WholeWindowWalk<kPairs> end(plan.end, job);
-  if (plan.grid.vectors == 1) return WalkRow(plan, UniformWholeWindowWalk<kPairs>(plan.grid, job), end, job.out);
-  WalkRow(plan, WholeWindowWalk<kPairs>(plan.grid, job), end, job.out);
+  const WholeWindowWalk<kPairs, kPlaces> end(plan.end, job);
+  if (plan.grid.vectors == 1)
+    return WalkRow(plan, UniformWholeWindowWalk<kPairs, kPlaces>(plan.grid, job), end, job.out);
+  WalkRow(plan, WholeWindowWalk<kPairs, kPlaces>(plan.grid, job), end, job.out);
+}
+
+template <int kPairs = 1>
+[[maybe_unused]] void ScaleByWholeWindows(const HorizontalRowJob& job) {
+  if constexpr (2 * kPairs < kMaxVerticalTaps) {
+    if (job.plan->pairs > kPairs) return ScaleByWholeWindows<kPairs + 1>(job);
+  }
+  job.plan->secondWindow == 0 ? ScaleWholeWindows<kPairs, 1>(job) : ScaleWholeWindows<kPairs, 2>(job);
 }
 
 template <int kPairs = 1>
@@ -146,7 +152,7 @@ void ScaleRow(const HorizontalRowJob& job) {
     case HorizontalForm::kSamePhase:
       return FilterShiftedRows(job);
     case HorizontalForm::kWholeWindows:
-      if constexpr (kHasByteShuffle) return ScaleWholeWindows(job);
+      if constexpr (kHasByteShuffle) return ScaleByWholeWindows(job);
       return ScaleOutputByOutput(job);
     case HorizontalForm::kOctets:
       if constexpr (kHasByteShuffle) return ScaleByOctets(job);

@@ -77,7 +77,7 @@ bool HorizontalRowLayout::LayOutGrids(const ByteRowShape& shape, std::int32_t wi
     ++period;
   const auto layOut = [&](std::int32_t first, std::int32_t vectors, GridMemory& memory, ByteRowGrid& to) {
     memory.windows.resize(static_cast<std::size_t>(vectors) * static_cast<std::size_t>(windowsPerVector));
-    memory.patterns.resize(static_cast<std::size_t>(vectors) * static_cast<std::size_t>(patternBytes));
+    memory.patterns.assign(static_cast<std::size_t>(vectors) * static_cast<std::size_t>(patternBytes), 0);
     to = {memory.patterns.data(), memory.windows.data(), vectors, 0};
     for (std::int32_t v = 0; v < vectors; ++v) {
       if (!layOutVector((first + v) * shape.vectorBytes / 2, memory.windows.data() + v * windowsPerVector,
@@ -106,6 +106,19 @@ bool HorizontalRowLayout::StepsByTwo() const {
          Repeats(1, plan.outputs - 1);
 }
 
+HorizontalRowLayout::Reach HorizontalRowLayout::ReachOf(const VerticalTaps* phases, std::int32_t firstResult,
+                                                        std::int32_t results) const {
+  Reach reach{INT32_MAX, INT32_MIN};
+  for (std::int32_t result = firstResult; result < firstResult + results; ++result) {
+    const FirstTap first = LocateFirstTap(result);
+    const VerticalTaps& taps = phases[first.phase];
+    const auto [lowest, highest] = std::minmax_element(taps.row, taps.row + taps.count);
+    reach.first = std::min(reach.first, first.byte + (plan.taps / 2 - 1 + *lowest) * plan.step);
+    reach.last = std::max(reach.last, first.byte + (plan.taps / 2 - 1 + *highest) * plan.step);
+  }
+  return reach;
+}
+
 bool HorizontalRowLayout::ChooseWholeWindows(const ByteRowShape& shape) {
   VerticalTaps phases[kPhases];
   const std::uint32_t usedPhases = UsedPhases();
@@ -114,6 +127,12 @@ bool HorizontalRowLayout::ChooseWholeWindows(const ByteRowShape& shape) {
     if ((usedPhases >> phase & 1) == 0) continue;
     if (!PairTapsOfPhase(bank.data() + phase * kMaxTaps, plan.taps, phases[phase])) return false;
     plan.pairs = std::max(plan.pairs, (phases[phase].count + 1) / 2);
+  }
+  plan.secondWindow = 0;
+  const std::int32_t resultsPerWindow = shape.windowBytes / 2;
+  for (std::int32_t result = 0; result < plan.outputs * plan.step; result += resultsPerWindow) {
+    const Reach reach = ReachOf(phases, result, resultsPerWindow);
+    plan.secondWindow = std::max(plan.secondWindow, reach.last - reach.first + 1 - shape.windowBytes);
   }
   const auto layOut = [&](std::int32_t firstResult, std::int32_t* windows, std::uint8_t* pattern) {
     return LayOutWholeWindows(shape, phases, firstResult, windows, pattern);
@@ -129,33 +148,48 @@ bool HorizontalRowLayout::LayOutWholeWindows(const ByteRowShape& shape, const Ve
                                              std::int32_t firstResult, std::int32_t* windows,
                                              std::uint8_t* pattern) const {
   const std::int32_t resultsPerWindow = shape.windowBytes / 2;
-  const std::int32_t centre = plan.taps / 2 - 1;
-  const auto byteOf = [&](const FirstTap& first, std::int32_t row) { return first.byte + (centre + row) * plan.step; };
   for (std::int32_t lane = 0; lane < shape.vectorBytes / 2; ++lane) {
-    const FirstTap first = LocateFirstTap(firstResult + lane);
-    const VerticalTaps& taps = phases[first.phase];
-    const std::int32_t start = byteOf(first, *std::min_element(taps.row, taps.row + taps.count));
     std::int32_t& window = windows[lane / resultsPerWindow];
-    window = lane % resultsPerWindow == 0 ? start : std::min(window, start);
-  }
-  for (std::int32_t lane = 0; lane < shape.vectorBytes / 2; ++lane) {
-    const FirstTap first = LocateFirstTap(firstResult + lane);
-    const VerticalTaps& taps = phases[first.phase];
-    const std::int32_t window = windows[lane / resultsPerWindow];
-    for (std::int32_t p = 0; p < plan.pairs; ++p) {
-      // The phase's last pair is the last of all; the others come first.
-      const std::int32_t lastOfPhase = (taps.count - 1) / 2;
-      const std::int32_t pair = p == plan.pairs - 1 ? lastOfPhase : p;
-      for (std::int32_t i = 0; i < 2; ++i) {
-        const std::int32_t tap = 2 * pair + i;
-        const bool isUsed = tap < taps.count && (pair < lastOfPhase || p == plan.pairs - 1);
-        const std::int32_t index = byteOf(first, taps.row[isUsed ? tap : 0]) - window;
-        if (index >= shape.windowBytes) return false;
-        std::uint8_t* const to = pattern + 2 * p * shape.vectorBytes + 2 * lane + i;
-        to[0] = static_cast<std::uint8_t>(index);
-        to[shape.vectorBytes] = static_cast<std::uint8_t>(isUsed ? taps.coefficient[tap] : 0);
-      }
+    if (lane % resultsPerWindow == 0) {
+      const Reach reach = ReachOf(phases, firstResult + lane, resultsPerWindow);
+      window = std::min(reach.first, reach.last + 1 - shape.windowBytes);
     }
+    const FirstTap first = LocateFirstTap(firstResult + lane);
+    const std::int32_t centre = first.byte + (plan.taps / 2 - 1) * plan.step - window;
+    if (!LayOutWholeResult(shape, phases[first.phase], centre, pattern + 2 * lane)) return false;
+  }
+  return true;
+}
+
+/// The last pair of the phase is the last one here. Of the other taps those come first that only one of the windows
+/// holds.
+bool HorizontalRowLayout::LayOutWholeResult(const ByteRowShape& shape, const VerticalTaps& taps, std::int32_t centre,
+                                            std::uint8_t* pattern) const {
+  const std::int32_t endOfFirst = 2 * (plan.pairs / 2);
+  const std::int32_t lastPair = 2 * (plan.pairs - 1);
+  const std::int32_t others = (taps.count - 1) / 2 * 2;
+  const auto indexOf = [&](std::int32_t tap) { return centre + taps.row[tap] * plan.step; };
+  const auto put = [&](std::int32_t tap, std::int32_t place, std::int32_t end) {
+    const std::int32_t index = indexOf(tap) - (place < endOfFirst ? 0 : plan.secondWindow);
+    if (place >= end || index < 0 || index >= shape.windowBytes) return false;
+    std::uint8_t* const to = pattern + place / 2 * 2 * shape.vectorBytes + place % 2;
+    to[0] = static_cast<std::uint8_t>(index);
+    to[shape.vectorBytes] = static_cast<std::uint8_t>(taps.coefficient[tap]);
+    return true;
+  };
+  std::int32_t first = 0;
+  std::int32_t second = endOfFirst;
+  for (const bool inBoth : {false, true}) {
+    for (std::int32_t tap = 0; tap < others; ++tap) {
+      const bool onlyFirst = indexOf(tap) < plan.secondWindow;
+      const bool onlySecond = indexOf(tap) >= shape.windowBytes;
+      if (inBoth == (onlyFirst || onlySecond)) continue;
+      const bool toFirst = onlyFirst || (inBoth && first < endOfFirst);
+      if (!(toFirst ? put(tap, first++, endOfFirst) : put(tap, second++, lastPair))) return false;
+    }
+  }
+  for (std::int32_t tap = others; tap < taps.count; ++tap) {
+    if (!put(tap, lastPair + tap - others, lastPair + 2)) return false;
   }
   return true;
 }

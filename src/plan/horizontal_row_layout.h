@@ -48,6 +48,12 @@ class HorizontalRowLayout {
   /// Whether outputs k and k + distance have the same phase, and the same way between them, for all k below `count`.
   bool Repeats(std::int32_t distance, std::int32_t count) const;
   bool ChooseShiftedRows(const ByteRowShape& shape);
+  /// The bytes that some results take their samples from, of the phases' taps.
+  struct Reach {
+    std::int32_t first;
+    std::int32_t last;
+  };
+  Reach ReachOf(const VerticalTaps* phases, std::int32_t firstResult, std::int32_t results) const;
   bool StepsByTwo() const;
   bool ChooseWholeWindows(const ByteRowShape& shape);
   bool ChoosePairs(const ByteRowShape& shape);
@@ -58,6 +64,8 @@ class HorizontalRowLayout {
                    const LayOutVector& layOutVector);
   bool LayOutWholeWindows(const ByteRowShape& shape, const VerticalTaps* phases, std::int32_t firstResult,
                           std::int32_t* windows, std::uint8_t* pattern) const;
+  bool LayOutWholeResult(const ByteRowShape& shape, const VerticalTaps& taps, std::int32_t centre,
+                         std::uint8_t* pattern) const;
   bool LayOutPairs(const ByteRowShape& shape, const TapPairs& pairs, std::int32_t firstResult, std::int32_t* windows,
                    std::uint8_t* pattern) const;
   bool LayOutOctets(const ByteRowShape& shape, std::int32_t firstResult, std::int32_t* windows,

@@ -1,6 +1,6 @@
-// Walks the vectors of a grid along a row whose windows each hold all samples of their results, so that they are loaded
-// once. A vector's pattern has shuffle indices and coefficients for each pair of taps: those of each result pair so
-// that few pairs will do.
+// Walks the vectors of a grid along a row whose windows hold all samples of their results, so that they are loaded
+// once, or twice at places that lie a little apart. A vector's pattern has shuffle indices and coefficients for each
+// pair of taps: those of each result pair so that few pairs will do.
 #pragma once
 
 #include "kernels/passes/byte_row_scaler.h"
@@ -12,72 +12,86 @@ namespace {
 template <int kPairs>
 struct WholePattern {
   static constexpr int kBytes = 2 * kPairs * kVectorBytes;
+
   explicit WholePattern(const std::uint8_t* memory) {
     for (int p = 0; p < kPairs; ++p) {
       indices[p] = LoadU8(memory + 2 * p * kVectorBytes);
       coefficients[p] = LoadU8(memory + (2 * p + 1) * kVectorBytes);
     }
   }
-  [[gnu::always_inline]] I16 Sum(U8 windows) const {
+
+  [[gnu::always_inline]] I16 Sum(U8 first, U8 second) const {
     I16 sum;
     for (int p = 0; p < kPairs; ++p) {
-      const I16 products = MultiplyPairs(ShuffleWindows(windows, indices[p]), coefficients[p]);
+      const I16 products = MultiplyPairs(ShuffleWindows(p < kPairs / 2 ? first : second, indices[p]), coefficients[p]);
       sum = p == 0 ? products : p + 1 < kPairs ? Add(sum, products) : AddSaturate(sum, products);
     }
     return sum;
   }
+
   U8 indices[kPairs];
   U8 coefficients[kPairs];
 };
 
-template <int kPairs>
+/// The windows of a vector, and a vector of rounded sums from them.
+template <int kPairs, int kPlaces>
+struct WholeWindows {
+  explicit WholeWindows(const HorizontalRowPlan& plan)
+      : secondWindow(plan.secondWindow), factor(SplatI16(1 << (15 - plan.shift))) {}
+
+  [[gnu::always_inline]] I16 Filter(const std::uint8_t* row, const std::int32_t* windows,
+                                    const WholePattern<kPairs>& pattern) const {
+    const U8 first = LoadWindows(row, windows);
+    const U8 second = kPlaces == 1 ? first : LoadWindows(row + secondWindow, windows);
+    return MultiplyRound(pattern.Sum(first, second), factor);
+  }
+
+  std::ptrdiff_t secondWindow;
+  I16 factor;
+};
+
+template <int kPairs, int kPlaces>
 class WholeWindowWalk {
  public:
-  WholeWindowWalk(const ByteRowGrid& grid, const HorizontalRowJob& job)
-      : grid(grid), row(job.in), factor(SplatI16(1 << (15 - job.plan->shift))) {}
+  WholeWindowWalk(const ByteRowGrid& grid, const HorizontalRowJob& job) : grid(grid), row(job.in), windows(*job.plan) {}
 
   /// The next vector of results.
   [[gnu::always_inline]] I16 Next() {
-    using Pattern = WholePattern<kPairs>;
-    const I16 sum =
-        Pattern(grid.patterns + vector * Pattern::kBytes).Sum(LoadWindows(row, grid.windows + vector * kWindows));
+    const WholePattern<kPairs> pattern(grid.patterns + vector * WholePattern<kPairs>::kBytes);
+    const I16 result = windows.Filter(row, grid.windows + vector * kWindows, pattern);
     if (++vector == grid.vectors) {
       vector = 0;
       row += grid.advance;
     }
-    return MultiplyRound(sum, factor);
+    return result;
   }
 
  private:
   const ByteRowGrid grid;
   const std::uint8_t* row;
-  I16 factor;
+  WholeWindows<kPairs, kPlaces> windows;
   std::ptrdiff_t vector = 0;
 };
 
 /// The same with one pattern for all vectors.
-template <int kPairs>
+template <int kPairs, int kPlaces>
 class UniformWholeWindowWalk {
  public:
   UniformWholeWindowWalk(const ByteRowGrid& grid, const HorizontalRowJob& job)
-      : row(job.in),
-        advance(grid.advance),
-        windows(grid.windows),
-        pattern(grid.patterns),
-        factor(SplatI16(1 << (15 - job.plan->shift))) {}
+      : row(job.in), advance(grid.advance), windows(*job.plan), places(grid.windows), pattern(grid.patterns) {}
 
   [[gnu::always_inline]] I16 Next() {
-    const I16 sum = pattern.Sum(LoadWindows(row, windows.offsets));
+    const I16 result = windows.Filter(row, places.offsets, pattern);
     row += advance;
-    return MultiplyRound(sum, factor);
+    return result;
   }
 
  private:
   const std::uint8_t* row;
   std::ptrdiff_t advance;
-  SpreadWindows windows;
+  WholeWindows<kPairs, kPlaces> windows;
+  SpreadWindows places;
   WholePattern<kPairs> pattern;
-  I16 factor;
 };
 
 }  // namespace
