@@ -6,6 +6,7 @@
 #include <cstdlib>
 #include <vector>
 
+#include "frame/frame_checks.h"
 #include "support/kernel_harness.h"
 #include "vidproc/video_processor.h"
 
@@ -13,11 +14,7 @@ namespace {
 
 using testing_support::Geometry;
 
-class BufferLimits : public testing::TestWithParam<vidproc::Level> {
- protected:
-  void SetUp() override { ASSERT_EQ(vidproc::CapLevel(GetParam()), GetParam()); }
-  void TearDown() override { vidproc::CapLevel(vidproc::BestLevel()); }
-};
+using BufferLimits = testing_support::AtEveryLevel;
 
 struct Limit {
   int (VideoProcessor::*run)();
@@ -41,26 +38,15 @@ constexpr Limit kLimits[] = {
     {&VideoProcessor::PostProcExecute, {8, 8, 8, 128}, &Geometry::outHeight},
 };
 
-void SetUpFor(VideoProcessor& p, const Geometry& geometry, unsigned precisionBits) {
-  p.windowKind = 2;
-  p.inWidth = static_cast<unsigned>(geometry.inWidth);
-  p.inHeight = static_cast<unsigned>(geometry.inHeight);
-  p.inStride = 2 * p.inWidth;
-  p.outWidth = static_cast<unsigned>(geometry.outWidth);
-  p.outHeight = static_cast<unsigned>(geometry.outHeight);
-  p.outStride = 2 * p.outWidth;
-  p.SetEnhanceFilter(EnhanceLaplacian4, 0, precisionBits, 128, 0);
-  p.ditherLevel = 0;
-}
-
 /// What two flat frames of 90 leave in a destination of 1, in the buffers of a set-up for 16 x 16.
 std::vector<unsigned char> RunFlatFrames(int (VideoProcessor::*run)(), const Geometry& geometry) {
-  VideoProcessor p(1, 0);
-  p.SetTaps(run == &VideoProcessor::PreProcAdaptive16TapExecute);
-  const unsigned precisionBits = run == &VideoProcessor::PostProcExecute ? 6 : 7;
-  SetUpFor(p, {16, 16, 16, 16}, precisionBits);
+  testing_support::Configuration configuration{{16, 16, 16, 16}};
+  configuration.use16Taps = run == &VideoProcessor::PreProcAdaptive16TapExecute;
+  const auto processor = testing_support::MakeProcessor(run != &VideoProcessor::PostProcExecute, configuration);
+  VideoProcessor& p = *processor;
   p.SetUseSpatialMotionSmoothing(1);
-  SetUpFor(p, geometry, precisionBits);
+  configuration.geometry = geometry;
+  SetUpProcessor(p, configuration);
   p.SetAdaptive(2);
   std::vector<unsigned char> source(std::size_t{p.inStride} * p.inHeight, 90);
   std::vector<unsigned char> destination(std::size_t{p.outStride} * p.outHeight, 1);
@@ -69,7 +55,6 @@ std::vector<unsigned char> RunFlatFrames(int (VideoProcessor::*run)(), const Geo
     p.dstFrame = destination.data();
     (p.*run)();
   }
-  std::free(p.ditherTable);
   return destination;
 }
 
@@ -102,8 +87,8 @@ TEST_P(BufferLimits, PassesTallNarrowFramesThroughInPlace) {
 
 TEST(WorkingBuffers, HoldWholePackedFramesOnly) {
   constexpr std::size_t kBytes = 2 * 16 * 16;
-  VideoProcessor p(1, 0);
-  SetUpFor(p, {16, 16, 16, 16}, 7);
+  const auto processor = testing_support::MakeProcessor(true, {{16, 16, 16, 16}});
+  VideoProcessor& p = *processor;
   p.SetUseSpatialMotionSmoothing(1);
   const struct {
     void* start;
@@ -114,6 +99,8 @@ TEST(WorkingBuffers, HoldWholePackedFramesOnly) {
                   {p.smoothingBufferSmall, 2048},
                   {p.smoothingBufferLarge, 8192}};
   for (const auto& buffer : kBuffers) {
+    void* const behind = static_cast<unsigned char*>(buffer.start) + buffer.bytes;
+    EXPECT_EQ(vidproc::RoomInWorkingBuffer(p, {12288, 6144, 8192, 2048}, behind), std::nullopt);
     for (const bool reachesPast : {false, true}) {
       auto* const end = static_cast<unsigned char*>(buffer.start) + buffer.bytes;
       unsigned char* const inside = end - kBytes + (reachesPast ? 1 : 0);
@@ -137,10 +124,8 @@ TEST(WorkingBuffers, HoldWholePackedFramesOnly) {
       EXPECT_EQ(std::count(inside, end, 1), reachesPast ? end - inside : 0) << "deblocking paints its pattern";
     }
   }
-  std::free(p.ditherTable);
 }
 
-INSTANTIATE_TEST_SUITE_P(Levels, BufferLimits, testing::ValuesIn(testing_support::AvailableLevels()),
-                         [](const auto& info) { return vidproc::LevelName(info.param); });
+RUN_AT_EVERY_LEVEL(BufferLimits);
 
 }  // namespace

@@ -35,19 +35,13 @@ class Dispatch : public testing::TestWithParam<Case> {
   std::vector<unsigned char> destination = std::vector<unsigned char>(std::size_t{2} * kWidth * kHeight, 0xCD);
 
   testing_support::Processor MakeProcessor(const Case& c) {
-    testing_support::Processor p(new VideoProcessor(c.preProcessor, static_cast<int>(c.softenLevel)));
-    p->inWidth = kWidth;
-    p->inHeight = kHeight;
-    p->inStride = 2 * kWidth;
-    p->outWidth = c.equalSizes ? kWidth : kWidth / 2;
-    p->outHeight = c.equalSizes ? kHeight : kHeight / 2;
-    p->outStride = 2 * p->outWidth;
-    p->windowKind = c.preProcessor ? 2 : 0;
-    p->SetTaps(c.use16Taps);
-    p->SetEnhanceFilter(EnhanceLaplacian4, 0, c.preProcessor ? 7 : 6, 64, 0);
+    const int divisor = c.equalSizes ? 1 : 2;
+    testing_support::Configuration configuration{{kWidth, kHeight, kWidth / divisor, kHeight / divisor}};
+    configuration.softenLevel = c.softenLevel;
+    configuration.use16Taps = c.use16Taps;
+    testing_support::Processor p = testing_support::MakeProcessor(c.preProcessor, configuration);
     p->SetUseSpatialMotionSmoothing(c.smoothing);
     p->SetAdaptive(c.adaptive);
-    p->ditherLevel = 0;
     p->cpuLevel = c.cpuLevel;
     p->PrintFilters(1);
     return p;

@@ -13,20 +13,12 @@ namespace {
 
 using Bytes = std::vector<std::uint8_t>;
 
-class TemporalFilter : public testing::TestWithParam<vidproc::Level> {
+class TemporalFilter : public testing_support::AtEveryLevel {
  protected:
-  void SetUp() override { ASSERT_EQ(vidproc::CapLevel(GetParam()), GetParam()); }
-  void TearDown() override { vidproc::CapLevel(vidproc::BestLevel()); }
-
   /// Segments are as long as the frame is high; there are twice as many as it is wide.
-  void Configure(std::uint32_t width, std::uint32_t height, std::uint32_t padding = 0) {
-    p.reset(new VideoProcessor(1, 0));
-    p->inWidth = p->outWidth = width;
-    p->inHeight = p->outHeight = height;
-    p->inStride = 2 * width;
-    p->outStride = 2 * width + padding;
-    p->SetEnhanceFilter(EnhanceLaplacian4, 0, 7, 64, 0);
-    frameBytes = std::size_t{2} * width * height;
+  void Configure(int width, int height, int padding = 0) {
+    p = testing_support::MakeProcessor(true, {{width, height, width, height, 0, padding}});
+    frameBytes = std::size_t{2} * p->outWidth * p->outHeight;
   }
   void Run(Bytes& source, Bytes& destination) {
     p->srcFrame = source.data();
@@ -159,7 +151,6 @@ TEST_P(TemporalFilter, FirstFrameIntoPaddedRowsShowsTheStagingBuffer) {
   }
 }
 
-INSTANTIATE_TEST_SUITE_P(Levels, TemporalFilter, testing::ValuesIn(testing_support::AvailableLevels()),
-                         [](const auto& info) { return vidproc::LevelName(info.param); });
+RUN_AT_EVERY_LEVEL(TemporalFilter);
 
 }  // namespace

@@ -204,11 +204,7 @@ std::string Describe(const PipelineSettings& s) {
   return text.str();
 }
 
-class PipelineModelTest : public testing::TestWithParam<vidproc::Level> {
- protected:
-  void SetUp() override { vidproc::CapLevel(GetParam()); }
-  void TearDown() override { vidproc::CapLevel(vidproc::BestLevel()); }
-};
+using PipelineModelTest = testing_support::AtEveryLevel;
 
 TEST_P(PipelineModelTest, RandomStreamsComeOutByteForByte) {
   static constexpr Content kContents[] = {Content::kNoise, Content::kExtreme, Content::kSmooth, Content::kSteps,
@@ -241,7 +237,6 @@ TEST_P(PipelineModelTest, RandomStreamsComeOutByteForByte) {
   }
 }
 
-INSTANTIATE_TEST_SUITE_P(Levels, PipelineModelTest, testing::ValuesIn(testing_support::AvailableLevels()),
-                         [](const auto& info) { return vidproc::LevelName(info.param); });
+RUN_AT_EVERY_LEVEL(PipelineModelTest);
 
 }  // namespace

@@ -54,7 +54,6 @@ TEST_P(VocabularyTest, GivesWhatPlainCodeGives) {
   }
 }
 
-INSTANTIATE_TEST_SUITE_P(Levels, VocabularyTest, testing::ValuesIn(testing_support::AvailableLevels()),
-                         [](const auto& info) { return vidproc::LevelName(info.param); });
+RUN_AT_EVERY_LEVEL(VocabularyTest);
 
 }  // namespace

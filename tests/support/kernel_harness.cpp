@@ -1,8 +1,6 @@
 // The harness's work: settings into processors and into the reference, frames into guarded memory, and the comparison.
 #include "support/kernel_harness.h"
 
-#include <gtest/gtest.h>
-
 #include <algorithm>
 #include <cstring>
 #include <numeric>
@@ -110,27 +108,38 @@ Stream::Stream(bool preProcessor) : forms(AvailableForms()) {
   for (std::size_t i = 0; i < forms.size(); ++i) processors.emplace_back(new VideoProcessor(preProcessor, 0));
 }
 
+void SetUpProcessor(VideoProcessor& p, const Configuration& configuration) {
+  const Geometry& g = configuration.geometry;
+  p.inWidth = static_cast<std::uint32_t>(g.inWidth);
+  p.inHeight = static_cast<std::uint32_t>(g.inHeight);
+  p.inStride = static_cast<std::uint32_t>(2 * g.inWidth + g.inPadding);
+  p.outWidth = static_cast<std::uint32_t>(g.outWidth);
+  p.outHeight = static_cast<std::uint32_t>(g.outHeight);
+  p.outStride = static_cast<std::uint32_t>(2 * g.outWidth + g.outPadding);
+  p.softenLevel = configuration.softenLevel;
+  p.windowKind = configuration.windowKind;
+  p.lanczosLobes = 3;
+  p.ditherLevel = 0;
+  p.SetTaps(configuration.use16Taps);
+  p.SetEnhanceFilter(EnhanceLaplacian4, configuration.enhanceStrength, p.isPreProcessor != 0 ? 7 : 6, 128, 0);
+}
+
+Processor MakeProcessor(bool preProcessor, const Configuration& configuration) {
+  Processor processor(new VideoProcessor(preProcessor, 0));
+  SetUpProcessor(*processor, configuration);
+  return processor;
+}
+
 void Stream::Configure(const Configuration& newConfiguration) {
   configuration = newConfiguration;
-  const Geometry& g = configuration.geometry;
   for (Processor& processor : processors) {
     VideoProcessor& p = *processor;
-    p.inWidth = static_cast<std::uint32_t>(g.inWidth);
-    p.inHeight = static_cast<std::uint32_t>(g.inHeight);
-    p.inStride = static_cast<std::uint32_t>(2 * g.inWidth + g.inPadding);
-    p.outWidth = static_cast<std::uint32_t>(g.outWidth);
-    p.outHeight = static_cast<std::uint32_t>(g.outHeight);
-    p.outStride = static_cast<std::uint32_t>(2 * g.outWidth + g.outPadding);
-    p.softenLevel = configuration.softenLevel;
-    p.windowKind = configuration.windowKind;
-    p.lanczosLobes = 3;
-    p.SetTaps(configuration.use16Taps);
-    const unsigned precisionBits = p.isPreProcessor ? 7 : 6;
-    p.SetEnhanceFilter(EnhanceLaplacian4, configuration.enhanceStrength, precisionBits, 128, 0);
+    SetUpProcessor(p, configuration);
     if (configuration.banks != BankKind::kDesigned) {
       Random random(configuration.bankSeed);
-      DrawBank(p.horizontalFilterLanes, configuration.banks, static_cast<int>(precisionBits), random);
-      DrawBank(p.verticalFilterLanes, configuration.banks, static_cast<int>(precisionBits), random);
+      const int precisionBits = p.isPreProcessor != 0 ? 7 : 6;
+      DrawBank(p.horizontalFilterLanes, configuration.banks, precisionBits, random);
+      DrawBank(p.verticalFilterLanes, configuration.banks, precisionBits, random);
     }
   }
 }

@@ -3,6 +3,8 @@
 // around source and destination, history, first-frame flag and dither level.
 #pragma once
 
+#include <gtest/gtest.h>
+
 #include <array>
 #include <cstdint>
 #include <cstdlib>
@@ -102,6 +104,10 @@ struct Configuration {
   std::uint32_t bankSeed = 0;
 };
 
+/// Sets a processor up as the exported functions do, but for noise, which is off.
+void SetUpProcessor(VideoProcessor& processor, const Configuration& configuration);
+Processor MakeProcessor(bool preProcessor, const Configuration& configuration);
+
 /// What may change from frame to frame.
 struct FrameSettings {
   std::uint8_t adaptive = 1;
@@ -146,6 +152,16 @@ class FormsInUse {
   FormsInUse(const FormsInUse&) = delete;
   FormsInUse& operator=(const FormsInUse&) = delete;
 };
+
+/// Runs a test once at each level.
+class AtEveryLevel : public testing::TestWithParam<vidproc::Level> {
+ protected:
+  void SetUp() override { ASSERT_EQ(vidproc::CapLevel(GetParam()), GetParam()); }
+  void TearDown() override { vidproc::CapLevel(vidproc::BestLevel()); }
+};
+#define RUN_AT_EVERY_LEVEL(Suite)                                                                \
+  INSTANTIATE_TEST_SUITE_P(Levels, Suite, testing::ValuesIn(testing_support::AvailableLevels()), \
+                           [](const auto& info) { return vidproc::LevelName(info.param); })
 
 /// One stream: a processor per level and the reference's state beside them.
 class Stream {
