@@ -35,22 +35,13 @@ class Listing : public testing::Test {
 
   /// 64 x 32 to 96 x 16, or to the same size.
   void Configure(bool preProcessor, bool equalSizes = false) {
-    p.reset(new VideoProcessor(preProcessor, 0));
-    p->inWidth = p->outWidth = kWidth;
-    p->inHeight = p->outHeight = kHeight;
-    if (!equalSizes) {
-      p->outWidth = 96;
-      p->outHeight = 16;
-    }
-    p->inStride = 2 * p->inWidth;
-    p->outStride = 2 * p->outWidth;
-    p->windowKind = preProcessor ? 2 : 0;
-    p->lanczosLobes = 3;
-    p->ditherLevel = 0;
+    testing_support::Configuration configuration{
+        {kWidth, kHeight, equalSizes ? kWidth : 96, equalSizes ? kHeight : 16}};
+    configuration.windowKind = preProcessor ? 2 : 0;
+    configuration.use16Taps = preProcessor;
+    p = testing_support::MakeProcessor(preProcessor, configuration);
     p->adaptive = 1;
-    p->SetTaps(preProcessor ? 1 : 0);
     p->SetUseSpatialMotionSmoothing(1);
-    p->SetEnhanceFilter(EnhanceLaplacian4, 0, preProcessor ? 7 : 6, 64, 0);
     p->srcFrame = source.data();
     p->dstFrame = destination.data();
     p->PrintFilters(1);
@@ -131,6 +122,9 @@ TEST_F(Listing, NothingIsListedWhereNoKernelRuns) {
   p->dstFrame = destination.data();
   p->inHeight = 4000;  // more than the buffers hold
   EXPECT_EQ(Run(&VideoProcessor::PreProcExecute), "");
+  p->outWidth = p->inWidth;
+  p->inHeight = p->outHeight = 0;
+  EXPECT_EQ(Run(&VideoProcessor::Deblock8x8), "");
 }
 
 }  // namespace

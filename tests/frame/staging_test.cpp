@@ -2,11 +2,14 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <climits>
 #include <cstdint>
+#include <cstdlib>
 #include <ostream>
 #include <utility>
 #include <vector>
 
+#include "frame/planes_420.h"
 #include "reference/nv12.h"
 #include "support/kernel_harness.h"
 
@@ -21,12 +24,11 @@ Bytes Noise(std::size_t count, Random& random) {
   return bytes;
 }
 
-class Staging : public testing::TestWithParam<vidproc::Level> {
+class Staging : public testing_support::AtEveryLevel {
  protected:
-  void SetUp() override { ASSERT_EQ(vidproc::CapLevel(GetParam()), GetParam()); }
   void TearDown() override {
     VidProc420InterleavedCleanup(&handle);
-    vidproc::CapLevel(vidproc::BestLevel());
+    AtEveryLevel::TearDown();
   }
   void Configure(unsigned width, unsigned height, unsigned outHeight) {
     VidProc420InterleavedCleanup(&handle);
@@ -178,6 +180,24 @@ TEST_P(Staging, MissingPlanesAndThoseThatDoNotFitAreLeftAlone) {
     EXPECT_FALSE(run(planes, 96, 96)) << &missing - planes;
     missing = plane;
   }
+  for (std::int16_t* VideoProcessor::*scratch : {&VideoProcessor::scratchA, &VideoProcessor::scratchB}) {
+    std::free(std::exchange(static_cast<VideoProcessor*>(handle)->*scratch, nullptr));
+    EXPECT_FALSE(run(planes, 96, 96));
+    Configure(16, 16, 16);
+  }
+}
+
+TEST(StagedSides, HaveBounds) {
+  const struct {
+    unsigned width, height;
+    bool canBeStaged;
+  } kCases[] = {{0, 1, false},        {1, 0, false},        {1, 1, true},        {(1u << 30) - 1, 1, true},
+                {1u << 30, 1, false}, {1, 1u << 30, false}, {UINT_MAX, 2, false}};
+  std::uint8_t byte = 0;
+  for (const auto& c : kCases) {
+    EXPECT_EQ(vidproc::CanBeStaged({&byte, &byte, c.width, c.height, c.width, c.width}, UINT64_MAX), c.canBeStaged)
+        << c.width << " x " << c.height;
+  }
 }
 
 // The staged rows are packed; a scaler that was set up for padded ones reads them by its own stride all the same.
@@ -197,8 +217,7 @@ TEST_P(Staging, SourceStridesAreThoseOfTheSetUp) {
   for (std::size_t i = 0; i < made.size(); i += 2) ASSERT_EQ(made[i + 1], expected[i + 1]) << i;
 }
 
-INSTANTIATE_TEST_SUITE_P(Levels, Staging, testing::ValuesIn(testing_support::AvailableLevels()),
-                         [](const auto& info) { return vidproc::LevelName(info.param); });
+RUN_AT_EVERY_LEVEL(Staging);
 
 struct RouteCase {
   const char* name;
@@ -213,19 +232,15 @@ void PrintTo(const RouteCase& c, std::ostream* out) { *out << c.name; }
 class PlanesOnTheirRoute : public testing::TestWithParam<RouteCase> {
  protected:
   static testing_support::Processor Make(const RouteCase& c) {
-    testing_support::Processor p(new VideoProcessor(c.preProcessor, static_cast<int>(c.softenLevel)));
-    p->inWidth = 160;
-    p->outWidth = c.outWidth;
-    p->inHeight = p->outHeight = 32;
-    p->inStride = 320;
-    p->outStride = 2 * c.outWidth;
-    p->windowKind = c.preProcessor ? 2 : 0;
-    p->SetTaps(c.use16Taps);
-    p->SetEnhanceFilter(EnhanceLaplacian4, 0, c.preProcessor ? 7 : 6, 64, 0);
+    testing_support::Configuration configuration{{160, 32, static_cast<int>(c.outWidth), 32}};
+    configuration.softenLevel = c.softenLevel;
+    configuration.use16Taps = c.use16Taps;
+    testing_support::Processor p = testing_support::MakeProcessor(c.preProcessor, configuration);
     p->SetAdaptive(c.adaptive);
     p->SetUseSpatialMotionSmoothing(c.smoothing);
     p->InitDeblocker(c.deblock);
     p->SetDeblockTestPattern(0);
+    p->ditherLevel = 9;
     p->ditherSeed = 5;
     return p;
   }

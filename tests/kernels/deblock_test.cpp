@@ -22,19 +22,13 @@ struct Axis {
 };
 constexpr Axis kAxes[] = {{"rows", true, 0, 1}, {"Cb", false, 0, 4}, {"Y", false, 1, 2}, {"Cr", false, 2, 4}};
 
-class Deblocking : public testing::TestWithParam<vidproc::Level> {
+class Deblocking : public testing_support::AtEveryLevel {
  protected:
-  void SetUp() override { ASSERT_EQ(vidproc::CapLevel(GetParam()), GetParam()); }
-  void TearDown() override { vidproc::CapLevel(vidproc::BestLevel()); }
-
   void Configure(std::size_t newWidth, std::size_t newHeight, std::uint8_t level, bool testPattern) {
     width = newWidth;
     height = newHeight;
-    p.reset(new VideoProcessor(0, 0));
-    p->inWidth = p->outWidth = static_cast<std::uint32_t>(width);
-    p->inHeight = p->outHeight = static_cast<std::uint32_t>(height);
-    p->inStride = p->outStride = 2 * p->inWidth;
-    p->SetEnhanceFilter(EnhanceLaplacian4, 0, 6, 64, 0);
+    const int columns = static_cast<int>(width), rows = static_cast<int>(height);
+    p = testing_support::MakeProcessor(false, {{columns, rows, columns, rows}});
     p->InitDeblocker(level);
     p->SetDeblockTestPattern(testPattern);
     frame.assign(2 * width * height, 128);
@@ -171,21 +165,17 @@ TEST_P(Deblocking, ReplacesThePictureByTheSmoothedTestPattern) {
 }
 
 TEST_P(Deblocking, UnequalSizesAndPaddedRowsAreLeftAlone) {
-  for (bool padded : {false, true}) {
+  for (std::uint32_t VideoProcessor::*field :
+       {&VideoProcessor::inStride, &VideoProcessor::outWidth, &VideoProcessor::outHeight}) {
     Configure(32, 16, 30, true);
-    if (padded) {
-      p->inStride += 4;
-      frame.resize(frame.size() + 4 * height);
-    } else {
-      p->outWidth = 16;
-    }
+    (*p).*field += field == &VideoProcessor::inStride ? 4 : -2;
+    frame.resize(frame.size() + 4 * height);
     const Bytes before = frame;
     Run();
     EXPECT_EQ(frame, before);
   }
 }
 
-INSTANTIATE_TEST_SUITE_P(Levels, Deblocking, testing::ValuesIn(testing_support::AvailableLevels()),
-                         [](const auto& info) { return vidproc::LevelName(info.param); });
+RUN_AT_EVERY_LEVEL(Deblocking);
 
 }  // namespace

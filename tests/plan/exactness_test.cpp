@@ -17,19 +17,12 @@ using namespace testing_support;
 using Bytes = std::vector<std::uint8_t>;
 using Taps = std::vector<int>;
 
-constexpr std::uint32_t kWidth = 98;
-constexpr std::uint32_t kHeight = 40;
+constexpr int kWidth = 98;
+constexpr int kHeight = 40;
 
 /// A processor for equal sizes, or for twice the width, whose frames are filtered.
-Processor MakeProcessor(bool preProcessor, std::uint32_t outWidth = kWidth) {
-  Processor p(new VideoProcessor(preProcessor, 0));
-  p->inWidth = kWidth;
-  p->inHeight = p->outHeight = kHeight;
-  p->outWidth = outWidth;
-  p->inStride = 2 * kWidth;
-  p->outStride = 2 * outWidth;
-  p->ditherLevel = 0;
-  p->SetEnhanceFilter(EnhanceLaplacian4, 1, preProcessor ? 7 : 6, 64, 0);
+Processor MakeFilter(bool preProcessor, int outWidth = kWidth) {
+  Processor p = MakeProcessor(preProcessor, {{kWidth, kHeight, outWidth, kHeight}, 0, 1});
   p->SetAdaptive(8);
   return p;
 }
@@ -44,7 +37,7 @@ void WritePhase(std::int16_t (&lanes)[16][kRow][8], int phase, const Taps& taps)
 /// Two frames of 0 and 255, the second half like the first, so that history weighs in.
 Bytes Run(VideoProcessor& p, int (VideoProcessor::*kernel)()) {
   Random random(17);
-  Bytes source(std::size_t{p.inStride} * kHeight), destination(std::size_t{p.outStride} * kHeight);
+  Bytes source(std::size_t{p.inStride} * p.inHeight), destination(std::size_t{p.outStride} * p.outHeight);
   p.temporalFirstFrame = 1;
   for (int frame = 0; frame < 2; ++frame) {
     for (std::uint8_t& sample : source) {
@@ -91,6 +84,16 @@ const Taps kKeepColumn = {0, 0, 0, 128, 0, 0, 0, 0};
 const Taps kKeepRow6 = {0, 64, 0, 0};
 const Taps kKeepColumn6 = {0, 0, 0, 64, 0, 0, 0, 0};
 
+// What the comparisons of forms rest on.
+TEST(Forms, AreProvenUnlessOnlyGeneralOnesMayRun) {
+  for (const bool generalOnly : {false, true}) {
+    const FormsInUse inUse({vidproc::BestLevel(), generalOnly});
+    EXPECT_EQ(vidproc::ChooseForm(true, true), generalOnly ? vidproc::Form::kGeneral : vidproc::Form::kProven);
+    EXPECT_EQ(vidproc::ChooseForm(false, true), vidproc::Form::kGeneral);
+    EXPECT_EQ(vidproc::ChooseForm(true, false), vidproc::Form::kGeneral);
+  }
+}
+
 TEST(ByteRows, BanksAtTheBounds) {
   const BankCase kCases[] = {
       {"identity", kKeepRow, kKeepColumn, true},
@@ -116,7 +119,7 @@ TEST(ByteRows, BanksAtTheBounds) {
     EXPECT_EQ(vidproc::ByteRowsAreExact(BankOf(c.vertical), BankOf(c.horizontal), c.precisionBits), c.isExact)
         << c.name;
     const bool preProcessor = c.precisionBits == 7;
-    const Processor p = MakeProcessor(preProcessor);
+    const Processor p = MakeFilter(preProcessor);
     WritePhase(p->verticalFilterLanes, 0, c.vertical);
     WritePhase(p->horizontalFilterLanes, 0, c.horizontal);
     ExpectFormsToAgree(*p, preProcessor ? &VideoProcessor::PreProcExecute : &VideoProcessor::PostProcExecute, c.name);
@@ -147,7 +150,7 @@ TEST(ByteRows, UnityAmongOtherPhases) {
     EXPECT_TRUE(vidproc::ByteRowsAreExact(BankOf(kKeepRow), bank, 7)) << c.name;
     EXPECT_EQ(vidproc::CanLayOutByteRows(bank, {rule, rule}), c.canBeLaidOut) << c.name;
 
-    const Processor p = MakeProcessor(true, 2 * kWidth);
+    const Processor p = MakeFilter(true, 2 * kWidth);
     WritePhase(p->verticalFilterLanes, 0, kKeepRow);
     WritePhase(p->horizontalFilterLanes, 0, c.phase0);
     WritePhase(p->horizontalFilterLanes, 8, c.phase8);
@@ -162,8 +165,8 @@ TEST(ByteRows, ShufflesReachTwoSamplesPerOutput) {
   const vidproc::PositionRule further = vidproc::AlignCorners({100, 201});
   EXPECT_FALSE(vidproc::CanLayOutByteRows(bank, {further, half}));
   EXPECT_FALSE(vidproc::CanLayOutByteRows(bank, {half, further}));
-  for (const std::uint32_t outWidth : {49u, 48u, 2u}) {
-    const Processor p = MakeProcessor(true, outWidth);
+  for (const int outWidth : {49, 48, 2}) {
+    const Processor p = MakeFilter(true, outWidth);
     ExpectFormsToAgree(*p, &VideoProcessor::PreProcExecute, "to " + std::to_string(outWidth));
   }
 }
@@ -194,7 +197,7 @@ TEST(ByteColumns, BanksAtTheBounds) {
     EXPECT_EQ(vidproc::ByteColumnsAreExact(BankOf(c.vertical), BankOf(c.horizontal)), c.isExact) << c.name;
     for (const auto kernel :
          {&VideoProcessor::PreProcAdaptiveExecute, &VideoProcessor::PreProcAdaptiveMotionSmoothingExecute}) {
-      const Processor p = MakeProcessor(true);
+      const Processor p = MakeFilter(true);
       p->SetUseSpatialMotionSmoothing(1);
       WritePhase(p->verticalFilterLanes, 0, c.vertical);
       WritePhase(p->horizontalFilterLanes, 0, c.horizontal);
@@ -216,7 +219,7 @@ TEST(ByteColumns, SettingsAtTheBounds) {
   for (const Case& c : kCases) {
     EXPECT_EQ(vidproc::AdaptiveCurveFitsBytes(c.adaptive), c.curveFits) << c.adaptive;
     EXPECT_EQ(vidproc::BlendFitsBytes(c.strength, c.shift), c.blendFits) << c.strength << ", " << c.shift;
-    const Processor p = MakeProcessor(true);
+    const Processor p = MakeFilter(true);
     WritePhase(p->verticalFilterLanes, 0, {20, 60, 40, 8});
     WritePhase(p->horizontalFilterLanes, 0, {0, 4, 20, 60, 40, 4, 0, 0});
     p->adaptive = static_cast<std::uint8_t>(c.adaptive);
@@ -232,7 +235,7 @@ TEST(TemporalTable, StrengthsAtTheBound) {
   for (const int strength : {0, 127, 128, 200, 255}) {
     EXPECT_EQ(vidproc::TemporalTableIsExact(strength), strength <= 127);
     for (const int shift : {0, 4, 8, 15, 16, 200}) {
-      const Processor p = MakeProcessor(true);
+      const Processor p = MakeFilter(true);
       p->temporalStrength = static_cast<std::uint8_t>(strength);
       p->temporalShift = static_cast<std::uint8_t>(shift);
       ExpectFormsToAgree(*p, &VideoProcessor::PreProcTemporalExecute,
@@ -257,7 +260,7 @@ TEST(SymmetricSums, TapsAtTheBounds) {
   for (const auto& c : kCases) {
     EXPECT_EQ(vidproc::SymmetricSumsAreExact(c.taps), c.isExact) << c.name;
     for (const bool vertical : {false, true}) {
-      const Processor p = MakeProcessor(false);
+      const Processor p = MakeFilter(false);
       p->InitDeblocker(30);
       p->SetDeblockTestPattern(0);
       const std::int16_t(&rows)[8] = vertical ? c.taps : passing;
