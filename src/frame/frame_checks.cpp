@@ -61,7 +61,7 @@ bool FitsScaler(const VideoProcessor& p, const BufferCapacities& held, const Sca
   const std::uint64_t edgeColumns = traits.kernel.horizontalTaps > 8 ? 64 : 32;
   if (!Holds(p.scratchA, held.scratch, (p.inHeight + std::uint64_t{8}) * inRow) ||
       !Holds(p.scratchA, held.scratch, (inRow + edgeColumns) * p.outHeight * 2) ||
-      !Holds(p.scratchB, held.scratch, 2 * inRow * p.outHeight) || !Holds(p.scratchB, held.scratch, packedOutput)) {
+      !Holds(p.scratchB, held.scratch, packedOutput)) {
     return false;
   }
   if (traits.hasHistory && !Holds(p.previousFrame, held.previousFrame, packedOutput)) return false;
@@ -81,7 +81,7 @@ bool SuitsDeblocking(const VideoProcessor& p) {
 }
 
 bool CanDeblock(const VideoProcessor& p, const BufferCapacities& held) {
-  if (p.srcFrame == nullptr || p.inWidth < 2 || p.inHeight < 1) return false;
+  if (p.inWidth < 2 || p.inHeight < 1) return false;
   const std::uint64_t frameBytes = std::uint64_t{p.inStride} * p.inHeight;
   return frameBytes <= RoomInWorkingBuffer(p, held, p.srcFrame).value_or(frameBytes) &&
          FitsScaler(p, held, kPlainScaler) && StaysInside({p.horizontalUp, p.horizontalDown}, p.outWidth, p.inWidth);
