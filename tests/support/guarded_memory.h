@@ -55,6 +55,7 @@ class GuardedMemory {
   }
   void Load() { std::copy(before.begin(), before.end(), live); }
 
+  bool HasChanged() const { return !std::equal(before.begin(), before.end(), live); }
   /// Empty when live memory is as expected. `start` and `stride` say where the frame's rows lie.
   std::string FirstDifference(std::size_t start, std::size_t stride) const {
     const auto at = static_cast<std::size_t>(std::mismatch(after.begin(), after.end(), live).first - after.begin());

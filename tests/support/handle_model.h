@@ -1,7 +1,8 @@
 // What a handle of the exported functions does with its arguments, written plainly: which settings stay, which kernel
-// serves a frame, and which frames fit the buffers. The frames themselves come from the reference kernels.
+// serves a frame, and which frames are made for certain. The frames themselves come from the reference kernels.
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 
 #include "reference/stream_state.h"
@@ -9,6 +10,12 @@
 #include "support/planes_420.h"
 
 namespace testing_support {
+
+/// Rows and bytes from row to row.
+struct Extent {
+  std::uint32_t rows = 0, stride = 0;
+  bool FitsInto(const Extent& room) const { return rows <= room.rows && stride <= room.stride; }
+};
 
 enum class Use { kPreProcessing, kPostProcessing, kInterleaved420 };
 
@@ -21,6 +28,7 @@ struct SetUpArguments {
     return {inWidth, inHeight, 2 * inWidth, outWidth, outHeight, 2 * outWidth, 0, 0, 10};
   }
   bool operator==(const SetUpArguments&) const = default;
+  Extent Largest() const { return {std::max(inHeight, outHeight), std::max(inStride, outStride)}; }
   bool KeepsSize() const { return inWidth == outWidth && inHeight == outHeight; }
   bool SourceIsPacked() const { return inStride == 2 * inWidth; }
   bool DestinationIsPacked() const { return outStride == 2 * outWidth; }
@@ -35,14 +43,15 @@ struct FrameArguments {
 
 class HandleModel {
  public:
-  /// False where a size is 0. @throws std::bad_alloc
+  /// False where a size is 0.
   bool SetUp(Use use, const SetUpArguments& given);
   void CleanUp() { *this = HandleModel(); }
 
-  /// The frames' expected memory. @throws std::bad_alloc
-  void PreProcess(const FrameArguments& given, std::uint8_t* source, std::uint8_t* destination);
-  void PostProcess(const FrameArguments& given, std::uint8_t* source, std::uint8_t* destination);
-  void Process420(PlanePair& in, PlanePair& out);
+  /// The expected memory of frames. Those that outgrow the buffers of the first set-up may be made or left alone:
+  /// `isMade` says which it was, and is held against what is certain.
+  void PreProcess(const FrameArguments& given, bool isMade, std::uint8_t* source, std::uint8_t* destination);
+  void PostProcess(const FrameArguments& given, bool isMade, std::uint8_t* source, std::uint8_t* destination);
+  void Process420(bool isMade, PlanePair& in, PlanePair& out);
 
   bool Exists() const { return exists; }
   bool IsFirstFrame() const { return state.firstFrame; }
@@ -52,11 +61,10 @@ class HandleModel {
   std::uint8_t deblockTestPattern = 1;
 
  private:
-  void TakeBuffers();
   void SwitchMotionSmoothing(std::uint8_t on);
   const Kernel& ChooseKernel() const;
-  bool Fits(const Kernel& kernel) const;
-  void Go(std::uint8_t* source, std::uint8_t* destination);
+  void ExpectMade(const Kernel& kernel, bool isMade) const;
+  void Go(bool isMade, std::uint8_t* source, std::uint8_t* destination);
   Processor MakeFields() const;
 
   bool exists = false;
@@ -68,7 +76,7 @@ class HandleModel {
   std::uint8_t temporalStrength = 0, temporalShift = 0;
   std::uint8_t deblockLevel = 0;
   reference::StreamState state;
-  std::uint64_t scratchBytes = 0, historyBytes = 0, smallBytes = 0, largeBytes = 0;
+  Extent room, smoothingRoom;  ///< what the buffers were taken for
 };
 
 }  // namespace testing_support
