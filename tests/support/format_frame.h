@@ -1,9 +1,7 @@
 // Frames of every format in guarded memory, seen by their samples.
 #pragma once
 
-#include <algorithm>
 #include <cstdint>
-#include <iterator>
 #include <memory>
 #include <string>
 #include <vector>
@@ -17,9 +15,6 @@ namespace testing_support {
 /// The samples of a picture: luma, Cb, Cr, each row by row.
 struct Samples {
   std::vector<std::uint8_t> component[3];
-  bool operator==(const Samples& other) const {
-    return std::equal(std::begin(component), std::end(component), std::begin(other.component));
-  }
 };
 
 struct ComponentSize {
@@ -27,7 +22,6 @@ struct ComponentSize {
 };
 ComponentSize SizeOf(const vidproc::FrameShape& shape, int component);
 Samples Painted(const vidproc::FrameShape& shape, Content content, Random& random);
-Samples Flat(const vidproc::FrameShape& shape, std::uint8_t luma, std::uint8_t cb, std::uint8_t cr);
 /// Where two pictures of a shape differ first; empty where they do not.
 std::string FirstDifference(const vidproc::FrameShape& shape, const Samples& expected, const Samples& actual);
 
