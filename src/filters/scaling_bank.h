@@ -18,7 +18,8 @@ enum class ScalingKernel {
   kCatmullRom,
   kMitchell,
   kLanczos,     ///< of three lobes; of two with 4 taps
-  kArea,        ///< mean of the covered samples, whose centroid may lie 1/8 of a sample off; upscales are bilinear
+  kArea,        ///< mean of the covered samples; upscales are bilinear. Its centroid may lie 1/8 of a sample off, with
+                ///< 16 taps 1/4 (6 bits: 1/2), and sharpened 1/2
   kFixedWidth,  ///< ScalingFilter::fixedWidth, whatever the ratio
 };
 
