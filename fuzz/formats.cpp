@@ -1,0 +1,106 @@
+// The same picture in two layouts: a stream from any format to any format, with any strides and in place, gives the
+// samples of the stream of the tight frames that hold the same samples, packed for 4:2:2 and in two planes for 4:2:0.
+#include <optional>
+#include <vector>
+
+#include "checked_frames.h"
+#include "targets.h"
+
+namespace fuzzing {
+namespace {
+
+struct Samples {
+  std::uint8_t* first;
+  std::ptrdiff_t step, stride;
+  int width, height;
+  std::uint8_t& At(int x, int y) const { return first[y * stride + x * step]; }
+};
+
+/// Luma, Cb or Cr of a frame whose strides hold whole rows.
+Samples ComponentOf(const vidproc_output& f, int c) {
+  const bool is420 = f.format == VIDPROC_FORMAT_NV12 || f.format == VIDPROC_FORMAT_I420;
+  const int width = c == 0 ? f.width : (f.width + 1) / 2, height = c == 0 || !is420 ? f.height : (f.height + 1) / 2;
+  switch (f.format) {
+    case VIDPROC_FORMAT_UYVY:
+      return {f.plane[0] + (c == 0 ? 1 : 2 * (c - 1)), c == 0 ? 2 : 4, f.stride[0], width, height};
+    case VIDPROC_FORMAT_YUYV:
+      return {f.plane[0] + (c == 0 ? 0 : 2 * c - 1), c == 0 ? 2 : 4, f.stride[0], width, height};
+    case VIDPROC_FORMAT_NV12:
+      return {f.plane[c == 0 ? 0 : 1] + (c == 2), c == 0 ? 1 : 2, f.stride[c == 0 ? 0 : 1], width, height};
+    default:
+      return {f.plane[c], 1, f.stride[c], width, height};
+  }
+}
+
+/// Calls take(sample of a, sample of b) for every sample of two frames of one size and chroma sampling.
+template <typename Take>
+void ForEachSample(const vidproc_output& a, const vidproc_output& b, const Take& take) {
+  for (int c = 0; c < 3; ++c) {
+    const Samples of = ComponentOf(a, c), other = ComponentOf(b, c);
+    for (int y = 0; y < of.height; ++y) {
+      for (int x = 0; x < of.width; ++x) take(of.At(x, y), other.At(x, y));
+    }
+  }
+}
+
+vidproc_frame_info Canonical(vidproc_frame_info info) {
+  const bool is420 = info.format == VIDPROC_FORMAT_NV12 || info.format == VIDPROC_FORMAT_I420;
+  info.format = is420 ? VIDPROC_FORMAT_NV12 : VIDPROC_FORMAT_UYVY;
+  return info;
+}
+
+PlacedFrame TightFrame(const vidproc_frame_info& info) {
+  const vidproc::api::FrameLayout layout = vidproc::api::LayoutOf(info);
+  std::ptrdiff_t strides[3] = {};
+  for (int p = 0; p < layout.planes; ++p) strides[p] = static_cast<std::ptrdiff_t>(layout.plane[p].wholeRowBytes);
+  return {info, strides, kMostFrameBytes};
+}
+
+template <typename Handle, typename Options>
+void Compare(Input& input, vidproc_status (*configure)(Handle*, const Options*),
+             vidproc_status (*process)(Handle*, const vidproc_input*, const vidproc_output*), Handle* drawnHandle,
+             Handle* canonicalHandle) {
+  const auto drawn = DrawOptions<Options>(input);
+  Options canonical = drawn;
+  canonical.input = Canonical(drawn.input);
+  canonical.output = Canonical(drawn.output);
+  const vidproc_status status = configure(drawnHandle, &drawn);
+  Require(configure(canonicalHandle, &canonical) == status, "settings do not depend on the format");
+  if (status != VIDPROC_OK) return;
+  const bool isInPlace = std::memcmp(&drawn.input, &drawn.output, sizeof(drawn.input)) == 0 && input.OneIn(2);
+  std::ptrdiff_t inStrides[3] = {}, outStrides[3] = {};
+  DrawStrides(drawn.input, input, inStrides);
+  DrawStrides(drawn.output, input, outStrides);
+  const PlacedFrame in(drawn.input, inStrides, kMostFrameBytes), apart(drawn.output, outStrides, kMostFrameBytes);
+  const PlacedFrame& out = isInPlace ? in : apart;
+  PlacedFrame canonicalIn = TightFrame(canonical.input);
+  const PlacedFrame canonicalOut = TightFrame(canonical.output);
+  for (int frame = 0; frame < 3; ++frame) {
+    canonicalIn.Fill(input);
+    ForEachSample(in.view, canonicalIn.view, [](std::uint8_t& to, std::uint8_t from) { to = from; });
+    const vidproc_input source = AsInput(in.view), canonicalSource = AsInput(canonicalIn.view);
+    Require(process(drawnHandle, &source, &out.view) == VIDPROC_OK, "frames are taken");
+    Require(process(canonicalHandle, &canonicalSource, &canonicalOut.view) == VIDPROC_OK, "tight frames are taken");
+    ForEachSample(out.view, canonicalOut.view, [](std::uint8_t sample, std::uint8_t expected) {
+      Require(sample == expected, "the same samples in every format");
+    });
+  }
+}
+
+}  // namespace
+
+void FuzzFormats(Input input) {
+  if (input.OneIn(2)) {
+    vidproc_pre* handles[2] = {};
+    for (auto*& handle : handles) vidproc_pre_create(&handle);
+    Compare(input, vidproc_pre_configure, vidproc_pre_process, handles[0], handles[1]);
+    for (auto* handle : handles) vidproc_pre_destroy(handle);
+  } else {
+    vidproc_post* handles[2] = {};
+    for (auto*& handle : handles) vidproc_post_create(&handle);
+    Compare(input, vidproc_post_configure, vidproc_post_process, handles[0], handles[1]);
+    for (auto* handle : handles) vidproc_post_destroy(handle);
+  }
+}
+
+}  // namespace fuzzing

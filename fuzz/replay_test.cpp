@@ -1,0 +1,36 @@
+// Every input that is kept runs once more: those that reach most of the library, and those that have found a fault.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <string>
+#include <vector>
+
+#include "targets.h"
+
+namespace {
+
+class Corpus : public testing::TestWithParam<fuzzing::Target> {};
+
+TEST_P(Corpus, Passes) {
+  std::vector<std::filesystem::path> files;
+  for (const auto& entry :
+       std::filesystem::directory_iterator(std::filesystem::path(VIDPROC_CORPUS) / GetParam().name)) {
+    files.push_back(entry.path());
+  }
+  std::ranges::sort(files);
+  ASSERT_FALSE(files.empty());
+  for (const std::filesystem::path& file : files) {
+    SCOPED_TRACE(file);
+    std::ifstream stream(file, std::ios::binary);
+    const std::string bytes{std::istreambuf_iterator<char>(stream), {}};
+    GetParam().run({reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size()});
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(Fuzz, Corpus, testing::ValuesIn(fuzzing::kTargets),
+                         [](const auto& info) { return info.param.name; });
+
+}  // namespace
