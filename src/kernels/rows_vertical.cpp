@@ -47,11 +47,10 @@ void AverageRows(const VerticalRowJob& job) {
   const std::uint8_t* const second = job.rows[1];
   const int bytes = job.bytes;
   WithRoomForStep(job.out, bytes, kStep, [=](std::uint8_t* out) {
-    for (int start = 0; start < bytes; start += kStep) {
-      const int b = VectorStart(start, bytes, kStep);
+    WalkSteps(bytes, kStep, [=](std::ptrdiff_t b) {
       PlaneResult{out}.Put(b, Average(LoadU8(first + b), LoadU8(second + b)),
                            Average(LoadU8(first + b + kVectorBytes), LoadU8(second + b + kVectorBytes)));
-    }
+    });
   });
 }
 

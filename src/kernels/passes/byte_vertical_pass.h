@@ -67,16 +67,18 @@ inline void FilterRowBytes(const std::uint8_t* const* rows, const std::int16_t* 
   for (int t = 0; t < kTaps; t += 2) {
     pairs[t / 2] = SplatPair(coefficients[t], t + 1 < kTaps ? coefficients[t + 1] : 0);
   }
+  // Copies, because bytes that are stored might be those of the list.
+  const std::uint8_t* from[kTaps + 1];
+  for (int t = 0; t < (kTaps > 0 ? kTaps : 1); ++t) from[t] = rows[t];
   constexpr int kStep = 2 * kVectorBytes;
-  for (int start = 0; start < bytes; start += kStep) {
-    const int b = VectorStart(start, bytes, kStep);
+  WalkSteps(bytes, kStep, [&](std::ptrdiff_t b) {
     for (int line = 0; line < kStep; line += 64) {
       __builtin_prefetch(ahead.first + b + line);
       __builtin_prefetch(ahead.second + b + line);
     }
-    result.Put(b, FilterBytes<kTaps, kShift>(rows, pairs, b),
-               FilterBytes<kTaps, kShift>(rows, pairs, b + kVectorBytes));
-  }
+    result.Put(b, FilterBytes<kTaps, kShift>(from, pairs, b),
+               FilterBytes<kTaps, kShift>(from, pairs, b + kVectorBytes));
+  });
 }
 
 /// The pass over a frame or plane of inHeight rows. Rows beyond it repeat its first or last one.

@@ -18,6 +18,14 @@ constexpr int VectorStart(int start, int rowBytes, int step) {
   return start <= last || last < 0 ? start : last;
 }
 
+/// Calls filter(b) at the start of every step of a row. The last one overlaps the one before, as above.
+template <class Filter>
+[[gnu::always_inline]] inline void WalkSteps(int rowBytes, int step, const Filter& filter) {
+  int b = 0;
+  for (; b <= rowBytes - step; b += step) filter(b);
+  if (b < rowBytes) filter(VectorStart(b, rowBytes, step));
+}
+
 /// Calls filter with where it may write a row, a step at a time: rows shorter than a step are made elsewhere.
 template <class Filter>
 inline void WithRoomForStep(std::uint8_t* row, int bytes, int step, const Filter& filter) {
