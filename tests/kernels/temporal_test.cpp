@@ -1,10 +1,8 @@
-// The same-size temporal filter: its weights, its neighbours, its walk in segments and what it leaves of a frame, at
-// every level.
+// The same-size temporal filter at every level: its weights, its neighbours, and a first frame into padded rows.
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <cstdint>
-#include <numeric>
 #include <vector>
 
 #include "support/kernel_harness.h"
@@ -95,46 +93,6 @@ TEST_P(TemporalFilter, NeighbourSegmentsRaiseTheMeasureButNeverLowerIt) {
       expected.insert(expected.end(), kLength, static_cast<std::uint8_t>(100 + c.left[segment]));
     }
     EXPECT_EQ(Filtered(source, Bytes(frameBytes, 100)), expected);
-  }
-}
-
-TEST_P(TemporalFilter, InPlaceTheUpperNeighbourIsFilteredAlready) {
-  Configure(2, 16);
-  p->SetTemporalFilter(127, 5);  // weights of 111 for a measure of 1, 64 for 2
-  Bytes frame, history(frameBytes, 50);
-  for (int sample : {50, 52, 51, 51}) frame.insert(frame.end(), 16, static_cast<std::uint8_t>(sample));
-  const Bytes apart = Filtered(frame, history);
-  EXPECT_EQ(apart[16], 51);
-  EXPECT_EQ(apart[32], 51);  // neighbours that changed by 2 and 1 raise its own 1 to 2
-
-  p->temporalFirstFrame = 1;
-  Run(history, history);
-  Run(frame, frame);
-  EXPECT_EQ(frame[16], 51);
-  EXPECT_EQ(frame[32], 50);  // neighbours that changed by 1 do not
-  EXPECT_EQ(History(), frame);
-}
-
-TEST_P(TemporalFilter, StrengthZeroPassesTheFrameAndRefreshesTheHistory) {
-  Configure(20, 48);
-  p->SetTemporalFilter(0, 3);
-  Bytes source(frameBytes);
-  std::iota(source.begin(), source.end(), std::uint8_t{0});
-  EXPECT_EQ(Filtered(source, Bytes(frameBytes, 7)), source);
-  EXPECT_EQ(History(), source);
-}
-
-TEST_P(TemporalFilter, LeavesTheLastBytesOfEverySegment) {
-  for (std::uint32_t height : {5u, 16u, 20u, 31u, 47u, 70u, 2100u}) {
-    Configure(3, height);
-    p->SetTemporalFilter(0, 3);
-    Bytes first(frameBytes, 9), source(frameBytes, 60), destination(frameBytes, 200);
-    Run(first, first);
-    Run(source, destination);
-    for (std::size_t i = 0; i < frameBytes; ++i) {
-      ASSERT_EQ(destination[i], i % height < height / 16 * 16 ? 60 : 200) << "height " << height << ", byte " << i;
-    }
-    EXPECT_EQ(History(), destination);
   }
 }
 
