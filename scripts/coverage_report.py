@@ -1,4 +1,5 @@
-"""Prints the coverage of each file of src/ and in total, and exits with 1 where a total is too low.
+"""Prints the coverage of each file of src/ and in total. Exits with 1 where a total is too low, or where
+coverage_misses.txt gives a reason for code that is no longer there.
 
 A line or a branch counts as covered when any level and any instantiation of a template has run it. Conditions that the
 compiler decides (if constexpr and the like) have no branches.
@@ -10,6 +11,7 @@ import re
 import sys
 
 MIN_LINES, MIN_BRANCHES = 99.0, 95.0
+REASONS = os.path.join(os.path.dirname(__file__), "coverage_misses.txt")
 
 
 def read_lines(path):
@@ -52,15 +54,37 @@ def is_decided_by_compiler(source, position):
     return bool(names) and all(re.match(r"k[A-Z]|[A-Z]|std$|sizeof$|value$", name) for name in names)
 
 
+def read_reasons(path):
+    """(file, text of a line or condition) -> why the tests do not reach it."""
+    reasons, reason = {}, ""
+    for line in filter(None, map(str.strip, open(path))):
+        if line.startswith("["):
+            reason = line.strip("[]")
+        elif not line.startswith("#"):
+            reasons[tuple(line.split(": ", 1))] = reason
+    return reasons
+
+
+def vanished(reasons):
+    """Entries whose text is no longer in their file."""
+    def is_there(name, text):
+        return os.path.exists(name) and text in " ".join(open(name).read().split())
+    return [f"{name}: {text}" for name, text in reasons if not is_there(name, text)]
+
+
 def percent(covered, total):
     return 100.0 * covered / total if total else 100.0
 
 
 def main(lines_path, branches_path, missed_path):
     all_lines, all_branches = read_lines(lines_path), read_branches(branches_path)
-    totals, missed = [0, 0, 0, 0], []
+    totals, missed, reasons = [0, 0, 0, 0], [], read_reasons(REASONS)
+
+    def miss(name, line, what, text):
+        missed.append(f"{name}:{line}: {what}: {text} ({reasons.get((name, ' '.join(text.split())), 'no reason given')})")
+
     print(f"{'':44} {'lines':>15} {'branches':>18}")
-    for name in sorted(all_lines):
+    for name in sorted(filter(lambda name: name.startswith("src/"), all_lines)):
         source = open(name).read().split("\n")
         lines, branches = all_lines[name], []
         for position, counts in sorted(all_branches.get(name, {}).items()):
@@ -69,8 +93,9 @@ def main(lines_path, branches_path, missed_path):
             branches += counts
             for way, count in zip(("true", "false"), counts):
                 if count == 0:
-                    missed.append(f"{name}:{position[0]}: never {way}: {condition_text(source, position)}")
-        missed += [f"{name}:{n}: never run: {source[n - 1].strip()}" for n in sorted(lines) if lines[n] == 0]
+                    miss(name, position[0], f"never {way}", condition_text(source, position))
+        for number in sorted(number for number in lines if lines[number] == 0):
+            miss(name, number, "never run", source[number - 1].strip())
         counts = [sum(c > 0 for c in lines.values()), len(lines), sum(c > 0 for c in branches), len(branches)]
         totals = [a + b for a, b in zip(totals, counts)]
         print(format_row(name, counts))
@@ -80,7 +105,9 @@ def main(lines_path, branches_path, missed_path):
     enough = percent(*totals[:2]) >= MIN_LINES and percent(*totals[2:]) >= MIN_BRANCHES
     print(f"{len(missed)} misses in {missed_path}; at least {MIN_LINES} % of lines and {MIN_BRANCHES} % of branches "
           f"are asked for: {'met' if enough else 'not met'}")
-    return 0 if enough else 1
+    stale = vanished(reasons)
+    print("\n".join(f"{REASONS}: no longer there: {entry}" for entry in stale))
+    return 0 if enough and not stale else 1
 
 
 def format_row(name, counts):
