@@ -1,6 +1,8 @@
 // Rows of 4:2:0 frames with interleaved chroma to 2vuy rows and back: Cb Y Cr Y is the pairwise interleaving of
 // Cb Cr and Y Y.
 #include "kernels/kernel_table.h"
+#include "kernels/passes/byte_vertical_pass.h"
+#include "kernels/passes/vector_walk.h"
 #include "simd/simd.h"
 
 namespace vidproc::VIDPROC_TARGET {
@@ -17,13 +19,16 @@ void InterleaveRow(const std::uint8_t* luma, const std::uint8_t* chroma, std::ui
 }
 
 void SplitRow(const std::uint8_t* row, std::uint8_t* luma, std::uint8_t* chroma, std::ptrdiff_t bytes) {
-  std::ptrdiff_t pair = 0;
-  for (; 2 * pair + kVectorBytes <= bytes; pair += kLanes) {
-    const U8 pairs = LoadU8(row + 2 * pair);
-    StoreNarrow(chroma + pair, EvenBytes(pairs));
-    StoreNarrow(luma + pair, OddBytes(pairs));
+  constexpr int kStep = 2 * kVectorBytes;
+  if (bytes >= kStep) {
+    const SplitResult split{{luma, chroma}};
+    for (int start = 0; start < bytes; start += kStep) {
+      const int b = VectorStart(start, static_cast<int>(bytes), kStep);
+      split.Put(b, LoadU8(row + b), LoadU8(row + b + kVectorBytes));
+    }
+    return;
   }
-  for (; 2 * pair < bytes; ++pair) {
+  for (std::ptrdiff_t pair = 0; 2 * pair < bytes; ++pair) {
     chroma[pair] = row[2 * pair];
     luma[pair] = row[2 * pair + 1];
   }
