@@ -87,20 +87,26 @@ struct ByteHorizontalScale {
   Result result;
 
   void operator()(const ScaleJob& job, const StripResult& out) const {
-    for (const Component component : kComponents) {
-      const ColumnPlan& columns = ColumnsOf(job, component);
-      for (int i = 0; i < columns.runCount; ++i) {
-        const PhaseRun& phase = columns.runs[i];
-        const DenoiseTaps outer = FindDenoiseTaps(job.horizontalBank->coefficient[phase.phase], kTaps, shift);
-        WithByteTaps(outer, [&](const auto& taps) {
-          FilterRun(taps, outer, job.strip, MakeOutputRun(job, phase, component), out);
-        });
-      }
+    const ColumnPlan* const plans[] = {job.chromaColumns, job.lumaColumns};
+    for (const ColumnPlan* const columns : plans) {
+      for (int i = 0; i < columns->runCount; ++i) FilterPhase(job, *columns, columns->runs[i], out);
     }
   }
 
  private:
   static constexpr int kAhead = 8;  // outputs, for prefetches
+
+  /// Cb and Cr share their taps.
+  void FilterPhase(const ScaleJob& job, const ColumnPlan& columns, const PhaseRun& phase,
+                   const StripResult& out) const {
+    const DenoiseTaps outer = FindDenoiseTaps(job.horizontalBank->coefficient[phase.phase], kTaps, shift);
+    WithByteTaps(outer, [&](const auto& taps) {
+      for (const Component component : kComponents) {
+        if (&ColumnsOf(job, component) != &columns) continue;
+        FilterRun(taps, outer, job.strip, MakeOutputRun(job, phase, component), out);
+      }
+    });
+  }
 
   template <int kOuter>
   void FilterRun(const ByteTaps<kOuter>& taps, const DenoiseTaps& outer, const StripMemory& strip, const OutputRun& run,
