@@ -32,6 +32,9 @@ void ReadTaps(const LaneBank& lanes, int taps, Coefficients& coefficients) {
 Form FormOf(const VideoProcessor& p, const ScalePlan& plan, const ScalerTraits& traits) {
   const bool levelHasIt = Kernels().byteRowShape.vectorBytes != 0;
   if (!traits.kernel.adapts) return ChooseForm(plan.byteRowPlan != nullptr, levelHasIt);
+  if (p.adaptive == 0 && !traits.hasHistory) {
+    return ChooseForm(plan.byteRowPlan != nullptr && plan.weightsAreCoefficients, levelHasIt);
+  }
   const bool blends = !traits.hasHistory || BlendFitsBytes(p.temporalStrength, p.temporalShift);
   return ChooseForm(plan.byteColumnsAreExact && AdaptiveCurveFitsBytes(p.adaptive) && blends, levelHasIt);
 }

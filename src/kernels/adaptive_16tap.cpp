@@ -3,9 +3,16 @@
 // samples to 8.
 #include "kernels/kernel_table.h"
 #include "kernels/passes/adaptive_scale.h"
+#include "kernels/passes/plain_scale.h"
 
 namespace vidproc::VIDPROC_TARGET {
 
-void Adaptive16TapScale(const ScaleJob& job) { ScaleAdaptively<kAdaptive16TapTraits>(job); }
+void Adaptive16TapScale(const ScaleJob& job) {
+  if constexpr (kHasByteShuffle) {
+    // Taps that lose no weight weigh the same everywhere.
+    if (job.form == Form::kProven && !LosesWeight(job)) return RunRows<kAdaptive16TapTraits>(job, ClampResult{});
+  }
+  ScaleAdaptively<kAdaptive16TapTraits>(job);
+}
 
 }  // namespace vidproc::VIDPROC_TARGET

@@ -43,7 +43,7 @@ struct ByteRowGrid {
 };
 
 struct ByteRowPlan {
-  std::int32_t tapPairs;  ///< 1 to 4
+  std::int32_t tapPairs;  ///< at most half of the taps
   ByteRowGrid luma;
   ByteRowGrid chroma;
 };

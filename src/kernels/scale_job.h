@@ -117,4 +117,7 @@ struct ScaleJob {
   StripMemory strip;
 };
 
+/// Whether adaptive taps lose weight by any difference.
+constexpr bool LosesWeight(const ScaleJob& job) { return job.adaptiveShift < 16; }
+
 }  // namespace vidproc

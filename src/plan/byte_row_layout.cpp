@@ -6,8 +6,7 @@
 namespace vidproc {
 namespace {
 
-constexpr int kCentreTap = 3;
-constexpr int kMaxTapPairs = 4;
+constexpr int kMaxTapPairs = kMaxTaps / 2;
 constexpr int kMaxVectorBytes = 64;
 constexpr int kUnity = 128;
 
@@ -71,8 +70,8 @@ void LayOutVector(const Layout& layout, std::int32_t firstOutput, std::uint8_t* 
   const int resultsPerWindow = shape.windowBytes / 2;
   for (int lane = 0; lane < shape.vectorBytes / 2; ++lane) {
     const PhasePosition position = layout.rule.Locate(firstOutput + lane / layout.sampleBytes);
-    const std::int32_t byte =
-        (position.source - kCentreTap + layout.span.first) * layout.sampleBytes + lane % layout.sampleBytes;
+    const std::int32_t byte = (position.source - (layout.bank.taps / 2 - 1) + layout.span.first) * layout.sampleBytes +
+                              lane % layout.sampleBytes;
     std::int32_t& window = windows[lane / resultsPerWindow];
     if (lane % resultsPerWindow == 0) window = byte;
     std::uint8_t* const indices = pattern + 2 * lane;

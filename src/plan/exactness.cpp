@@ -48,6 +48,16 @@ bool OuterTapsFitBytes(const TapBank& bank, int phase) {
   return sum <= 128;
 }
 
+bool WeighsItsCoefficients(const TapBank& bank, int phase) {
+  int sum = 0;
+  for (int tap = 0; tap < bank.taps; ++tap) {
+    const int coefficient = bank.coefficient[phase][tap];
+    if (tap != bank.taps / 2 - 1 && (coefficient < -128 || coefficient > 127)) return false;
+    sum += coefficient;
+  }
+  return sum == 128;
+}
+
 }  // namespace
 
 bool ByteRowsAreExact(const TapBank& vertical, const TapBank& horizontal, std::int32_t precisionBits) {
@@ -69,6 +79,14 @@ bool ByteColumnsAreExact(const TapBank& vertical, const TapBank& horizontal) {
 }
 
 bool ByteProductsFitWords(const std::int16_t* coefficients, int count) { return KeepWords(coefficients, count, 0); }
+
+bool WeightsAreCoefficients(const TapBank& vertical, const TapBank& horizontal) {
+  for (int phase = 0; phase < kPhases; ++phase) {
+    if (UsesPhase(vertical, phase) && !WeighsItsCoefficients(vertical, phase)) return false;
+    if (UsesPhase(horizontal, phase) && !WeighsItsCoefficients(horizontal, phase)) return false;
+  }
+  return true;
+}
 
 bool AdaptiveCurveFitsBytes(std::int32_t adaptive) { return adaptive >= 1 && adaptive <= 8; }
 

@@ -23,6 +23,10 @@ bool ByteColumnsAreExact(const TapBank& vertical, const TapBank& horizontal);
 /// positive ones of at most 128, negative ones of at least -128.
 bool ByteProductsFitWords(const std::int16_t* coefficients, int count);
 
+/// Adaptive taps that lose no weight, banks of 7 bits, weigh their coefficients: outer ones are signed bytes, and the
+/// centre tap is what they leave of 128, which it gets whatever the bank says.
+bool WeightsAreCoefficients(const TapBank& vertical, const TapBank& horizontal);
+
 // --- Settings ---
 
 /// Tap weights in bytes: shifts of the difference weight curve of 0 to 7, that is `adaptive` 1 to 8. From 8 on large

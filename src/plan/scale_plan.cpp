@@ -64,7 +64,8 @@ void ScalePlan::UpdatePositions(const Memory& memory) {
 void ScalePlan::UpdateByteForms(const Memory& memory) {
   byteRowPlan = nullptr;
   byteColumnsAreExact = ByteColumnsAreExact(verticalBank, horizontalBank);
-  if (geometry.byteRowShape.vectorBytes == 0 || geometry.horizontalTaps > 8 ||
+  weightsAreCoefficients = WeightsAreCoefficients(verticalBank, horizontalBank);
+  if (geometry.byteRowShape.vectorBytes == 0 ||
       !ByteRowsAreExact(verticalBank, horizontalBank, geometry.precisionBits) ||
       !CanLayOutByteRows(horizontalBank, geometry.columns)) {
     return;

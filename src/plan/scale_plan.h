@@ -50,6 +50,7 @@ class ScalePlan {
   TapBank horizontalBank{};
   TapBank verticalBank{};
   bool byteColumnsAreExact = false;          ///< as far as the banks go
+  bool weightsAreCoefficients = false;       ///< of adaptive taps that lose no weight
   const ByteRowPlan* byteRowPlan = nullptr;  ///< null where byte rows are not exact, or the level has none
 
  private:

@@ -206,6 +206,31 @@ TEST(ByteColumns, BanksAtTheBounds) {
   }
 }
 
+TEST(AdaptiveTaps, BanksThatWeighTheirCoefficients) {
+  const Taps keepRow = {0, 0, 0, 128, 0, 0, 0, 0};
+  const Taps keepColumn = {0, 0, 0, 0, 0, 0, 0, 128, 0, 0, 0, 0, 0, 0, 0, 0};
+  const BankCase kCases[] = {
+      {"identity", keepRow, keepColumn, true},
+      {"identity on other rows", {0, 0, 0, 0, 128, 0, 0, 0}, keepColumn, false},
+      {"five rows", {0, 9, 20, 40, 40, 19, 0, 0}, keepColumn, true},
+      {"eight rows, an outer one of 127", {0, 1, 0, 0, 127, 0, 0, 0}, keepColumn, true},
+      {"rows of 127", {7, 9, 20, 40, 20, 19, 7, 5}, keepColumn, false},
+      {"rows of 129", {7, 9, 20, 40, 20, 19, 7, 7}, keepColumn, false},
+      {"all columns", keepRow, {2, -3, 5, -7, 11, -13, 17, 99, 23, -9, 5, -3, 2, -1, 1, -1}, true},
+      {"an outer column of -128", keepRow, {0, 0, 0, 0, 0, 0, -128, 127, 127, 0, 0, 0, 2, 0, 0, 0}, true},
+      {"an outer column of -129", keepRow, {0, 0, 0, 0, 0, 0, -129, 127, 127, 0, 0, 0, 3, 0, 0, 0}, false},
+      {"columns of 127", keepRow, {0, 0, 0, 0, 0, 0, 5, 100, 20, 2, 0, 0, 0, 0, 0, 0}, false},
+  };
+  for (const BankCase& c : kCases) {
+    EXPECT_EQ(vidproc::WeightsAreCoefficients(BankOf(c.vertical), BankOf(c.horizontal)), c.isExact) << c.name;
+    const Processor p = MakeFilter(true);
+    p->SetAdaptive(0);
+    WritePhase(p->verticalFilterLanes, 0, c.vertical);
+    WritePhase(p->horizontalFilterLanes, 0, c.horizontal);
+    ExpectFormsToAgree(*p, &VideoProcessor::PreProcAdaptive16TapExecute, c.name);
+  }
+}
+
 TEST(ByteColumns, SettingsAtTheBounds) {
   struct Case {
     int adaptive, strength, shift;

@@ -303,7 +303,7 @@ bool Stream::Run(const Kernel& kernel, const FrameSettings& settings, Random& ra
 
 FrameSettings DrawFrameSettings(const Kernel& kernel, Random& random) {
   FrameSettings s;
-  s.adaptive = random.OneIn(6) ? random.Byte() : static_cast<std::uint8_t>(random.Between(1, 9));
+  s.adaptive = random.OneIn(6) ? random.Byte() : static_cast<std::uint8_t>(random.Between(0, 9));
   s.temporalStrength = static_cast<std::uint8_t>(random.Between(0, 127));
   s.temporalShift = static_cast<std::uint8_t>(random.Between(0, 8));
   s.motionSmoothing = kernel.motionGate ? 1 : 0;

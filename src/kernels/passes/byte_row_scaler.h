@@ -157,12 +157,12 @@ inline void WithGridWalkOf(const Scale& scale, const Grids&... grids) {
 }
 
 /// Calls scale with the kind of walk that suits all of the grids; its Walk<kShift, kSampleBytes> is the walk.
-template <class Scale, class... Grids>
+template <int kMostPairs, int kPairs = 1, class Scale, class... Grids>
 inline void WithGridWalk(int tapPairs, const Scale& scale, const Grids&... grids) {
-  if (tapPairs == 1) return WithGridWalkOf<1>(scale, grids...);
-  if (tapPairs == 2) return WithGridWalkOf<2>(scale, grids...);
-  if (tapPairs == 3) return WithGridWalkOf<3>(scale, grids...);
-  WithGridWalkOf<4>(scale, grids...);
+  if constexpr (kPairs < kMostPairs) {
+    if (tapPairs > kPairs) return WithGridWalk<kMostPairs, kPairs + 1>(tapPairs, scale, grids...);
+  }
+  WithGridWalkOf<kPairs>(scale, grids...);
 }
 
 }  // namespace

@@ -81,7 +81,9 @@ inline void FilterRowBytes(const std::uint8_t* const* rows, const std::int16_t* 
   });
 }
 
-/// The pass over a frame or plane of inHeight rows. Rows beyond it repeat its first or last one.
+/// The pass over a frame or plane of inHeight rows, with kTaps taps: 4 or 8. Rows beyond it repeat its first or last
+/// one.
+template <int kTaps>
 struct ByteVerticalPass {
   const PhasePosition* positions;  ///< one per output row
   const TapBank* bank;
@@ -95,11 +97,16 @@ struct ByteVerticalPass {
     const PhasePosition position = positions[r];
     const int first = bank->firstTap[position.phase];
     const std::int16_t* const coefficients = bank->coefficient[position.phase] + first;
-    const std::uint8_t* rows[4];
-    for (int t = 0; t < 4; ++t) rows[t] = clampedRow(position.source - 1 + first + t);
+    const std::uint8_t* rows[kTaps];
+    for (int t = 0; t < kTaps; ++t) rows[t] = clampedRow(position.source - (kTaps / 2 - 1) + first + t);
     const int next = positions[r + 1 < outHeight ? r + 1 : r].source;
     const RowsAhead ahead{clampedRow(next), clampedRow(next + 1)};
-    switch (bank->tapCount[position.phase]) {
+    const int count = bank->tapCount[position.phase];
+    if constexpr (kTaps == 8) {
+      if (count > 6) return FilterRowBytes<8, kShift>(rows, coefficients, bytes, ahead, result);
+      if (count > 4) return FilterRowBytes<6, kShift>(rows, coefficients, bytes, ahead, result);
+    }
+    switch (count) {
       case 1:
         if (coefficients[0] == 1 << kShift) return FilterRowBytes<0, kShift>(rows, coefficients, bytes, ahead, result);
         return FilterRowBytes<1, kShift>(rows, coefficients, bytes, ahead, result);

@@ -12,18 +12,20 @@ namespace vidproc::VIDPROC_TARGET {
 namespace {
 
 /// The vertical result of output row `r`, from a 2vuy frame or from the planes that one would be interleaved from.
-template <int kShift>
+template <const KernelTraits& kTraits>
 inline void FilterSourceRows(const ScaleJob& job, int r, const SplitRow2vuy& out) {
-  const ByteVerticalPass vertical{job.rowPositions, job.verticalBank, job.inHeight, job.outHeight};
+  constexpr int kShift = kTraits.precisionBits;
+  const ByteVerticalPass<kTraits.verticalTaps> vertical{job.rowPositions, job.verticalBank, job.inHeight,
+                                                        job.outHeight};
   if (job.planes == nullptr) {
     const auto rowAt = [&job](int row) { return job.source + row * job.sourceStride; };
-    vertical.FilterRow<kShift>(r, rowAt, 2 * job.inWidth, SplitResult{out});
+    vertical.template FilterRow<kShift>(r, rowAt, 2 * job.inWidth, SplitResult{out});
   } else {
     const SourcePlanes& planes = *job.planes;
     const auto lumaAt = [&planes](int row) { return planes.luma + row * planes.lumaStride; };
     const auto chromaAt = [&planes](int row) { return planes.chroma + row / 2 * planes.chromaStride; };
-    vertical.FilterRow<kShift>(r, lumaAt, job.inWidth, PlaneResult{out.luma});
-    vertical.FilterRow<kShift>(r, chromaAt, job.inWidth, PlaneResult{out.chroma});
+    vertical.template FilterRow<kShift>(r, lumaAt, job.inWidth, PlaneResult{out.luma});
+    vertical.template FilterRow<kShift>(r, chromaAt, job.inWidth, PlaneResult{out.chroma});
   }
   RepeatEdges(out.luma, job.inWidth);
   RepeatEdges(out.chroma, job.inWidth);
@@ -55,14 +57,15 @@ inline void StoreRow(const LumaResult& lumaResult, LumaWalk luma, ChromaWalk chr
 }
 
 /// Scales a frame row by row in bytes.
-template <int kShift, class LumaResult>
+template <const KernelTraits& kTraits, class LumaResult>
 inline void RunRows(const ScaleJob& job, const LumaResult& lumaResult) {
+  constexpr int kShift = kTraits.precisionBits;
   // The two rows of the vertical result, each with its edges and with room to overshoot.
   auto* const memory = reinterpret_cast<std::uint8_t*>(job.strip.rows);
   const SplitRow2vuy split{memory + kEdgeSamples, memory + 4 * kEdgeSamples + kRowSlack + job.inWidth};
   const ByteRowPlan& plan = *job.byteRowPlan;
   const auto scaleRow = [&](std::uint8_t* row, std::ptrdiff_t /*stride*/) {
-    WithGridWalk(
+    WithGridWalk<kTraits.horizontalTaps / 2>(
         plan.tapPairs,
         [&](auto kind) {
           using LumaWalk = typename decltype(kind)::template Walk<kShift, 1>;
@@ -73,7 +76,7 @@ inline void RunRows(const ScaleJob& job, const LumaResult& lumaResult) {
         plan.luma, plan.chroma);
   };
   for (int r = 0; r < job.outHeight; ++r) {
-    FilterSourceRows<kShift>(job, r, split);
+    FilterSourceRows<kTraits>(job, r, split);
     PutRows(job, r, 1, scaleRow);
   }
 }
@@ -83,7 +86,7 @@ template <const KernelTraits& kTraits, class LumaResult>
 inline void ScalePlainly(const ScaleJob& job, const LumaResult& lumaResult) {
   constexpr int kShift = kTraits.precisionBits;
   if constexpr (kHasByteShuffle) {
-    if (job.form == Form::kProven) return RunRows<kShift>(job, lumaResult);
+    if (job.form == Form::kProven) return RunRows<kTraits>(job, lumaResult);
   }
   RunStrips(job, VerticalScale<kTraits.verticalTaps, kShift, PlainTaps>{},
             HorizontalScale<kTraits.horizontalTaps, kShift, PlainTaps, LumaResult, ClampResult>{{}, lumaResult, {}});
