@@ -17,6 +17,12 @@ struct DenoiseTaps {
   alignas(16) std::uint8_t table[kMaxTaps][16];
 };
 
+/// How far the history draws a value up or down, by a difference below 16.
+struct HistorySteps {
+  alignas(16) std::uint8_t rise[16];
+  alignas(16) std::uint8_t fall[16];
+};
+
 namespace {
 
 /// What a coefficient keeps at a difference.
@@ -30,6 +36,17 @@ constexpr std::uint8_t WeightAt(int difference, int coefficient, int shift) {
 /// The weights for all differences below 16.
 inline void FillWeightTable(int coefficient, int shift, std::uint8_t (&table)[16]) {
   for (int difference = 0; difference < 16; ++difference) table[difference] = WeightAt(difference, coefficient, shift);
+}
+
+/// (weight * difference + 64) >> 7, for differences of both signs.
+inline HistorySteps FindHistorySteps(int strength, int shift) {
+  HistorySteps steps{};
+  for (int difference = 0; difference < 16; ++difference) {
+    const int product = WeightAt(difference, strength, shift) * difference;
+    steps.rise[difference] = static_cast<std::uint8_t>((product + 64) >> 7);
+    steps.fall[difference] = static_cast<std::uint8_t>((product + 63) >> 7);
+  }
+  return steps;
 }
 
 /// @param coefficients  of one phase, `taps` of them

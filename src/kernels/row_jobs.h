@@ -89,6 +89,7 @@ struct HorizontalRowJob {
 struct HistoryBlend {
   alignas(16) std::uint8_t table[16];  ///< below 16
   std::uint8_t weightFrom16;
+  HistorySteps steps;  ///< where that is 0
 };
 
 /// Where the centre moves against the previous frame, taps keep their whole weight: `previous` holds the previous

@@ -45,7 +45,7 @@ template <class Run>
 void WithBlend(const HistoryBlend* blend, const Run& run) {
   if (blend == nullptr) return run(NoBlend{});
   if (blend->weightFrom16 != 0) return run(WideBlend(*blend));
-  run(ByteBlend{LoadRepeated(blend->table)});
+  run(ByteBlend(blend->steps));
 }
 
 template <int kOuter, class MotionTest, class HistoryBlender>

@@ -78,6 +78,7 @@ HistoryBlend PlanHistoryBlend(std::int32_t strength, std::int32_t shift) {
   HistoryBlend blend{};
   FillWeightTable(strength, shift, blend.table);
   blend.weightFrom16 = WeightAt(16, strength, shift);
+  blend.steps = FindHistorySteps(strength, shift);
   return blend;
 }
 

@@ -58,13 +58,19 @@ class ByteTaps {
   U8 pair[kOuter / 2 + 1];
 };
 
-/// Blends values with their history by the same kind of table.
+/// Blends values with their history where differences of 16 and more have no weight: what the others add or take away
+/// is looked up.
 struct ByteBlend {
-  U8 table;
+  U8 rise;
+  U8 fall;
+
+  explicit ByteBlend(const HistorySteps& steps) : rise(LoadRepeated(steps.rise)), fall(LoadRepeated(steps.fall)) {}
+
   U8 Blend(U8 history, U8 value) const {
-    const U8 alpha = WeightOf(history, value, table);
-    const U8 difference = Subtract(history, value);
-    return Add(value, RoundToSignedBytes<7>(MultiplyPairsOf(alpha, SplatU8(0), difference, difference)));
+    const U8 larger = Max(history, value);
+    const U8 up = LookUpBelow16(rise, Subtract(larger, value));
+    const U8 down = LookUpBelow16(fall, Subtract(larger, history));
+    return Subtract(Add(value, up), down);
   }
 };
 

@@ -15,11 +15,7 @@ struct StoreBytes {
 /// Blends with the history bytes that the result replaces.
 struct BlendBytes {
   ByteBlend blend;
-  BlendBytes(int strength, int shift) {
-    std::uint8_t weights[16];
-    FillWeightTable(strength, shift, weights);
-    blend.table = LoadRepeated(weights);
-  }
+  BlendBytes(int strength, int shift) : blend(FindHistorySteps(strength, shift)) {}
   void Put(std::uint8_t* history, U8 value) const { Store(history, blend.Blend(LoadU8(history), value)); }
 };
 
