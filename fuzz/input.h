@@ -57,21 +57,4 @@ inline void Require(bool holds, const std::string& what) {
   if (!holds) throw std::logic_error(what);
 }
 
-/// FNV-1a, 64 bits, of everything that a program of calls has produced.
-class Digest {
- public:
-  void Add(const std::uint8_t* bytes, std::size_t count) {
-    for (std::size_t i = 0; i < count; ++i) value = (value ^ bytes[i]) * 0x100000001B3;
-  }
-  void Add(std::int64_t number) {
-    for (int shift = 0; shift < 64; shift += 8) {
-      value = (value ^ (static_cast<std::uint64_t>(number) >> shift & 255)) * 0x100000001B3;
-    }
-  }
-  std::uint64_t Value() const { return value; }
-
- private:
-  std::uint64_t value = 0xCBF29CE484222325;
-};
-
 }  // namespace fuzzing

@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <memory>
 
+#include "digest.h"
 #include "input.h"
 
 namespace fuzzing {
