@@ -1,5 +1,4 @@
-// What the benchmarks feed: a synthetic camera scene of smooth shading, edges, fine texture and sensor noise, whose
-// noise and foreground change from frame to frame. Packed 4:2:2 (2vuy), NV12, I420, or planes for peers that take no
+// What the benchmarks feed: the synthetic camera scene. Packed 4:2:2 (2vuy), NV12, or planes for peers that take no
 // others.
 #pragma once
 

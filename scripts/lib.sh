@@ -12,7 +12,7 @@ testPackages=(libgtest-dev)
 clangPackages=(clang libclang-rt-dev llvm)
 lintPackages=(clang-format clang-tidy git)
 emulationPackages=(libsimde-dev)
-benchPackages=(libbenchmark-dev valgrind)
+benchPackages=("${scenePackages[@]}" libbenchmark-dev valgrind)
 abiPackages=(abigail-tools binutils)
 peerPackages=(pkg-config libswscale-dev libavfilter-dev libpostproc-dev libzimg-dev libyuv-dev
   libgstreamer-plugins-base1.0-dev)
