@@ -1,7 +1,20 @@
-# cpack: one archive for each component.
+# cpack: one archive for each component; cpack -G DEB: the same as plain Debian packages, for machines without Debian's
+# own tools (scripts/package uses those, with packaging/debian).
 set(CPACK_PACKAGE_NAME vidproc)
 set(CPACK_PACKAGE_VENDOR "the vidproc authors")
 set(CPACK_RESOURCE_FILE_LICENSE ${PROJECT_SOURCE_DIR}/LICENSE)
 set(CPACK_GENERATOR TGZ)
 set(CPACK_ARCHIVE_COMPONENT_INSTALL ON)
+set(CPACK_STRIP_FILES ON)
+
+set(CPACK_DEB_COMPONENT_INSTALL ON)
+set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
+set(CPACK_DEBIAN_PACKAGE_MAINTAINER "the vidproc authors <vidproc@localhost.localdomain>")
+set(CPACK_DEBIAN_PACKAGE_SECTION video)
+set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
+set(CPACK_DEBIAN_RUNTIME_PACKAGE_NAME libvidproc${PROJECT_VERSION_MAJOR})
+set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME libvidproc-dev)
+set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS "libvidproc${PROJECT_VERSION_MAJOR} (= ${PROJECT_VERSION})")
+set(CPACK_DEBIAN_TOOLS_PACKAGE_NAME vidproc-tools)
+set(CPACK_DEBIAN_TOOLS_PACKAGE_DEPENDS fonts-dejavu-core)
 include(CPack)
