@@ -13,6 +13,7 @@ clangPackages=(clang libclang-rt-dev llvm)
 lintPackages=(clang-format clang-tidy git)
 emulationPackages=(libsimde-dev)
 benchPackages=("${scenePackages[@]}" libbenchmark-dev valgrind)
+packagingPackages=(debhelper dpkg-dev git lintian mmdebstrap)
 abiPackages=(abigail-tools binutils)
 peerPackages=(pkg-config libswscale-dev libavfilter-dev libpostproc-dev libzimg-dev libyuv-dev
   libgstreamer-plugins-base1.0-dev)
