@@ -239,17 +239,19 @@ TEST(FramesThatDoNotFit, AreNotCopiedOutOfTheTemporalFiltersWay) {
   }
 }
 
+// Segments of more than 2048 bytes are filtered in several sweeps, so that the history changes ahead of the source.
 TEST(Overlaps, WithTheHistoryAreCopied) {
-  const Processor apart = MakeProcessor(true, {{32, 16, 32, 16}}), inHistory = MakeProcessor(true, {{32, 16, 32, 16}});
-  Bytes picture(1200), destinations[2] = {Bytes(1024), Bytes(1024)};
-  for (std::size_t i = 0; i < picture.size(); ++i) picture[i] = static_cast<std::uint8_t>(i / 3 + i % 2);
+  const Configuration configuration{{2, 2100, 2, 2100}};
+  const Processor apart = MakeProcessor(true, configuration), inHistory = MakeProcessor(true, configuration);
+  Bytes picture(8500), destinations[2] = {Bytes(8400), Bytes(8400)};
+  for (std::size_t i = 0; i < picture.size(); ++i) picture[i] = static_cast<std::uint8_t>(i / 30 + i % 2);
   for (const Processor* p : {&apart, &inHistory}) {
     (*p)->SetTemporalFilter(100, 3);
     (*p)->temporalFirstFrame = 0;
     std::copy(picture.begin(), picture.end(), (*p)->previousFrame);
   }
-  apart->Go(picture.data() + 8, destinations[0].data(), 0);
-  inHistory->Go(inHistory->previousFrame + 8, destinations[1].data(), 0);
+  apart->Go(picture.data() + 100, destinations[0].data(), 0);
+  inHistory->Go(inHistory->previousFrame + 100, destinations[1].data(), 0);
   EXPECT_EQ(destinations[1], destinations[0]);
 }
 

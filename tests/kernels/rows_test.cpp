@@ -12,7 +12,6 @@
 #include <vector>
 
 #include "kernels/kernel_table.h"
-#include "kernels/noise_field.h"
 #include "kernels/row_jobs.h"
 #include "levels/general_forms.h"
 #include "plan/horizontal_row_layout.h"
@@ -323,41 +322,6 @@ TEST(RowKernelTest, DenoiseRowHorizontally) {
     out.ExpectRow(wantsOut ? expected : Row(in.size()));
     EXPECT_EQ(history.Content(), keepsHistory ? expected : historyBefore);
     EXPECT_EQ(previous.Content(), smoothsMotion ? in : before);
-  });
-}
-
-TEST(RowKernelTest, ShiftLumaRow) {
-  RunCases([](Random& random) {
-    const Row luma = DrawRow(DrawLength(1, random), random);
-    const auto gain = static_cast<std::int16_t>(random.Between(-127, 127));
-    const auto offset = static_cast<std::int16_t>(random.Between(-255, 255));
-    Row expected;
-    for (const int value : luma) {
-      expected.push_back(reference::ClampToByte(reference::MultiplyLow(value - offset, gain) >> 6));
-    }
-    GuardedRow row(luma, 0, 0, random);
-    vidproc::Kernels().shiftLumaRow(row.Bytes(), static_cast<int>(luma.size()), gain, offset, row.Bytes());
-    row.ExpectRow(expected);
-  });
-}
-
-/// Noise on luma alone is the luma of noise on 2vuy, whose reference is tested with the frames.
-TEST(RowKernelTest, AddNoiseToLumaRow) {
-  RunCases([](Random& random) {
-    const Row luma = DrawRow(DrawLength(1, random), random);
-    signed char tile[vidproc::kNoiseTileCells];
-    for (signed char& cell : tile) cell = static_cast<signed char>(random.Between(-8, 7));
-    std::uint16_t positions[32];
-    for (std::uint16_t& position : positions)
-      position = static_cast<std::uint16_t>(random.Between(0, 24) * 128 + random.Between(0, 12) * 4);
-    Row expected = luma;
-    for (std::size_t x = 0; x < luma.size(); ++x) {
-      expected[x] = reference::ClampToByte(luma[x] + tile[positions[x / 16] + 3 * vidproc::kNoiseTileSize + x % 16]);
-    }
-    GuardedRow row(luma, 0, 0, random);
-    vidproc::Kernels().addNoiseToLumaRow(tile + 3 * vidproc::kNoiseTileSize, positions, row.Bytes(),
-                                         static_cast<int>(luma.size()));
-    row.ExpectRow(expected);
   });
 }
 
