@@ -61,9 +61,14 @@ struct ByteVerticalScale {
 
   void operator()(const ScaleJob& job, int firstRow, int rowCount) const {
     const int bytes = 2 * job.inWidth;
+    DenoiseTaps outer{};
+    int phase = -1;
     for (int r = 0; r < rowCount; ++r) {
       const PhasePosition position = job.rowPositions[firstRow + r];
-      const DenoiseTaps outer = FindDenoiseTaps(job.verticalBank->coefficient[position.phase], kTaps, shift);
+      if (position.phase != phase) {
+        phase = position.phase;
+        outer = FindDenoiseTaps(job.verticalBank->coefficient[phase], kTaps, shift);
+      }
       const std::uint8_t* rows[kMaxTaps];
       for (int k = 0; k < kMaxTaps; ++k) rows[k] = SourceRow(job, position.source + outer.offset[k]);
       const std::uint8_t* const centre = SourceRow(job, position.source);
