@@ -6,8 +6,8 @@ cd "$(dirname "${BASH_SOURCE[0]}")/.."
 
 buildPackages=(g++ cmake ninja-build)
 scenePackages=(pkg-config libcairo2-dev fonts-dejavu-core)
-toolPackages=("${scenePackages[@]}" libcli11-dev nlohmann-json3-dev libavformat-dev libavcodec-dev libavutil-dev
-  libswscale-dev)
+toolPackages=("${scenePackages[@]}" libcli11-dev nlohmann-json3-dev libavformat-dev libavcodec-dev libavfilter-dev
+  libavutil-dev)
 testPackages=(libgtest-dev)
 clangPackages=(clang libclang-rt-dev llvm)
 lintPackages=(clang-format clang-tidy git)
@@ -17,9 +17,6 @@ packagingPackages=(debhelper dpkg-dev git lintian mmdebstrap)
 abiPackages=(abigail-tools binutils)
 peerPackages=(pkg-config libswscale-dev libavfilter-dev libpostproc-dev libzimg-dev libyuv-dev
   libgstreamer-plugins-base1.0-dev)
-
-# What scripts/demo shows and docs/before-after.jpg is made with.
-demoSettings=(--soften 10 --adaptive 2 --temporal 100:0)
 
 Say() { printf '%s\n' "$*"; }
 

@@ -161,7 +161,7 @@ class PictureTest : public ToolTest {
 };
 
 TEST_F(PictureTest, ComparesBothFramesUnderLabels) {
-  ASSERT_EQ(Tool("pre --synthetic-size 640x360 --size 320x180 --soften 30 --frames 3 --compare c.png").status, 0);
+  ASSERT_EQ(Tool("pre --synthetic-size 640x360 --size 320x180 --denoise 1 --frames 3 --compare c.png").status, 0);
   ASSERT_NO_FATAL_FAILURE(Load("c.png"));
   const int column = width / 2, row = height / 2;
   EXPECT_NEAR(static_cast<double>(column) / row, 640 / 360.0, 0.2);
@@ -215,7 +215,7 @@ TEST_F(PictureTest, DrawsBrightnessToScale) {
 }
 
 TEST_F(PictureTest, DrawsTapsWhereTheyStand) {
-  ASSERT_EQ(Tool("filters --from 128x96 --to 64x96 --role post --plot f.png").status, 0);
+  ASSERT_EQ(Tool("filters --from 128x96 --to 64x96 --filter gaussian --alignment corners --plot f.png").status, 0);
   ASSERT_NO_FATAL_FAILURE(Load("f.png"));
   // One tap of weight 1 at distance 0; all others lie on the line of weight 0.
   const auto highest = [&](int x) { return RowWhere(x, [&](int px, int py) { return IsBlue(px, py); }); };

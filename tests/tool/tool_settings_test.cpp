@@ -1,6 +1,7 @@
-// What the command-line tool's settings do, and what it prints of its work.
+// What the command-line tool's settings do to frames: what the library makes of the same settings.
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <iterator>
 #include <nlohmann/json.hpp>
 #include <set>
@@ -14,193 +15,268 @@
 namespace {
 
 using namespace testing_support;
+using vidproc::FrameInfo;
+
+constexpr FrameInfo kIn = {VIDPROC_FORMAT_I420, 96, 64, VIDPROC_SITING_LEFT};
+constexpr FrameInfo kOut = {VIDPROC_FORMAT_I420, 72, 40, VIDPROC_SITING_LEFT};
+const std::string kSizes = " in.yuv --input-res 96x64 --size 72x40 --fit stretch ";
 
 TEST_F(ToolTest, GivesTheSameFramesAtEveryLevel) {
-  const Outcome info = Tool("info");
-  std::istringstream fields(Lines(info.out).at(2));
+  std::istringstream fields(Lines(Tool("info").out).at(2));
   std::vector<std::string> levels{std::istream_iterator<std::string>(fields), {}};
   ASSERT_EQ(levels.at(0), "levels");
   ASSERT_EQ(levels.at(1), "scalar");
-  for (std::size_t i = 1; i < levels.size(); ++i) {
-    EXPECT_NE(Tool("info --cpu " + levels[i]).out.find("\nlevel in use  " + levels[i] + "\n"), std::string::npos);
-  }
-  for (const std::string arguments : {"pre --size 72x40 --dither 6", "pre --size 72x40 --adaptive 3 --soften 4",
-                                      "nv12 --size 50x30", "pre", "post --size 130x70 --deblock 30 --dither 3"}) {
-    SCOPED_TRACE(arguments);
-    const std::string scalar = Md5(arguments + " " + kScene + " --cpu scalar");
-    for (std::size_t i = 2; i < levels.size(); ++i) {
-      EXPECT_EQ(Md5(arguments + " " + kScene + " --cpu " + levels[i]), scalar) << levels[i];
+  for (const std::string arguments : {"pre --size 72x40 --dither 6", "post --size 130x70 --deblock 30"}) {
+    std::set<std::string> results;
+    for (std::size_t i = 1; i < levels.size(); ++i) {
+      const std::string level = " --cpu " + levels[i];
+      EXPECT_NE(Tool("info" + level).out.find("\nlevel in use  " + levels[i] + "\n"), std::string::npos);
+      results.insert(Made(arguments + " " + kScene + level, "x.yuv"));
     }
+    EXPECT_EQ(results.size(), 1U) << arguments;
   }
 }
 
-TEST_F(ToolTest, LetsEverySettingActOnTheFrames) {
-  const std::string plain = Md5("pre --size 72x40 --soften 4 " + kScene);
-  const std::string adaptive = Md5("pre --size 72x40 --soften 4 --adaptive 3 " + kScene);
-  const std::string longTaps = Md5("pre --size 72x40 --soften 4 --adaptive 3 --taps16 " + kScene);
-  EXPECT_EQ(Md5("pre --size 72x40 --soften 4 --luma 64:0 " + kScene), plain);
-  EXPECT_EQ(Md5("pre --size 72x40 --soften 4 --adaptive 3 --temporal 80:3 " + kScene), adaptive);
+/// Explicit denoising.
+void Set(vidproc::PreOptions& pre, int edge, int softening, int taps, int strength) {
+  pre.denoise_auto = 0;
+  pre.denoise_edge = edge;
+  pre.denoise_softening = softening;
+  pre.denoise_taps = taps;
+  pre.temporal_strength = strength;
+}
+
+TEST_F(ToolTest, PreProcessesAsTheLibraryDoes) {
+  const std::string frames = RawFrames(kIn, 3);
+  Put("in.yuv", frames);
   const struct {
-    std::string options;
-    const std::string& without;
-  } cases[] = {{"--luma 64:9", plain},
-               {"--enhance 2", plain},
-               {"--dither 4", plain},
-               {"--adaptive 3", plain},
-               {"--adaptive 3 --temporal 0", adaptive},
-               {"--adaptive 3 --motion-smoothing", adaptive},
-               {"--adaptive 3 --taps16", adaptive},
-               {"--adaptive 3 --taps16 --enhance 2", longTaps}};
-  for (const auto& one : cases) {
-    EXPECT_NE(Md5("pre --size 72x40 --soften 4 " + one.options + " " + kScene), one.without) << one.options;
-  }
-}
-
-TEST_F(ToolTest, SeedsTheDitherNoise) {
-  ASSERT_EQ(Tool("post " + kScene + " -o a.uyvy").status, 0);
-  for (const std::string command : {"pre", "post"}) {
-    const std::string seed = command + " a.uyvy --raw uyvy422 --raw-size 96x64 --size 72x40 --dither 4 --seed ";
-    EXPECT_EQ(Md5(seed + "2"), Md5(seed + "2")) << command;
-    EXPECT_NE(Md5(seed + "1"), Md5(seed + "2")) << command;
-  }
-}
-
-/// A processor of the library, set up as the tool does it for a change of size from 96x64 to 72x40.
-class Processor {
- public:
-  Processor(decltype(&PreProcInit) init, unsigned enhance, unsigned dither, unsigned soften) {
-    init(&handle, 96, 64, 192, 72, 40, 144, enhance, dither, soften);
-  }
-  ~Processor() { PreProcCleanup(&handle); }
-  Processor(const Processor&) = delete;
-  Processor& operator=(const Processor&) = delete;
-  VideoProcessor* operator->() const { return static_cast<VideoProcessor*>(handle); }
-
-  void* handle = nullptr;
-};
-
-TEST_F(ToolTest, PostProcessesAsTheLibraryDoes) {
-  ASSERT_EQ(Tool("post --synthetic-size 96x64 --frames 1 -o in.uyvy").status, 0);
-  const struct { unsigned enhance, dither, soften; } cases[] = {{0, 0, 0}, {3, 0, 0}, {0, 4, 0}, {0, 0, 5}, {2, 3, 6}};
+    std::string arguments;
+    std::function<void(vidproc::PreOptions&)> set;
+  } cases[] = {
+      {"", [](auto&) {}},
+      {"--preset screen --taps 8", [](auto& pre) { pre = vidproc::PreOptions("screen"), pre.taps = 8; }},
+      {"--denoise auto:250", [](auto& pre) { pre.denoise_auto = 250; }},
+      {"--denoise off", [](auto& pre) { pre.denoise_auto = 0; }},
+      {"--temporal 90:2", [](auto& pre) { Set(pre, 0, 0, 8, 90), pre.temporal_shift = 2; }},
+      {"--denoise 1", [](auto& pre) { Set(pre, 1, 100, 16, 100); }},
+      {"--denoise 3:40:8 --temporal off", [](auto& pre) { Set(pre, 3, 40, 8, 0); }},
+      {"--denoise 2:90:16:3", [](auto& pre) { Set(pre, 2, 90, 16, 100), pre.denoise_passes = 3; }},
+      {"--denoise 1 --motion-smoothing", [](auto& pre) { Set(pre, 1, 100, 16, 100), pre.motion_smoothing = 1; }},
+      {"--filter bilinear", [](auto& pre) { pre.filter = VIDPROC_FILTER_BILINEAR; }},
+      {"--filter bicubic", [](auto& pre) { pre.filter = VIDPROC_FILTER_CATMULL_ROM; }},
+      {"--filter mitchell", [](auto& pre) { pre.filter = VIDPROC_FILTER_MITCHELL; }},
+      {"--filter lanczos --taps 8", [](auto& pre) { pre.filter = VIDPROC_FILTER_LANCZOS, pre.taps = 8; }},
+      {"--filter area", [](auto& pre) { pre.filter = VIDPROC_FILTER_AREA; }},
+      {"--filter gaussian --softening 9", [](auto& pre) { pre.filter = VIDPROC_FILTER_GAUSSIAN, pre.softening = 9; }},
+      {"--filter hamming-sinc", [](auto& pre) { pre.filter = VIDPROC_FILTER_HAMMING_SINC; }},
+      {"--filter two-sincs --lobes 5", [](auto& pre) { pre.filter = VIDPROC_FILTER_TWO_SINCS, pre.lobes = 5; }},
+      {"--alignment corners", [](auto& pre) { pre.alignment = VIDPROC_ALIGNMENT_CORNERS; }},
+      {"--sharpen 7", [](auto& pre) { pre.sharpening = 7; }},
+      {"--luma 50:-12", [](auto& pre) { pre.luma_gain = 50, pre.luma_offset = -12; }},
+  };
   std::set<std::string> results;
-  for (const auto& [enhance, dither, soften] : cases) {
-    const std::string options = " --enhance " + std::to_string(enhance) + " --dither " + std::to_string(dither) +
-                                " --soften " + std::to_string(soften);
-    ASSERT_EQ(Tool("post in.uyvy --raw uyvy422 --raw-size 96x64 --size 72x40 -o out.uyvy" + options).status, 0);
-    const Processor processor(PostProcInit, enhance, dither, soften);
-    processor->ditherSeed = 1;
-    std::string in = File("in.uyvy"), out(std::size_t{144} * 40, '\0');
-    const auto bytes = [](std::string& frame) { return reinterpret_cast<unsigned char*>(frame.data()); };
-    PostProcExecute(processor.handle, bytes(in), bytes(out), 0, 64, 0);
-    EXPECT_TRUE(File("out.uyvy") == out) << options;
-    results.insert(out);
+  for (const auto& [arguments, set] : cases) {
+    vidproc::PreOptions pre("webcam");
+    set(pre);
+    pre.input = kIn;
+    pre.output = kOut;
+    const std::string expected = Processed<vidproc::Pre>(pre, frames);
+    EXPECT_TRUE(Made("pre" + kSizes + arguments, "out.yuv") == expected) << arguments;
+    results.insert(expected);
   }
   EXPECT_EQ(results.size(), std::size(cases)) << "a setting has no effect";
 }
 
-TEST_F(ToolTest, PadsAndCropsEqualSizesOfAnyHeight) {
-  ASSERT_EQ(Tool("post --synthetic-size 64x37 --frames 3 -o short.uyvy").status, 0);
-  const std::string frames = File("short.uyvy");
-  constexpr std::size_t kRow = 128;
-  std::string tall;
-  for (std::size_t frame = 0; frame < 3; ++frame) {
-    tall += frames.substr(frame * 37 * kRow, 37 * kRow);
-    for (int row = 37; row < 48; ++row) tall += frames.substr((frame * 37 + 36) * kRow, kRow);
+TEST_F(ToolTest, PostProcessesAsTheLibraryDoes) {
+  const std::string frames = RawFrames(kIn, 3);
+  Put("in.yuv", frames);
+  for (const int deblocking : {0, 21, 255}) {
+    vidproc::PostOptions post("camera");
+    post.input = kIn;
+    post.output = kOut;
+    post.deblock_level = deblocking;
+    post.sharpening = 2;
+    const std::string option = deblocking > 0 ? " --deblock " + std::to_string(deblocking) : "";
+    EXPECT_TRUE(Made("post --sharpen 2" + kSizes + option, "out.yuv") == Processed<vidproc::Post>(post, frames))
+        << deblocking;
   }
-  WriteFile(directory / "tall.uyvy", tall);
-  ASSERT_EQ(Tool("pre tall.uyvy --raw uyvy422 --raw-size 64x48 -o tall-out.uyvy").status, 0);
-  ASSERT_EQ(Tool("pre short.uyvy --raw uyvy422 --raw-size 64x37 -o short-out.uyvy").status, 0);
-  const std::string tallOut = File("tall-out.uyvy");
-  std::string cropped;
-  for (std::size_t frame = 0; frame < 3; ++frame) cropped += tallOut.substr(frame * 48 * kRow, 37 * kRow);
-  EXPECT_EQ(File("short-out.uyvy"), cropped);
-  EXPECT_NE(cropped, frames);
 }
 
-TEST_F(ToolTest, DeblocksTheRealPictureBeforeItScales) {
-  const std::string original = Md5("post " + kScene);
-  const std::string deblocked = Md5("post " + kScene + " --deblock 30 -o deblocked.y4m");
-  EXPECT_NE(deblocked, original);
-  EXPECT_EQ(Md5("post " + kScene + " --deblock 30 --size 130x70"), Md5("post deblocked.y4m --size 130x70"));
+TEST_F(ToolTest, TakesAndMakesEveryFormat) {
+  const struct {
+    vidproc_format format;
+    std::string name, ending;
+  } formats[] = {{VIDPROC_FORMAT_UYVY, "uyvy", "uyvy"},
+                 {VIDPROC_FORMAT_YUYV, "yuyv", "yuyv"},
+                 {VIDPROC_FORMAT_NV12, "nv12", "nv12"},
+                 {VIDPROC_FORMAT_I420, "yuv420p", "yuv"},
+                 {VIDPROC_FORMAT_I422, "i422", "i422"}};
+  for (const auto& from : formats) {
+    for (const auto& to : formats) {
+      vidproc::PostOptions post("camera");
+      post.input = {from.format, 36, 22, VIDPROC_SITING_LEFT};
+      post.output = {to.format, 50, 31, VIDPROC_SITING_LEFT};
+      const std::string frames = RawFrames(post.input, 2);
+      Put("in." + from.ending, frames);
+      Put("in.bin", frames);
+      const std::string sizes = " --input-res 36x22 --size 50x31 --fit stretch";
+      const std::string expected = Processed<vidproc::Post>(post, frames);
+      EXPECT_TRUE(Made("post in." + from.ending + sizes, "out." + to.ending) == expected) << from.name << to.name;
+      const std::string named = " --input-csp " + from.name + " -f rawvideo --output-csp " + to.name;
+      EXPECT_TRUE(Made("post -i in.bin" + sizes + named, "out.bin") == expected) << from.name << to.name;
+    }
+  }
+}
+
+TEST_F(ToolTest, GivesEveryFrameItsOwnNoise) {
+  const std::string frame = RawFrames(kIn, 1);
+  Put("in.yuv", frame + frame);
+  vidproc::PreOptions pre("none");
+  pre.input = kIn;
+  pre.output = kOut;
+  pre.dither_level = 5;
+  std::string expected;
+  for (pre.dither_seed = 255; pre.dither_seed != 1; pre.dither_seed = (pre.dither_seed + 1) & 255) {
+    expected += Processed<vidproc::Pre>(pre, frame);
+  }
+  EXPECT_TRUE(Made("pre --preset none --dither 5 --seed 255" + kSizes, "out.yuv") == expected);
+  EXPECT_NE(expected.substr(0, expected.size() / 2), expected.substr(expected.size() / 2));
+}
+
+TEST_F(ToolTest, SeedsTheSyntheticScene) {
+  const std::string scene = "post " + kScene + " --seed ";
+  EXPECT_EQ(Made(scene + "2", "a.uyvy"), Made(scene + "2", "b.uyvy"));
+  EXPECT_NE(Made(scene + "1", "a.uyvy"), File("b.uyvy"));
+  EXPECT_EQ(Made("post " + kScene, "b.uyvy"), File("a.uyvy"));
+}
+
+/// A row of a picture whose columns are alike: black, or the brightness of each sixteenth of the input's width.
+std::string Sketch(const std::string& picture, std::size_t width, std::size_t row) {
+  std::string sketch;
+  for (std::size_t x = 0; x < width; x += 8) {
+    const int luma = static_cast<unsigned char>(picture[row * width + x + 4]);
+    sketch += luma < 30 ? '.' : static_cast<char>('0' + luma / 20);
+  }
+  return sketch;
+}
+
+TEST_F(ToolTest, FitsPicturesOfOtherShapes) {
+  std::string frame;  // 64x32: vertical bars of 8 columns, brighter to the right
+  for (int i = 0; i < 64 * 32; ++i) frame += static_cast<char>(50 + i % 64 / 8 * 20);
+  Put("in.y4m", "YUV4MPEG2 W64 H32 F30:1 Ip A1:1 C420mpeg2\nFRAME\n" + frame + std::string(64 * 32 / 2, '\x80'));
+  const struct {
+    std::string options, header, firstRow, middleRow;
+  } cases[] = {
+      {"--size 64x64", "W64 H32 F30:1 Ip A1:1", "23456789", "23456789"},
+      {"--size 64x64 --fit shrink", "W64 H32 F30:1 Ip A1:1", "23456789", "23456789"},
+      {"--size 64x64 --fit pad", "W64 H64 F30:1 Ip A1:1", "........", "23456789"},
+      {"--size 96x32 --fit pad", "W96 H32 F30:1 Ip A1:1", "..23456789..", "..23456789.."},
+      {"--size 32x32 --fit crop", "W32 H32 F30:1 Ip A1:1", "4567", "4567"},
+      {"--size 64x16 --fit crop", "W64 H16 F30:1 Ip A1:1", "23456789", "23456789"},
+      {"--size 64x64 --fit stretch", "W64 H64 F30:1 Ip A2:1", "23456789", "23456789"},
+      {"--size 64x", "W64 H32 F30:1 Ip A1:1", "23456789", "23456789"},
+      {"--size x32", "W64 H32 F30:1 Ip A1:1", "23456789", "23456789"},
+      {"--size x48", "W96 H48 F30:1 Ip A1:1", "", ""},
+      {"--size 33x", "W33 H16 F30:1 Ip A1:1", "", ""},
+  };
+  for (const auto& one : cases) {
+    SCOPED_TRACE(one.options);
+    const std::string made = Made("pre in.y4m -q --denoise off " + one.options, "out.y4m");
+    EXPECT_TRUE(Lines(made).at(0).starts_with("YUV4MPEG2 " + one.header + " ")) << Lines(made)[0];
+    const std::string picture = made.substr(made.find("FRAME\n") + 6);
+    const std::size_t width = std::stoul(one.header.substr(1)),
+                      height = std::stoul(one.header.substr(one.header.find('H') + 1));
+    if (one.firstRow.empty()) continue;
+    EXPECT_EQ(Sketch(picture, width, 0), one.firstRow);
+    EXPECT_EQ(Sketch(picture, width, height / 2), one.middleRow);
+  }
+}
+
+TEST_F(ToolTest, SkipsAndLimitsFrames) {
+  const FrameInfo info = {VIDPROC_FORMAT_I420, 16, 16, VIDPROC_SITING_LEFT};
+  const std::string frames = RawFrames(info, 7);
+  const std::size_t size = vidproc::FrameBytes(info);
+  Put("in.yuv", frames);
+  const std::string input = "post in.yuv --input-res 16x16";
+  EXPECT_EQ(Made(input, "a.yuv"), frames);
+  EXPECT_EQ(Made(input + " --skip 2 --frames 3", "b.yuv"), frames.substr(2 * size, 3 * size));
+  EXPECT_EQ(Made(input + " --seek 5 --frames 9", "c.yuv"), frames.substr(5 * size));
+  ExpectComplaint(Tool(input + " --skip 7 -o d.yuv"), 1, {"in.yuv", "7 frames"});
 }
 
 TEST_F(ToolTest, WritesStatisticsAsJsonLines) {
-  ASSERT_EQ(Tool("pre " + kScene + " --size 72x40 --adaptive 2 --taps16 --stats stats.jsonl").status, 0);
+  ASSERT_EQ(Tool("pre " + kScene + " --size 72x40 --stats stats.jsonl").status, 0);
   const std::vector<std::string> lines = Lines(File("stats.jsonl"));
   ASSERT_EQ(lines.size(), 4U);
   for (std::size_t i = 0; i < lines.size(); ++i) {
     const nlohmann::json line = nlohmann::json::parse(lines[i]);
     EXPECT_EQ(line.at("frame"), i);
+    EXPECT_NEAR(line.at("seconds").get<double>(), static_cast<double>(i) / 30, 1e-6);
     EXPECT_GT(line.at("nanoseconds"), 0);
-    EXPECT_EQ(line.at("kernel"), "adaptive_16tap");
+    EXPECT_TRUE(line.at("noise").is_number());
   }
 }
 
 TEST_F(ToolTest, WatchesTheExposure) {
-  const Outcome events = Tool("exposure --synthetic-size 160x96 --plot plot.png");
-  EXPECT_EQ(events.status, 0);
-  const std::vector<std::string> lines = Lines(events.out);
-  ASSERT_GE(lines.size(), 3U) << events.out;
-  EXPECT_NE(lines[0].find("settled"), std::string::npos);
-  EXPECT_NE(lines[1].find("drifted"), std::string::npos);
-  EXPECT_NE(lines[2].find("settled"), std::string::npos);
-  EXPECT_EQ(File("plot.png").substr(1, 3), "PNG");
-
-  const std::vector<std::string> json = Lines(Tool("exposure --synthetic-size 160x96 --frames 40 --json").out);
-  ASSERT_EQ(json.size(), 40U);
-  int settled = 0;
-  for (const std::string& line : json) {
-    const nlohmann::json sample = nlohmann::json::parse(line);
-    EXPECT_GT(sample.at("brightness"), 16);
-    EXPECT_LT(sample.at("brightness"), 235);
-    settled += sample.at("result") == 0 ? 1 : 0;
+  std::string clip = "YUV4MPEG2 W64 H48 F30:1 C420mpeg2\n";
+  for (int frame = 0; frame < 90; ++frame) {
+    const char luma = frame < 40 ? '\x78' : '\x50';
+    clip += "FRAME\n" + std::string(64 * 48, luma) + std::string(64 * 48 / 2, frame < 20 ? '\x40' : '\xc0');
   }
-  EXPECT_EQ(settled, 1);
-}
+  Put("in.y4m", clip);
+  const std::vector<std::string> events = Lines(Tool("exposure in.y4m --plot plot.png").out);
+  ASSERT_EQ(events.size(), 3U);
+  EXPECT_TRUE(events[0].ends_with("settled, brightness 120.0")) << events[0];
+  EXPECT_TRUE(events[1].ends_with("drifted, brightness 80.0")) << events[1];
+  EXPECT_TRUE(events[2].ends_with("settled, brightness 80.0")) << events[2];
+  EXPECT_TRUE(fs::exists(Path("plot.png")));
 
-TEST_F(ToolTest, PrintsAllPhasesOfBothBanks) {
-  const std::vector<std::string> lines = Lines(Tool("filters --from 640x480 --to 320x480 --role post").out);
-  ASSERT_EQ(lines.size(), 1U + 17 + 17);
-  EXPECT_EQ(lines[1], "Horizontal: up 1, down 2, 8 taps");
-  EXPECT_EQ(lines[18], "Vertical: up 1, down 1, 4 taps");
-  EXPECT_EQ(lines[2], "*  0:    0    0    0   64    0    0    0    0  total 64");
-  int used = 0;
-  for (const std::string& line : lines) used += line[0] == '*' ? 1 : 0;
-  EXPECT_EQ(used, 2) << "both axes only use phase 0";
-}
-
-std::vector<int> PrintedTaps(const std::string& line) {
-  std::istringstream numbers(line.substr(line.find(':') + 1));
-  return {std::istream_iterator<int>(numbers), {}};
-}
-
-std::vector<int> Taps(const short* phase, int count) { return {phase, phase + count}; }
-
-TEST_F(ToolTest, PrintsTheBanksOfTheLibrary) {
-  const struct {
-    unsigned enhance, soften;
-    bool longTaps;
-  } cases[] = {{0, 0, false}, {3, 0, false}, {0, 5, false}, {0, 5, true}, {3, 5, true}};
-  std::set<std::string> listings;
-  for (const auto& [enhance, soften, longTaps] : cases) {
-    const std::string options =
-        " --enhance " + std::to_string(enhance) + " --soften " + std::to_string(soften) + (longTaps ? " --taps16" : "");
-    SCOPED_TRACE(options);
-    const Outcome outcome = Tool("filters --from 96x64 --to 72x40 --role pre" + options);
-    listings.insert(outcome.out);
-    const std::vector<std::string> lines = Lines(outcome.out);
-    ASSERT_EQ(lines.size(), 1U + 17 + 17);
-    const Processor processor(PreProcInit, enhance, 0, soften);
-    if (longTaps) {
-      processor->SetTaps(1);
-      processor->SetEnhanceFilter(EnhanceLaplacian4, enhance, 7, 128, 0);
-    }
-    for (std::size_t phase = 0; phase < 16; ++phase) {
-      EXPECT_EQ(PrintedTaps(lines[2 + phase]), Taps(processor->horizontalFilter[phase], longTaps ? 16 : 8)) << phase;
-      EXPECT_EQ(PrintedTaps(lines[19 + phase]), Taps(processor->verticalFilter[phase], longTaps ? 8 : 4)) << phase;
-    }
+  const std::vector<std::string> lines = Lines(Tool("exposure in.y4m --json --skip 1").out);
+  ASSERT_EQ(lines.size(), 89U);
+  std::vector<std::string> names;
+  for (std::size_t i = 0; i < lines.size(); ++i) {
+    const nlohmann::json sample = nlohmann::json::parse(lines[i]);
+    EXPECT_EQ(sample.at("frame"), i);
+    EXPECT_NEAR(sample.at("seconds").get<double>(), static_cast<double>(i) / 30, 1e-6);
+    EXPECT_EQ(sample.at("brightness"), i < 39 ? 120.0 : 80.0);
+    if (sample.at("event") != "none") names.push_back(sample.at("event"));
   }
-  EXPECT_EQ(listings.size(), std::size(cases)) << "a setting has no effect";
+  EXPECT_EQ(names, (std::vector<std::string>{"settled", "drifted", "settled"}));
+}
+
+TEST_F(ToolTest, PrintsTheFiltersOfLuma) {
+  const std::vector<std::string> same = Lines(Tool("filters --from 640x480 --to 640x480").out);
+  EXPECT_EQ(same.at(1), "no filter: samples stay as they are");
+  const std::vector<std::string> half =
+      Lines(Tool("filters --from 640x480 --to 320x480 --filter bilinear --taps 8").out);
+  ASSERT_EQ(half.size(), 18U);
+  EXPECT_EQ(half[1], "Horizontal: up 1, down 2, 8 taps");
+  EXPECT_EQ(half[10], "*  8:    0    0   16   48   48   16    0    0  total 128");
+  const Outcome steps = Tool("filters --from 640x480 --to 64x480 --taps 8");
+  EXPECT_EQ(Lines(steps.out).at(1), "Horizontal halving: up 1, down 2, 8 taps");
+  EXPECT_NE(steps.out.find("Horizontal step: up 2, down 5, 8 taps"), std::string::npos) << steps.out;
+}
+
+TEST_F(ToolTest, RunsTheOlderObjectAsItIs) {
+  const FrameInfo info = {VIDPROC_FORMAT_UYVY, 96, 64, VIDPROC_SITING_LEFT};
+  const std::string in = RawFrames(info, 1);
+  Put("in.uyvy", in);
+  std::string source = in, out(std::size_t{144} * 40, '\0');
+  const auto bytes = [](std::string& frame) { return reinterpret_cast<unsigned char*>(frame.data()); };
+  void* handle = nullptr;
+  ASSERT_EQ(PreProcInit(&handle, 96, 64, 192, 72, 40, 144, 2, 0, 5), 1);
+  PreProcExecute(handle, bytes(source), bytes(out), 3, false, false, 70, 1, 64, 0);
+  PreProcCleanup(&handle);
+  const std::string sizes = " in.uyvy --input-res 96x64 --size 72x40";
+  EXPECT_TRUE(Made("object pre --enhance 2 --soften 5 --adaptive 3 --temporal 70:1" + sizes, "a.uyvy") == out);
+
+  source = in;
+  ASSERT_EQ(PostProcInit(&handle, 96, 64, 192, 72, 40, 144, 0, 0, 4), 1);
+  PostProcExecute(handle, bytes(source), bytes(out), 0, 64, 0);
+  PostProcCleanup(&handle);
+  EXPECT_TRUE(Made("object post --soften 4" + sizes, "b.uyvy") == out);
+  EXPECT_EQ(Made("object nv12 --synthetic-size 96x64 --frames 2 --size 48x33", "c.nv12").size(),
+            2U * (48 * 33 + 48 * 17));
 }
 
 }  // namespace

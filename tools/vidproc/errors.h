@@ -1,4 +1,4 @@
-// The tool's one exception: a line for the user and the exit status that goes with it.
+// What the tool tells its user: one line and an exit status for a failure, notes for everything that a result lacks.
 #pragma once
 
 #include <stdexcept>
@@ -25,5 +25,12 @@ inline ToolError CannotWrite(const std::string& name, const std::string& reason)
 inline ToolError BadUsage(const std::string& option, const std::string& reason) {
   return ToolError(kUsage, option + ": " + reason);
 }
+
+/// Prints "vidproc: note: TEXT" on standard error. Any thread.
+void Note(const std::string& text);
+/// From here on notes are not printed.
+void SilenceNotes();
+/// Prints "vidproc: TEXT" on standard error, without control characters that names of files may hold.
+void PrintError(const std::string& text);
 
 }  // namespace vidproc::tool

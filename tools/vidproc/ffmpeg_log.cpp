@@ -7,33 +7,51 @@ extern "C" {
 #include <libavutil/log.h>
 }
 
+#include <algorithm>
 #include <array>
 #include <cstdio>
 #include <mutex>
+#include <string>
 
 namespace vidproc::tool {
 namespace {
 
-std::mutex complaintMutex;  // decoders log from their own threads
-std::string complaint;
+struct Complaints {
+  std::mutex mutex;  // decoders and encoders log from their own threads
+  std::string demuxer;
+  std::string decoder;
+  std::string output;
+};
 
-/// What audio decoders, encoders, the muxer and converters say is nothing about the frames that come in.
-bool IsAboutInputFrames(const void* context) {
-  if (context == nullptr) return false;
+Complaints& Kept() {
+  static auto* const complaints = new Complaints;  // outlives every thread
+  return *complaints;
+}
+
+/// What audio decoders and converters say is nothing about the frames: null.
+std::string* PlaceFor(const void* context) {
+  if (context == nullptr) return nullptr;
   const AVClass* kind = *static_cast<const AVClass* const*>(context);
-  if (kind == avformat_get_class()) return static_cast<const AVFormatContext*>(context)->iformat != nullptr;
-  if (kind != avcodec_get_class()) return false;
+  if (kind == avformat_get_class()) {
+    return static_cast<const AVFormatContext*>(context)->iformat != nullptr ? &Kept().demuxer : &Kept().output;
+  }
+  if (kind != avcodec_get_class()) return nullptr;
   const auto* codec = static_cast<const AVCodecContext*>(context);
-  return codec->codec_type == AVMEDIA_TYPE_VIDEO && av_codec_is_decoder(codec->codec) != 0;
+  if (codec->codec_type != AVMEDIA_TYPE_VIDEO) return nullptr;
+  return av_codec_is_decoder(codec->codec) != 0 ? &Kept().decoder : &Kept().output;
 }
 
 void KeepFirst(void* context, int level, const char* format, va_list arguments) {
-  if (level > AV_LOG_ERROR || !IsAboutInputFrames(context)) return;
+  if (level > AV_LOG_ERROR) return;
+  const std::lock_guard lock(Kept().mutex);
+  std::string* const place = PlaceFor(context);
+  if (place == nullptr || !place->empty()) return;
   std::array<char, 256> text{};
   std::vsnprintf(text.data(), text.size(), format, arguments);
-  const std::lock_guard lock(complaintMutex);
-  if (complaint.empty()) complaint = text.data();
-  while (complaint.ends_with('\n') || complaint.ends_with('.')) complaint.pop_back();
+  *place = text.data();
+  while (place->ends_with('\n') || place->ends_with('.')) place->pop_back();
+  std::replace_if(
+      place->begin(), place->end(), [](char byte) { return byte < ' ' || byte > '~'; }, '?');
 }
 
 }  // namespace
@@ -41,13 +59,18 @@ void KeepFirst(void* context, int level, const char* format, va_list arguments) 
 void CaptureFfmpegLog() { av_log_set_callback(KeepFirst); }
 
 std::string InputComplaint() {
-  const std::lock_guard lock(complaintMutex);
-  return complaint;
+  const std::lock_guard lock(Kept().mutex);
+  return Kept().demuxer.empty() ? Kept().decoder : Kept().demuxer;
 }
 
-void ForgetInputComplaint() {
-  const std::lock_guard lock(complaintMutex);
-  complaint.clear();
+std::string OutputComplaint() {
+  const std::lock_guard lock(Kept().mutex);
+  return Kept().output;
+}
+
+void ForgetDecoderComplaint() {
+  const std::lock_guard lock(Kept().mutex);
+  Kept().decoder.clear();
 }
 
 }  // namespace vidproc::tool

@@ -1,5 +1,4 @@
-// FFmpeg explains failures in its log only; this keeps the first error line of the demuxer or a video decoder as a
-// reason and prints nothing.
+// FFmpeg explains failures in its log only; this keeps the first error lines as reasons and prints nothing.
 #pragma once
 
 #include <string>
@@ -8,8 +7,11 @@ namespace vidproc::tool {
 
 void CaptureFfmpegLog();
 
-/// The first error that was logged about the input, without its line end; empty when there was none.
+/// The first error that a demuxer or a video decoder has logged, without its line end and other control characters;
+/// empty when there was none.
 std::string InputComplaint();
-void ForgetInputComplaint();
+/// The same of encoders and muxers.
+std::string OutputComplaint();
+void ForgetDecoderComplaint();
 
 }  // namespace vidproc::tool

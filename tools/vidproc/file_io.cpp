@@ -1,4 +1,4 @@
-// Byte files and standard streams; see file_io.h.
+// Files that the tool writes; see file_io.h.
 #include "file_io.h"
 
 #include <fcntl.h>
@@ -6,121 +6,141 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <csignal>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
+#include <mutex>
+#include <set>
+#include <utility>
 
 #include "errors.h"
+#include "signals.h"
 
 namespace vidproc::tool {
 namespace {
 
-volatile std::sig_atomic_t interrupted = 0;
+namespace fs = std::filesystem;
 
-void OnInterrupt(int) { interrupted = 1; }
+std::mutex inputsMutex;
+std::set<std::pair<dev_t, ino_t>> inputs;
 
-bool IsRegularOrAbsent(const std::string& path) {
-  struct stat status {};
-  return stat(path.c_str(), &status) != 0 || S_ISREG(status.st_mode);
+bool Examine(const std::string& path, int standardStream, struct stat& status) {
+  return (path == "-" ? fstat(standardStream, &status) : stat(path.c_str(), &status)) == 0;
 }
 
-/// mkstemp makes files that only their owner can read; a result has the permissions of any new file.
-void GiveUsualPermissions(int descriptor) {
-  const mode_t mask = umask(0);
-  umask(mask);
-  fchmod(descriptor, 0666 & ~mask);
+/// Where a path leads, even if nothing is there yet.
+std::string FollowLinks(fs::path path) {
+  constexpr int kMaxLinks = 40;
+  std::error_code noLink;
+  for (int links = 0; links < kMaxLinks && fs::is_symlink(path, noLink); ++links) {
+    path = path.parent_path() / fs::read_symlink(path, noLink);
+  }
+  return path.string();
+}
+
+/// Can only be asked for by setting it, so not again beside other threads.
+mode_t FileModeMask() {
+  static const mode_t kMask = [] {
+    const mode_t mask = umask(0);
+    umask(mask);
+    return mask;
+  }();
+  return kMask;
 }
 
 }  // namespace
 
 std::string OutputName(const std::string& path) { return path == "-" ? "standard output" : path; }
 
-bool IsSameFile(const std::string& input, const std::string& result) {
-  struct stat in {
-  }, out{};
-  if ((input == "-" ? fstat(STDIN_FILENO, &in) : stat(input.c_str(), &in)) != 0) return false;
-  if ((result == "-" ? fstat(STDOUT_FILENO, &out) : stat(result.c_str(), &out)) != 0) return false;
-  return S_ISREG(in.st_mode) && in.st_dev == out.st_dev && in.st_ino == out.st_ino;
-}
-
-InputFile::InputFile(const std::string& path)
-    : name(path == "-" ? "standard input" : path), file(path == "-" ? stdin : std::fopen(path.c_str(), "rb")) {
-  if (!file) throw CannotRead(name, std::strerror(errno));
-  if (isatty(fileno(file.get()))) throw CannotRead(name, "it is a terminal; pipe a Y4M stream into it");
-}
-
-std::size_t InputFile::Read(void* data, std::size_t size) {
-  const std::size_t got = std::fread(data, 1, size, file.get());
-  if (got < size && std::ferror(file.get())) {
-    CheckInterrupted();
-    throw CannotRead(name, std::strerror(errno));
-  }
-  return got;
-}
-
-bool InputFile::ReadLine(std::string& line, std::size_t limit) {
-  line.clear();
-  for (char byte = 0; Read(&byte, 1) == 1;) {
-    if (byte == '\n') return true;
-    if (line.size() == limit)
-      throw CannotRead(name, "a header line is longer than " + std::to_string(limit) + " bytes");
-    line += byte;
-  }
-  return !line.empty();
-}
-
-std::int64_t InputFile::Size() const {
+void InputFiles::Add(const std::string& path) {
   struct stat status {};
-  return fstat(fileno(file.get()), &status) == 0 && S_ISREG(status.st_mode) ? status.st_size : 0;
+  if (!Examine(path, STDIN_FILENO, status) || !S_ISREG(status.st_mode)) return;
+  const std::lock_guard lock(inputsMutex);
+  inputs.emplace(status.st_dev, status.st_ino);
 }
 
-OutputFile::OutputFile(const std::string& path) : name(OutputName(path)), finalPath(path), workingPath(path) {
+bool InputFiles::Contain(const std::string& path) {
+  struct stat status {};
+  if (!Examine(path, STDOUT_FILENO, status)) return false;
+  const std::lock_guard lock(inputsMutex);
+  return inputs.contains({status.st_dev, status.st_ino});
+}
+
+OutputFile::OutputFile(const std::string& path) : name(OutputName(path)), finalPath(FollowLinks(path)) {
+  struct stat status {};
+  const bool exists = Examine(path, STDOUT_FILENO, status);
+  if (InputFiles::Contain(path)) throw ToolError(kUsage, name + ": is the file that is read; name another output");
   if (path == "-") {
     descriptor = dup(STDOUT_FILENO);
-  } else if (IsRegularOrAbsent(path)) {
-    std::error_code ignored;  // a link keeps pointing at the new file
-    if (std::filesystem::is_symlink(path, ignored)) finalPath = std::filesystem::weakly_canonical(path, ignored);
-    workingPath = finalPath + ".XXXXXX";
-    descriptor = mkstemp(workingPath.data());
-    if (descriptor >= 0) GiveUsualPermissions(descriptor);
-  } else {
+  } else if (exists && S_ISREG(status.st_mode) && (status.st_mode & 0222) == 0) {
+    throw CannotWrite(name, "it is write-protected; chmod it or name another output");
+  } else if (exists && !S_ISREG(status.st_mode)) {
     descriptor = open(path.c_str(), O_WRONLY | O_CLOEXEC);
+  } else {
+    MakeTemporary();
+    if (exists && descriptor >= 0) {
+      [[maybe_unused]] const int ownerIsKept = fchown(descriptor, status.st_uid, status.st_gid);  // by root only
+      fchmod(descriptor, status.st_mode & 07777);
+    }
   }
   if (descriptor < 0) throw CannotWrite(name, std::strerror(errno));
 }
 
-OutputFile::~OutputFile() {
-  if (descriptor >= 0) close(descriptor);
-  if (workingPath != finalPath) unlink(workingPath.c_str());
+/// mkostemp makes files that only their owner can read; a new result has the permissions of any new file.
+void OutputFile::MakeTemporary() {
+  const fs::path directory = fs::path(finalPath).parent_path();
+  workingPath = (directory / ".vidproc-XXXXXX").string();
+  descriptor = mkostemp(workingPath.data(), O_CLOEXEC);
+  if (descriptor < 0) {
+    workingPath.clear();
+    return;
+  }
+  AddUnfinishedFile(workingPath);
+  fchmod(descriptor, 0666 & ~FileModeMask());
 }
 
-void OutputFile::Write(const void* data, std::size_t size) {
+OutputFile::~OutputFile() {
+  if (descriptor >= 0) close(descriptor);
+  if (IsTemporary()) EndUnfinishedFile(workingPath, "");
+}
+
+int OutputFile::TryWrite(const void* data, std::size_t size) {
   const char* next = static_cast<const char*>(data);
   while (size > 0) {
     const ssize_t written = write(descriptor, next, size);
-    if (written < 0) {
-      CheckInterrupted();
-      if (errno == EINTR) continue;
-      throw CannotWrite(name, std::strerror(errno));
-    }
+    if (written < 0 && errno == EINTR) continue;
+    if (written < 0) return errno;
     next += written;
     size -= static_cast<std::size_t>(written);
   }
+  return 0;
+}
+
+void OutputFile::Write(const void* data, std::size_t size) {
+  if (const int error = TryWrite(data, size); error != 0) throw CannotWrite(name, std::strerror(error));
+}
+
+off_t OutputFile::Seek(off_t offset, int whence) { return lseek(descriptor, offset, whence); }
+
+void OutputFile::Restart() {
+  if (!IsTemporary()) return;
+  if (ftruncate(descriptor, 0) != 0 || Seek(0, SEEK_SET) != 0) throw CannotWrite(name, std::strerror(errno));
 }
 
 void OutputFile::Close() {
-  if (descriptor < 0) return;
-  const int closing = descriptor;
-  descriptor = -1;
-  if (close(closing) != 0) throw CannotWrite(name, std::strerror(errno));
+  const int closing = std::exchange(descriptor, -1);
+  if (closing >= 0 && close(closing) != 0) throw CannotWrite(name, std::strerror(errno));
 }
 
 void OutputFile::Commit() {
   Close();
-  if (workingPath == finalPath) return;
-  if (std::rename(workingPath.c_str(), finalPath.c_str()) != 0) throw CannotWrite(name, std::strerror(errno));
-  workingPath = finalPath;
+  if (!IsTemporary()) return;
+  if (InputFiles::Contain(finalPath)) throw CannotWrite(name, "it has been read in the meantime");
+  if (const int error = EndUnfinishedFile(workingPath, finalPath); error != 0) {
+    throw CannotWrite(name, std::strerror(error));
+  }
+  workingPath.clear();
 }
 
 void PrintLine(const std::string& line) {
@@ -130,20 +150,7 @@ void PrintLine(const std::string& line) {
 
 void FlushStandardOutput() {
   if (std::fflush(stdout) == 0 && std::ferror(stdout) == 0) return;
-  CheckInterrupted();
   throw CannotWrite(OutputName("-"), std::strerror(errno));
-}
-
-void CatchInterrupts() {
-  struct sigaction action {};
-  action.sa_handler = OnInterrupt;
-  action.sa_flags = static_cast<int>(SA_RESETHAND);  // a second signal ends the process at once
-  sigaction(SIGINT, &action, nullptr);
-  sigaction(SIGTERM, &action, nullptr);
-}
-
-void CheckInterrupted() {
-  if (interrupted) throw ToolError(kFailure, "interrupted; no output was kept");
 }
 
 }  // namespace vidproc::tool

@@ -1,12 +1,11 @@
-// Byte files for the plain formats, and lines on standard output. An output file is written under a temporary name
-// beside its own and takes its own name only when everything is done, so that a failed run leaves nothing that looks
-// like a result.
+// Files that the tool writes, and lines on standard output. A file is written under a temporary name beside its own
+// and takes its own name only when everything is done, so that a failed run leaves nothing that looks like a result.
 #pragma once
+
+#include <sys/types.h>
 
 #include <cstddef>
 #include <cstdint>
-#include <cstdio>
-#include <memory>
 #include <string>
 
 namespace vidproc::tool {
@@ -14,54 +13,45 @@ namespace vidproc::tool {
 /// How messages call a path: "-" is standard output.
 std::string OutputName(const std::string& path);
 
-/// True where the input's path and a result's lead to one regular file, whatever links lie between; "-" is standard
-/// input and standard output.
-bool IsSameFile(const std::string& input, const std::string& result);
-
-class InputFile {
+/// Files that are read and that no result may replace, whatever names and links lead to them.
+class InputFiles {
  public:
-  /// "-" reads standard input. Throws ToolError.
-  explicit InputFile(const std::string& path);
-  /// Reads up to `size` bytes; fewer only at the end of the file. Throws ToolError on a read error.
-  std::size_t Read(void* data, std::size_t size);
-  /// Reads up to a line end, which is not kept; false at the end of the file. A line beyond `limit` bytes throws.
-  bool ReadLine(std::string& line, std::size_t limit);
-  /// 0 when not known (pipes).
-  std::int64_t Size() const;
-  const std::string& Name() const { return name; }
-
- private:
-  struct Closer {
-    void operator()(std::FILE* file) const {
-      if (file != stdin) std::fclose(file);
-    }
-  };
-  std::string name;
-  std::unique_ptr<std::FILE, Closer> file;
+  /// "-" is standard input.
+  static void Add(const std::string& path);
+  /// Whether a result's path leads to one of them; "-" is standard output.
+  static bool Contain(const std::string& path);
 };
 
 class OutputFile {
  public:
-  /// "-" writes standard output. Devices and pipes are written directly. Throws ToolError.
+  /// "-" writes standard output. Devices and pipes are written directly, symbolic links followed. An existing file's
+  /// mode and owner are kept. Throws ToolError, also for a file that is read.
   explicit OutputFile(const std::string& path);
   ~OutputFile();
   OutputFile(const OutputFile&) = delete;
   OutputFile& operator=(const OutputFile&) = delete;
 
-  void Write(const void* data, std::size_t size);
   void Write(const std::string& text) { Write(text.data(), text.size()); }
+  void Write(const void* data, std::size_t size);
+  /// @return 0 or an errno
+  int TryWrite(const void* data, std::size_t size);
+  /// As lseek.
+  off_t Seek(off_t offset, int whence);
+  /// Forgets what has been written.
+  void Restart();
   /// Closes the file and reports what the system kept back until then.
   void Close();
   /// Closes and gives the file its name.
   void Commit();
-  /// Where the bytes go until Commit, for libraries that open files themselves.
-  const std::string& WorkingPath() const { return workingPath; }
   const std::string& Name() const { return name; }
 
  private:
+  bool IsTemporary() const { return !workingPath.empty(); }
+  void MakeTemporary();
+
   std::string name;
   std::string finalPath;
-  std::string workingPath;  ///< equals finalPath for devices and pipes
+  std::string workingPath;  ///< empty for devices and pipes
   int descriptor = -1;
 };
 
@@ -70,10 +60,5 @@ class OutputFile {
 void PrintLine(const std::string& line);
 /// Throws ToolError unless standard output has taken everything that was ever printed.
 void FlushStandardOutput();
-
-/// From here on an interrupt or a termination signal only raises a flag, so that temporary files are removed.
-void CatchInterrupts();
-/// Throws ToolError when such a signal has come.
-void CheckInterrupted();
 
 }  // namespace vidproc::tool

@@ -1,30 +1,42 @@
-// Where frames come from: any file that libavformat opens, Y4M, raw frames or the synthetic scene, behind one class
-// that hands them out as the library takes them.
+// Where frames come from: any file that libavformat opens or the synthetic scene, behind one class that hands frames
+// out upright, in a format that the library takes, and with all their colour tags.
 #pragma once
 
 #include <memory>
+#include <optional>
+#include <span>
+#include <string>
+#include <utility>
+#include <vector>
 
 #include "ffmpeg_handles.h"
+#include "frame_converter.h"
 #include "options.h"
 #include "picture.h"
-#include "picture_converter.h"
 
 namespace vidproc::tool {
 
-/// One kind of input. Next fills or replaces the frame and returns false at the clean end of the stream; damage throws.
+/// One kind of input.
 class FrameSource {
  public:
   virtual ~FrameSource() = default;
+  /// Fills or replaces the frame; false at the clean end of the stream. Damage throws ToolError.
   virtual bool Next(AVFrame& frame) = 0;
+  /// Ends a Next that waits for input. Any thread.
+  virtual void GiveUp() {}
   const StreamInfo& Info() const { return info; }
+  /// Packets of sound that have come between the frames.
+  std::vector<PacketPtr> TakeSound() { return std::exchange(sound, {}); }
+  /// Filters of libavfilter that turn the frames upright; empty where they are.
+  const std::string& Upright() const { return upright; }
 
  protected:
   StreamInfo info;
+  std::vector<PacketPtr> sound;
+  std::string upright;
 };
 
-std::unique_ptr<FrameSource> OpenDecoder(const std::string& path);
-std::unique_ptr<FrameSource> OpenY4m(const std::string& path);
-std::unique_ptr<FrameSource> OpenRaw(const std::string& path, const std::string& format, Size size);
+std::unique_ptr<FrameSource> OpenDecoder(const InputOptions& options);
 std::unique_ptr<FrameSource> OpenSyntheticScene(Size size, std::uint32_t seed, double noise);
 
 /// Fields that every frame of a source without its own frame objects shares; the bytes are borrowed.
@@ -33,18 +45,35 @@ void DescribeFrame(const StreamInfo& info, AVPixelFormat format, const std::uint
 
 class FrameReader {
  public:
-  FrameReader(const InputOptions& options, Layout layout);
+  /// Opens the input and reads its first frame. What frames lose on the way is noted. Throws ToolError.
+  /// @param accepted  formats that need no conversion; others become one of these
+  FrameReader(const InputOptions& options, std::span<const AVPixelFormat> accepted);
+  /// As the first frame and its container have it.
   const StreamInfo& Info() const { return info; }
-  /// At the end of the stream the picture keeps the last frame and the result is false.
-  bool Read(Picture& picture);
+  /// The next frame with rising time stamps, the first one's being 0; null at the end.
+  FramePtr Read();
+  /// Packets of sound that belong before the next frame, on the same clock.
+  std::vector<PacketPtr> TakeSound();
+  void GiveUp() { source->GiveUp(); }
 
  private:
+  FramePtr Decode();
+  void Describe(const AVFrame& first, std::span<const AVPixelFormat> accepted);
+  void AssumeColour(const AVFrame& first);
+  void NoteLosses(const AVFrame& first) const;
+  void Stamp(AVFrame& frame);
+
   std::unique_ptr<FrameSource> source;
   StreamInfo info;
-  PictureConverter converter;
-  FramePtr frame;
+  std::optional<FrameConverter> converter;  ///< absent where frames go in as they are
+  FramePtr next;
+  Size decodedSize;
+  bool hasSkipped;
   std::int64_t limit;
   std::int64_t framesRead = 0;
+  std::int64_t framesDecoded = 0;
+  std::int64_t firstStamp = 0;
+  std::int64_t lastStamp = 0;
 };
 
 }  // namespace vidproc::tool

@@ -1,37 +1,59 @@
-// Where frames go, by the ending of the output's name: Y4M, raw frames, lossless Matroska, H.264 in MP4, one PNG.
+// Frames into a file by libavformat and an encoder: containers, Y4M, raw frames, pictures, checksums, nothing at all.
 #pragma once
 
-#include <memory>
+#include <cstdint>
+#include <map>
+#include <optional>
 #include <string>
 
-#include "file_io.h"
+#include "ffmpeg_handles.h"
+#include "frame_converter.h"
+#include "muxer_files.h"
+#include "options.h"
+#include "output_format.h"
 #include "picture.h"
 
 namespace vidproc::tool {
 
 class FrameWriter {
  public:
-  explicit FrameWriter(const std::string& path) : file(path) {}
-  virtual ~FrameWriter() = default;
-  virtual void Write(const Picture& picture) = 0;
-  /// Writes what is still held back and closes the file; whatever can go wrong has gone wrong by then.
-  virtual void Finish() { file.Close(); }
-  /// Gives the finished file its name.
-  void Commit() { file.Commit(); }
+  /// `stream` describes the frames to be written, which are of its format, and the sound beside them. Throws ToolError.
+  FrameWriter(const OutputOptions& options, const OutputFormat& format, const StreamInfo& stream);
 
- protected:
-  OutputFile file;
+  void Write(const AVFrame& frame);
+  /// A packet of one of the container's streams of sound.
+  void WriteSound(AVPacket& packet);
+  /// Writes what is still held back and closes the files; whatever can go wrong has gone wrong by then.
+  void Finish();
+  /// Gives the finished files their names.
+  void Commit() { files.Commit(); }
+
+ private:
+  struct Sound {
+    int index;  ///< of the output's stream
+    AVRational timeBase;
+  };
+
+  void Check(int result) const;
+  void OpenCodec(const OutputOptions& options, const AVCodec& codec);
+  void AddSound();
+  FramePtr ForCodec(const AVFrame& frame);
+  void Drain();
+  void NoteVaryingRate() const;
+
+  StreamInfo info;
+  std::string name;
+  AVPixelFormat pixelFormat;
+  std::optional<FrameConverter> converter;
+  MuxerFiles files;
+  FormatPtr muxer;
+  CodecPtr encoder;
+  PacketPtr packet;
+  AVStream* video = nullptr;
+  std::map<int, Sound> sounds;  ///< by the container's stream
+  std::int64_t frames = 0;
+  double worstDelay = 0;  ///< of a time stamp against a constant rate, in frames
+  double lastSecond = 0;  ///< end of the last frame by its time stamp
 };
-
-/// Throws ToolError with status 2 when the ending is unknown or does not go with the layout.
-void CheckOutputName(const std::string& path, Layout layout);
-/// Throws ToolError with status 2 when the format does not go with the size.
-void CheckOutputSize(const std::string& path, Size size);
-bool WritesOneFrame(const std::string& path);
-
-/// `info` describes the frames to be written.
-std::unique_ptr<FrameWriter> OpenWriter(const std::string& path, const StreamInfo& info, Layout layout);
-
-std::unique_ptr<FrameWriter> OpenEncoder(const std::string& path, const StreamInfo& info, Layout layout);
 
 }  // namespace vidproc::tool

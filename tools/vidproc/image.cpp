@@ -1,15 +1,22 @@
 // See image.h.
 #include "image.h"
 
+extern "C" {
+#include <libavutil/imgutils.h>
+}
+
 #include "errors.h"
-#include "picture_converter.h"
+#include "frame_converter.h"
 
 namespace vidproc::tool {
 
 drawing::Canvas ToCanvas(const AVFrame& frame) {
+  const ColourTags rgb = {.matrix = AVCOL_SPC_RGB, .range = AVCOL_RANGE_JPEG};
+  FrameConverter converter("", AV_PIX_FMT_0RGB32, rgb);
+  const FramePtr pixels = converter.Convert(FramePtr(OrBadAlloc(av_frame_clone(&frame))));
   drawing::Canvas canvas(frame.width, frame.height);
-  FramePtr pixels = WrapFrame(AV_PIX_FMT_0RGB32, {frame.width, frame.height}, canvas.Pixels());
-  Scaler().Convert(frame, *pixels);
+  av_image_copy_plane(canvas.Pixels(), canvas.RowBytes(), pixels->data[0], pixels->linesize[0], 4 * frame.width,
+                      frame.height);
   canvas.PixelsChanged();
   return canvas;
 }

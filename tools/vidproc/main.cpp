@@ -1,6 +1,4 @@
 // vidproc: the library from the command line.
-#include <csignal>
-#include <cstdio>
 #include <exception>
 #include <new>
 #include <optional>
@@ -10,6 +8,7 @@
 #include "ffmpeg_log.h"
 #include "file_io.h"
 #include "options.h"
+#include "signals.h"
 
 namespace vidproc::tool {
 namespace {
@@ -17,11 +16,11 @@ namespace {
 void Run(int argc, char** argv) {
   const std::optional<Options> options = ParseOptions(argc, argv);
   if (!options) return;
-  if (options->cpu) CapLevel(*options->cpu);
+  if (options->quiet) SilenceNotes();
   switch (options->command) {
     case Command::kPre:
     case Command::kPost:
-    case Command::kNv12:
+    case Command::kObject:
       return RunFrames(*options);
     case Command::kExposure:
       return RunExposure(*options);
@@ -37,21 +36,19 @@ void Run(int argc, char** argv) {
 
 int main(int argc, char** argv) {
   using namespace vidproc::tool;
-  std::signal(SIGPIPE, SIG_IGN);  // a closed pipe and a file at its size limit are write errors like any other
-  std::signal(SIGXFSZ, SIG_IGN);
-  CatchInterrupts();
+  HandleSignals();
   CaptureFfmpegLog();
   try {
     Run(argc, argv);
     FlushStandardOutput();
     return kSuccess;
   } catch (const ToolError& error) {
-    std::fprintf(stderr, "vidproc: %s%s\n", error.what(), error.status == kUsage ? " (see --help)" : "");
+    PrintError(std::string(error.what()) + (error.status == kUsage ? " (see --help)" : ""));
     return error.status;
   } catch (const std::bad_alloc&) {
-    std::fputs("vidproc: not enough memory for frames of this size\n", stderr);
+    PrintError("not enough memory for frames of this size");
   } catch (const std::exception& error) {
-    std::fprintf(stderr, "vidproc: %s\n", error.what());
+    PrintError(error.what());
   }
   return kFailure;
 }

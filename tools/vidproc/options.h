@@ -4,81 +4,79 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <vidproc/vidproc.hpp>
 
-#include "levels/cpu_level.h"
 #include "picture.h"
 
 namespace vidproc::tool {
 
-enum class Command { kPre, kPost, kNv12, kExposure, kFilters, kInfo };
-
-/// The frames that pre, post and exposure or nv12 work on.
-inline Layout LayoutOf(Command command) { return command == Command::kNv12 ? Layout::kNv12 : Layout::kUyvy; }
+enum class Command { kPre, kPost, kExposure, kFilters, kInfo, kObject };
 
 struct InputOptions {
   std::string path;  ///< empty: the synthetic scene; "-": standard input
   bool synthetic = false;
   Size syntheticSize{1280, 720};
-  std::int64_t syntheticNoise = 100;  ///< percent of a webcam's
-  std::string rawFormat;              ///< empty, "uyvy422" or "nv12"
+  std::int64_t syntheticNoise = 100;          ///< percent of a webcam's
+  AVPixelFormat rawFormat = AV_PIX_FMT_NONE;  ///< other than none: frames without a container
   Size rawSize;
+  std::string frameRate;  ///< of raw frames and pictures; empty: as the demuxer has it
+  std::int64_t skip = 0;
   std::int64_t frames = 0;  ///< 0: all
   std::int64_t seed = 1;
 };
 
+/// 0: by the picture's shape; both 0: the input's size.
+struct SizeRequest {
+  int width = 0;
+  int height = 0;
+};
+
+enum class Fit { kShrink, kPad, kCrop, kStretch };
+
 struct OutputOptions {
-  std::string path;  ///< empty: none; "-": Y4M on standard output
-  Size size;         ///< zero: the input's
+  std::string path;    ///< empty: none; "-": standard output
+  std::string muxer;   ///< empty: by the ending
+  std::string codec;   ///< empty: the muxer's
+  std::string effort;  ///< of libx264 and libx265, one of their presets; empty: their default
+  std::optional<double> crf;
+  AVPixelFormat format = AV_PIX_FMT_NONE;  ///< none: what the codec takes and the input is nearest to
+  SizeRequest size;
+  Fit fit = Fit::kShrink;
   std::string comparePath;
   std::string statsPath;
-  bool md5 = false;
-  bool TakesStandardOutput() const { return path == "-" || comparePath == "-" || statsPath == "-"; }
+  std::string md5Path;
 };
 
-struct ScalerOptions {
-  std::int64_t enhance = 0;
-  std::int64_t soften = 0;
-  std::int64_t dither = 0;
-};
-
-struct Temporal {
-  int strength = 80;
-  int shift = 3;
-};
-
-struct LumaShift {
-  int gain = 64;
-  int offset = 0;
-};
-
-struct PreOptions {
-  std::int64_t adaptive = 0;
+/// Settings of the processor object, whose values are explained in its header.
+struct ObjectOptions {
+  enum class Kind { kPre, kPost, kNv12 } kind = Kind::kPre;
+  int enhance = 0;
+  int soften = 0;
+  int dither = 0;
+  int adaptive = 0;
   bool taps16 = false;
   bool motionSmoothing = false;
-  std::optional<Temporal> temporal;
-  std::optional<LumaShift> luma;
-};
-
-struct FiltersOptions {
-  Size from;
-  Size to;
-  bool post = false;
+  int temporalStrength = 80;
+  int temporalShift = 3;
+  int deblock = 0;
 };
 
 struct Options {
   Command command = Command::kInfo;
   InputOptions input;
   OutputOptions output;
-  ScalerOptions scaler;
-  PreOptions pre;
-  FiltersOptions filters;
-  std::int64_t deblock = 0;  ///< 0 or 21..51
-  bool json = false;         ///< exposure
-  std::string plotPath;      ///< exposure, filters
-  std::optional<Level> cpu;
+  vidproc::PreOptions pre{"webcam"};    ///< without formats and sizes
+  vidproc::PostOptions post{"camera"};  ///< the same
+  ObjectOptions object;
+  Size from;  ///< filters
+  Size to;
+  bool json = false;     ///< exposure
+  std::string plotPath;  ///< exposure, filters
+  bool quiet = false;
 };
 
-/// Nothing when --help or --version has been answered. Throws ToolError with status 2 on bad usage.
+/// Nothing when --help, --version or a page has been asked for and printed. Throws ToolError with status 2 on bad
+/// usage.
 std::optional<Options> ParseOptions(int argc, char** argv);
 
 }  // namespace vidproc::tool

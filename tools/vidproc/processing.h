@@ -1,31 +1,36 @@
-// The library's three uses as frame-to-frame steps, each driven through the public header.
+// What is done to every frame.
 #pragma once
 
 #include <cstdint>
 #include <memory>
-#include <string>
+#include <optional>
 
+#include "frame_converter.h"
+#include "frame_shape.h"
+#include "library_frame.h"
 #include "options.h"
-#include "picture.h"
 
 namespace vidproc::tool {
 
 class Processing {
  public:
   virtual ~Processing() = default;
-  /// `output` is resized as needed; `input` is left as it is.
-  virtual void Run(const Picture& input, Picture& output) = 0;
-  /// What runs for every frame, for statistics.
-  const std::string& Kernel() const { return kernel; }
+  /// A new frame with the input's time stamp.
+  virtual FramePtr Run(const AVFrame& input) = 0;
   /// Time that the library took for the last frame.
   std::int64_t Nanoseconds() const { return nanoseconds; }
+  /// The input's noise in hundredths of a luma level, where the settings make the library estimate it.
+  virtual std::optional<int> Noise() { return std::nullopt; }
 
  protected:
-  std::string kernel;
   std::int64_t nanoseconds = 0;
 };
 
-/// Throws ToolError; settings that cannot act on these sizes are told on standard error.
-std::unique_ptr<Processing> MakeProcessing(const Options& options, Size from, Size to);
+/// pre and post. Throws ToolError for settings that the library refuses.
+std::unique_ptr<Processing> MakeProcessing(const Options& options, const StreamInfo& input, const FrameShape& shape,
+                                           AVPixelFormat outputFormat);
+
+/// The processor object's own routes. Frames are 2vuy (UYVY), of kNv12 NV12, and of even width.
+std::unique_ptr<Processing> MakeObjectProcessing(const Options& options, const FrameShape& shape);
 
 }  // namespace vidproc::tool

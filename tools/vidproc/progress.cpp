@@ -6,10 +6,11 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
+#include <vidproc/vidproc.hpp>
 
 namespace vidproc::tool {
 
-Progress::Progress(std::int64_t total) : total(total), shown(isatty(STDERR_FILENO) != 0) {}
+Progress::Progress(std::int64_t total, bool isQuiet) : total(total), shown(!isQuiet && isatty(STDERR_FILENO) != 0) {}
 
 Progress::~Progress() { Clear(); }
 
@@ -18,6 +19,13 @@ double Progress::Seconds() const { return std::chrono::duration<double>(Clock::n
 void Progress::Clear() {
   if (onScreen) std::fputs("\r\033[K", stderr);
   onScreen = false;
+}
+
+void Progress::Summarise(const std::string& size) {
+  Clear();
+  if (!shown) return;
+  std::fprintf(stderr, "%lld frames of %s in %.2f s (%s)\n", static_cast<long long>(frames), size.c_str(), Seconds(),
+               vidproc_level());
 }
 
 void Progress::FrameDone() {

@@ -3,22 +3,25 @@
 
 #include <chrono>
 #include <cstdint>
+#include <string>
 
 namespace vidproc::tool {
 
 class Progress {
  public:
   /// `total` 0: not known.
-  explicit Progress(std::int64_t total);
+  Progress(std::int64_t total, bool isQuiet);
   ~Progress();
   void FrameDone();
   std::int64_t Frames() const { return frames; }
-  double Seconds() const;
-  bool Shown() const { return shown; }
   /// Removes the line, before other text.
   void Clear();
+  /// Replaces the line by a last one.
+  void Summarise(const std::string& size);
 
  private:
+  double Seconds() const;
+
   using Clock = std::chrono::steady_clock;
   std::int64_t total;
   std::int64_t frames = 0;

@@ -3,7 +3,6 @@
 #include <array>
 #include <cmath>
 #include <cstdio>
-#include <memory>
 #include <nlohmann/json.hpp>
 #include <optional>
 #include <string>
@@ -14,50 +13,50 @@
 #include "file_io.h"
 #include "frame_reader.h"
 #include "image.h"
+#include "library_frame.h"
 #include "plot.h"
 #include "progress.h"
-#include "vidproc/video_processor.h"
 
 namespace vidproc::tool {
 namespace {
 
-constexpr int kSettled = 0;
-
 struct Sample {
   std::int64_t frame = 0;
   double seconds = 0;
-  int result = -1;
+  vidproc_exposure_event event = VIDPROC_EXPOSURE_NONE;
   double brightness = 0;
 };
 
-class Watcher {
- public:
-  explicit Watcher(Size size) {
-    VidProcAdjustAutoExposureInit(&handle, size.width, size.height, 0);
-    if (handle == nullptr) throw ToolError(kFailure, "the library refused to watch frames of " + ToString(size));
-  }
-  ~Watcher() { VidProcAdjustAutoExposureCleanup(&handle); }
-  Watcher(const Watcher&) = delete;
-  Watcher& operator=(const Watcher&) = delete;
-  int Watch(Picture& picture) { return VidProcAdjustAutoExposure(handle, picture.bytes.data()); }
-
- private:
-  void* handle = nullptr;
-};
-
-double MeanLuma(const Picture& picture) {
+double MeanLuma(const AVFrame& frame) {
+  const bool isUyvy = frame.format == AV_PIX_FMT_UYVY422;
+  const bool isPacked = isUyvy || frame.format == AV_PIX_FMT_YUYV422;
   std::uint64_t sum = 0;
-  for (std::size_t i = 1; i < picture.bytes.size(); i += 2) sum += picture.bytes[i];
-  return static_cast<double>(sum) / static_cast<double>(picture.LumaBytes());
+  for (int y = 0; y < frame.height; ++y) {
+    const std::uint8_t* luma = frame.data[0] + std::ptrdiff_t{y} * frame.linesize[0] + (isUyvy ? 1 : 0);
+    for (int x = 0; x < frame.width; ++x) sum += luma[isPacked ? 2 * x : x];
+  }
+  return static_cast<double>(sum) / (static_cast<double>(frame.width) * frame.height);
 }
 
-const char* EventName(int result) { return result == kSettled ? "settled" : "drifted"; }
-drawing::Rgb EventColour(int result) { return result == kSettled ? kGreen : kRed; }
+const char* EventName(vidproc_exposure_event event) {
+  return event == VIDPROC_EXPOSURE_SETTLED ? "settled" : event == VIDPROC_EXPOSURE_DRIFTED ? "drifted" : "none";
+}
+drawing::Rgb EventColour(vidproc_exposure_event event) { return event == VIDPROC_EXPOSURE_SETTLED ? kGreen : kRed; }
+
+vidproc::Exposure MakeWatcher(const StreamInfo& info) {
+  vidproc::ExposureOptions options;
+  options.input = InfoOf(info.format, info.size, info.colour.chromaLocation);
+  try {
+    return vidproc::Exposure(options);
+  } catch (const vidproc::Error& error) {
+    throw CannotRead(info.name, error.what());
+  }
+}
 
 std::string JsonLine(const Sample& sample) {
   const nlohmann::ordered_json line = {{"frame", sample.frame},
                                        {"seconds", std::round(sample.seconds * 1e6) / 1e6},
-                                       {"result", sample.result},
+                                       {"event", EventName(sample.event)},
                                        {"brightness", std::round(sample.brightness * 100) / 100}};
   return line.dump();
 }
@@ -65,7 +64,7 @@ std::string JsonLine(const Sample& sample) {
 std::string EventLine(const Sample& sample) {
   std::array<char, 128> text{};
   std::snprintf(text.data(), text.size(), "%9.3f s  frame %5lld  %s, brightness %.1f", sample.seconds,
-                static_cast<long long>(sample.frame), EventName(sample.result), sample.brightness);
+                static_cast<long long>(sample.frame), EventName(sample.event), sample.brightness);
   return text.data();
 }
 
@@ -83,13 +82,13 @@ drawing::Canvas PlotBrightness(const std::vector<Sample>& samples, const std::st
   curve.reserve(samples.size());
   for (const Sample& sample : samples) curve.push_back({sample.seconds, sample.brightness});
   for (const Sample& sample : samples) {
-    if (sample.result >= 0) chart.VerticalLine(sample.seconds, EventColour(sample.result));
+    if (sample.event != VIDPROC_EXPOSURE_NONE) chart.VerticalLine(sample.seconds, EventColour(sample.event));
   }
   chart.Curve(curve, kBlue, 2.5);
   int events = 0;  // neighbours stand on different lines
   for (const Sample& sample : samples) {
-    if (sample.result < 0) continue;
-    chart.Label(sample.seconds, EventColour(sample.result), EventName(sample.result), events++ % 3);
+    if (sample.event == VIDPROC_EXPOSURE_NONE) continue;
+    chart.Label(sample.seconds, EventColour(sample.event), EventName(sample.event), events++ % 3);
   }
   return picture;
 }
@@ -97,33 +96,29 @@ drawing::Canvas PlotBrightness(const std::vector<Sample>& samples, const std::st
 }  // namespace
 
 void RunExposure(const Options& options) {
-  FrameReader reader(options.input, Layout::kUyvy);
+  FrameReader reader(options.input, kLibraryFormats);
   const StreamInfo& info = reader.Info();
-  Watcher watcher(info.size);
+  vidproc::Exposure watcher = MakeWatcher(info);
   std::optional<OutputFile> plot;
   if (!options.plotPath.empty()) plot.emplace(options.plotPath);
 
   std::vector<Sample> samples;
-  Picture picture;
-  Progress progress(info.frameCount);
-  int events = 0;
-  while (reader.Read(picture)) {
-    CheckInterrupted();
-    const Sample sample{progress.Frames(), static_cast<double>(picture.pts) * av_q2d(info.timeBase),
-                        watcher.Watch(picture), MeanLuma(picture)};
-    const bool event = sample.result >= 0;
-    if (event || options.json) {
+  Progress progress(info.frameCount, options.quiet);
+  bool hasEvents = false;
+  while (const FramePtr frame = reader.Read()) {
+    const Sample sample{progress.Frames(), static_cast<double>(frame->pts) * av_q2d(info.timeBase),
+                        watcher.Process(InputOf(*frame, {0, 0, info.size})), MeanLuma(*frame)};
+    const bool isEvent = sample.event != VIDPROC_EXPOSURE_NONE;
+    hasEvents = hasEvents || isEvent;
+    if (isEvent || options.json) {
       progress.Clear();
       PrintLine(options.json ? JsonLine(sample) : EventLine(sample));
     }
-    events += event ? 1 : 0;
     if (plot) samples.push_back(sample);
     progress.FrameDone();
   }
   progress.Clear();
-  if (!options.json && events == 0) {
-    PrintLine("no event in " + std::to_string(progress.Frames()) + " frames");
-  }
+  if (!options.json && !hasEvents) PrintLine("no event in " + std::to_string(progress.Frames()) + " frames");
   if (plot) {
     WritePng(*plot, PlotBrightness(samples, info.name));
     plot->Commit();

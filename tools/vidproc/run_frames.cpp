@@ -1,20 +1,23 @@
-// pre, post and nv12: read, process, write, and keep count.
-extern "C" {
-#include <libavutil/md5.h>
-#include <libavutil/mem.h>
-}
-
-#include <array>
+// pre, post and object: frames are read, processed and written, each by a thread of its own.
+#include <cmath>
 #include <cstdio>
+#include <exception>
 #include <memory>
 #include <nlohmann/json.hpp>
 #include <optional>
+#include <string>
+#include <thread>
+#include <utility>
+#include <variant>
+#include <vector>
 
 #include "commands.h"
 #include "compare_picture.h"
 #include "errors.h"
 #include "file_io.h"
+#include "frame_queue.h"
 #include "frame_reader.h"
+#include "frame_shape.h"
 #include "frame_writer.h"
 #include "image.h"
 #include "processing.h"
@@ -23,101 +26,161 @@ extern "C" {
 namespace vidproc::tool {
 namespace {
 
-/// MD5 over the frames' bytes, the same as md5sum gives for raw output.
-class FrameDigest {
- public:
-  FrameDigest() : state(OrBadAlloc(av_md5_alloc())) { av_md5_init(state.get()); }
-  void Add(const Picture& picture) { av_md5_update(state.get(), picture.bytes.data(), picture.bytes.size()); }
-  std::string Text() {
-    std::array<std::uint8_t, 16> sum{};
-    av_md5_final(state.get(), sum.data());
-    std::string text;
-    for (const std::uint8_t byte : sum) {
-      text += "0123456789abcdef"[byte >> 4];
-      text += "0123456789abcdef"[byte & 15];
+/// A frame, or a packet of sound that belongs before the next one.
+using Item = std::variant<FramePtr, PacketPtr>;
+using ItemQueue = BoundedQueue<Item>;
+using Writers = std::vector<std::unique_ptr<FrameWriter>>;  ///< the first one takes the sound
+constexpr std::size_t kQueuedItems = 8;
+
+void ReadInto(ItemQueue& queue, FrameReader& reader) {
+  try {
+    bool goesOn = true;
+    while (goesOn) {
+      FramePtr frame = reader.Read();
+      for (PacketPtr& packet : reader.TakeSound()) goesOn = queue.Push(std::move(packet)) && goesOn;
+      goesOn = goesOn && frame && queue.Push(std::move(frame));
     }
-    return text;
+    queue.End();
+  } catch (...) {
+    queue.End(std::current_exception());
   }
-
- private:
-  struct Free {
-    void operator()(AVMD5* md5) const { av_free(md5); }
-  };
-  std::unique_ptr<AVMD5, Free> state;
-};
-
-StreamInfo OutputInfo(const StreamInfo& in, Size size) {
-  StreamInfo out = in;
-  out.size = size;
-  if (in.sampleAspect.num > 0 && in.sampleAspect.den > 0) {  // the picture keeps its shape on the screen
-    av_reduce(&out.sampleAspect.num, &out.sampleAspect.den,
-              static_cast<std::int64_t>(in.sampleAspect.num) * in.size.width * size.height,
-              static_cast<std::int64_t>(in.sampleAspect.den) * in.size.height * size.width, 65535);
-  }
-  return out;
 }
 
-void WriteStats(OutputFile& file, std::int64_t frame, const Processing& processing) {
-  const nlohmann::ordered_json line = {
-      {"frame", frame}, {"nanoseconds", processing.Nanoseconds()}, {"kernel", processing.Kernel()}};
-  file.Write(line.dump() + "\n");
+/// @return what has gone wrong, here or before
+std::exception_ptr WriteFrom(ItemQueue& queue, const Writers& writers) {
+  try {
+    while (std::optional<Item> item = queue.Pop()) {
+      if (auto* packet = std::get_if<PacketPtr>(&*item)) {
+        if (!writers.empty()) writers.front()->WriteSound(**packet);
+        continue;
+      }
+      for (const auto& writer : writers) writer->Write(*std::get<FramePtr>(*item));
+    }
+    for (const auto& writer : writers) writer->Finish();
+    return nullptr;
+  } catch (...) {
+    queue.Stop();
+    return std::current_exception();
+  }
+}
+
+/// Runs until the input ends or something fails anywhere; then all have ended, and the failure is thrown.
+template <typename Process>
+void RunStages(FrameReader& reader, const Writers& writers, const Process& process) {
+  ItemQueue decoded(kQueuedItems), processed(kQueuedItems);
+  std::exception_ptr failure;
+  std::thread reading([&] { ReadInto(decoded, reader); });
+  std::thread writing([&] { failure = WriteFrom(processed, writers); });
+  try {
+    while (std::optional<Item> item = decoded.Pop()) {
+      if (auto* frame = std::get_if<FramePtr>(&*item)) *frame = process(std::move(*frame));
+      if (!processed.Push(std::move(*item))) break;
+    }
+    processed.End();
+  } catch (...) {
+    processed.End(std::current_exception());
+  }
+  writing.join();
+  decoded.Stop();
+  reader.GiveUp();
+  reading.join();
+  if (failure) std::rethrow_exception(failure);
+}
+
+std::string StatsLine(std::int64_t frame, double seconds, Processing& processing) {
+  nlohmann::ordered_json line = {
+      {"frame", frame}, {"seconds", std::round(seconds * 1e6) / 1e6}, {"nanoseconds", processing.Nanoseconds()}};
+  if (const std::optional<int> noise = processing.Noise()) line["noise"] = *noise / 100.0;
+  return line.dump() + "\n";
+}
+
+std::string NameOf(const Options& options) {
+  return options.command == Command::kPre ? "pre" : options.command == Command::kPost ? "post" : "object";
+}
+
+OutputOptions Md5Options(const std::string& path) {
+  OutputOptions options;
+  options.path = path;
+  options.muxer = "framemd5";
+  return options;
+}
+
+Writers OpenWriters(const OutputOptions& options, const std::optional<OutputFormat>& format, const StreamInfo& made) {
+  Writers writers;
+  if (format) writers.push_back(std::make_unique<FrameWriter>(options, *format, made));
+  if (!options.md5Path.empty()) {
+    const OutputOptions md5 = Md5Options(options.md5Path);
+    OutputFormat md5Format = ChooseFormat(md5);
+    md5Format.wanted = made.format;
+    writers.push_back(std::make_unique<FrameWriter>(md5, md5Format, made));
+  }
+  return writers;
+}
+
+/// The library's format that what is written is nearest to, so that frames are made in it at once.
+AVPixelFormat FormatToMake(const std::optional<OutputFormat>& format, const StreamInfo& input) {
+  const AVPixelFormat wanted = format ? CodecFormat(*format, input.format, input.colour.range) : input.format;
+  if (wanted == AV_PIX_FMT_YUVJ420P) return AV_PIX_FMT_YUV420P;
+  if (wanted == AV_PIX_FMT_YUVJ422P) return AV_PIX_FMT_YUV422P;
+  return IsLibraryFormat(wanted) ? wanted : input.format;
+}
+
+std::span<const AVPixelFormat> AcceptedFormats(const Options& options) {
+  static constexpr AVPixelFormat kUyvy[] = {AV_PIX_FMT_UYVY422}, kNv12[] = {AV_PIX_FMT_NV12};
+  if (options.command != Command::kObject) return kLibraryFormats;
+  if (options.object.kind == ObjectOptions::Kind::kNv12) return kNv12;
+  return kUyvy;
 }
 
 }  // namespace
 
 void RunFrames(const Options& options) {
   const OutputOptions& output = options.output;
-  const Layout layout = LayoutOf(options.command);
+  std::optional<OutputFormat> format;
+  if (!output.path.empty()) format = ChooseFormat(output);
   InputOptions input = options.input;
-  if (WritesOneFrame(output.path) && input.frames == 0) input.frames = 1;
-  FrameReader reader(input, layout);
-  const StreamInfo& info = reader.Info();
-  const Size size = output.size.width > 0 ? output.size : info.size;
-  CheckOutputSize(output.path, size);
+  if (format && format->isOnePicture && input.frames == 0) input.frames = 1;
+  FrameReader reader(input, AcceptedFormats(options));
 
-  const std::unique_ptr<Processing> processing = MakeProcessing(options, info.size, size);
-  std::unique_ptr<FrameWriter> writer;
-  if (!output.path.empty()) writer = OpenWriter(output.path, OutputInfo(info, size), layout);
+  const FrameShape shape = ShapeFrames(reader.Info(), output.size, output.fit);
+  StreamInfo made = reader.Info();
+  made.size = shape.output;
+  made.sampleAspect = shape.sampleAspect;
+  std::unique_ptr<Processing> processing;
+  if (options.command == Command::kObject) {
+    processing = MakeObjectProcessing(options, shape);
+  } else {
+    made.format = FormatToMake(format, reader.Info());
+    processing = MakeProcessing(options, reader.Info(), shape, made.format);
+  }
+  const Writers writers = OpenWriters(output, format, made);
   std::optional<OutputFile> stats, compare;
   if (!output.statsPath.empty()) stats.emplace(output.statsPath);
   if (!output.comparePath.empty()) compare.emplace(output.comparePath);
 
-  FrameDigest digest;
-  Picture before, after;
-  Progress progress(info.frameCount);
-  while (reader.Read(before)) {
-    CheckInterrupted();
-    processing->Run(before, after);
-    if (writer) writer->Write(after);
-    if (stats) WriteStats(*stats, progress.Frames(), *processing);
-    if (output.md5) digest.Add(after);
-    progress.FrameDone();
-  }
-  progress.Clear();
-
-  if (writer) writer->Finish();
-  if (stats) stats->Close();
-  if (compare) {
-    const FramePtr in = WrapPicture(before, info), out = WrapPicture(after, OutputInfo(info, size));
-    WritePng(*compare, ComparePicture(*in, *out, processing->Kernel()));
-    compare->Close();
-  }
-  if (output.md5) {
-    const std::string line = digest.Text() + "  " + std::to_string(progress.Frames()) + " frames of " + ToString(size) +
-                             (layout == Layout::kUyvy ? " uyvy422" : " nv12");
-    if (output.TakesStandardOutput()) {
-      std::fprintf(stderr, "%s\n", line.c_str());
-    } else {
-      PrintLine(line);
+  FramePtr before, after;
+  Progress progress(made.frameCount, options.quiet);
+  RunStages(reader, writers, [&](FramePtr frame) {
+    FramePtr result = processing->Run(*frame);
+    const double seconds = static_cast<double>(frame->pts) * av_q2d(made.timeBase);
+    if (stats) stats->Write(StatsLine(progress.Frames(), seconds, *processing));
+    if (compare) {
+      before = std::move(frame);
+      after.reset(OrBadAlloc(av_frame_clone(result.get())));
     }
+    progress.FrameDone();
+    return result;
+  });
+  progress.Clear();
+  if (compare) WritePng(*compare, ComparePicture(*before, *after, NameOf(options)));
+  for (std::optional<OutputFile>* file : {&stats, &compare}) {
+    if (*file) (*file)->Close();
   }
-  if (writer) writer->Commit();
-  if (stats) stats->Commit();
-  if (compare) compare->Commit();
-  if (progress.Shown()) {
-    std::fprintf(stderr, "%lld frames of %s in %.2f s (%s, %s)\n", static_cast<long long>(progress.Frames()),
-                 ToString(size).c_str(), progress.Seconds(), processing->Kernel().c_str(), LevelName(LevelInUse()));
+  for (const auto& writer : writers) writer->Commit();
+  for (std::optional<OutputFile>* file : {&stats, &compare}) {
+    if (*file) (*file)->Commit();
   }
+  progress.Summarise(ToString(made.size));
 }
 
 }  // namespace vidproc::tool

@@ -9,6 +9,8 @@
 namespace vidproc::tool {
 namespace {
 
+constexpr const char* kLevels[] = {"scalar", "sse2", "sse41", "avx2", "avx512", "avx512vbmi", "neon"};
+
 std::string ProcessorName() {
   std::ifstream file("/proc/cpuinfo");
   for (std::string line; std::getline(file, line);) {
@@ -20,19 +22,27 @@ std::string ProcessorName() {
 
 }  // namespace
 
-void RunInfo() {
-  std::string available, missing;
-  for (const Level level : kAllLevels) {
-    (IsLevelAvailable(level) ? available : missing) += std::string(" ") + LevelName(level);
+std::string LevelsHere() {
+  const std::string inUse = vidproc_level();
+  std::string names;
+  for (const char* level : kLevels) {
+    if (vidproc_cap_level(level) == VIDPROC_OK && vidproc_level() == std::string(level)) {
+      if (!names.empty()) names += ' ';
+      names += level;
+    }
   }
-  std::printf("vidproc       %s\n", VIDPROC_VERSION);
+  vidproc_cap_level(inUse.c_str());
+  return names;
+}
+
+void RunInfo() {
+  std::printf("vidproc       %s\n", vidproc_version_string());
   std::printf("processor     %s\n", ProcessorName().c_str());
-  std::printf("levels       %s\n", available.c_str());
-  std::printf("not here     %s\n", missing.c_str());
-  std::printf("level in use  %s\n", LevelName(LevelInUse()));
-  std::printf("FFmpeg        libavformat %u.%u, libavcodec %u.%u, libswscale %u.%u\n", avformat_version() >> 16,
+  std::printf("levels        %s\n", LevelsHere().c_str());
+  std::printf("level in use  %s\n", vidproc_level());
+  std::printf("FFmpeg        libavformat %u.%u, libavcodec %u.%u, libavfilter %u.%u\n", avformat_version() >> 16,
               avformat_version() >> 8 & 255, avcodec_version() >> 16, avcodec_version() >> 8 & 255,
-              swscale_version() >> 16, swscale_version() >> 8 & 255);
+              avfilter_version() >> 16, avfilter_version() >> 8 & 255);
 }
 
 }  // namespace vidproc::tool

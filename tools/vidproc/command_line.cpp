@@ -1,0 +1,206 @@
+// The command line, read with CLI11; see options.h.
+#include <CLI/CLI.hpp>
+#include <filesystem>
+#include <map>
+#include <optional>
+#include <string>
+
+#include "commands.h"
+#include "errors.h"
+#include "file_io.h"
+#include "help_pages.h"
+#include "option_groups.h"
+#include "option_values.h"
+#include "options.h"
+#include "output_format.h"
+
+namespace vidproc::tool {
+namespace {
+
+void AddCpu(CLI::App& command, bool& quiet) {
+  AddValue(command, "--cpu", "LEVEL", "one of this machine's levels: " + LevelsHere(),
+           "instruction set to use (see vidproc info); all give the same bytes", [](const std::string& text) {
+             return vidproc_cap_level(text.c_str()) == VIDPROC_OK && text == vidproc_level();
+           });
+  command.add_flag("-q,--quiet", quiet, "print errors only");
+}
+
+void AddPre(CLI::App& app, Options& options) {
+  CLI::App& command = *app.add_subcommand("pre", "Pre-process camera frames: denoise, scale, sharpen, dither");
+  command.callback([&options] { options.command = Command::kPre; });
+  AddInput(command, options.input);
+  AddOutput(command, options.output);
+  AddPreSettings(command, options.pre);
+  AddCpu(command, options.quiet);
+}
+
+void AddPost(CLI::App& app, Options& options) {
+  CLI::App& command = *app.add_subcommand("post", "Post-process decoded frames: deblock, scale, sharpen, dither");
+  command.callback([&options] { options.command = Command::kPost; });
+  AddInput(command, options.input);
+  AddOutput(command, options.output);
+  AddPostSettings(command, options.post);
+  AddCpu(command, options.quiet);
+}
+
+void AddObject(CLI::App& app, Options& options) {
+  using Kind = ObjectOptions::Kind;
+  CLI::App& object = *app.add_subcommand("object", "The same by the older processor object, to compare with");
+  object.require_subcommand(1);
+  const auto add = [&](const char* name, Kind kind, const char* help) -> CLI::App& {
+    CLI::App& command = *object.add_subcommand(name, help);
+    command.callback([&options, kind] {
+      options.command = Command::kObject;
+      options.object.kind = kind;
+      options.output.fit = Fit::kStretch;
+    });
+    AddInput(command, options.input);
+    AddOutput(command, options.output);
+    command.remove_option(command.get_option("--fit"));
+    if (kind != Kind::kNv12) {
+      AddNumber(command, "--enhance", options.object.enhance, 0, 32, "sharpening, 0 to 32");
+      AddNumber(command, "--soften", options.object.soften, 0, 64, "softening, 0 to 64");
+      AddNumber(command, "--dither", options.object.dither, 0, 12, "luma noise, 0 to 12");
+    }
+    AddCpu(command, options.quiet);
+    return command;
+  };
+  CLI::App& pre = add("pre", Kind::kPre, "Its pre-processor, 2vuy");
+  AddNumber(pre, "--adaptive", options.object.adaptive, 0, 8, "edge-preserving taps, 1 (averages most) to 8; 0 off");
+  pre.add_flag("--taps16", options.object.taps16, "16 + 8 taps instead of 8 + 4");
+  pre.add_flag("--motion-smoothing", options.object.motionSmoothing, "full low-pass where the picture moves");
+  AddValue(
+      pre, "--temporal", "STRENGTH[:SHIFT]", "STRENGTH 0 to 127, or with :SHIFT 0 to 8",
+      "weight of the frame before (default 80:3)", [&options](const std::string& text) {
+        return TakeList(text, {{&options.object.temporalStrength, {0, 127}}, {&options.object.temporalShift, {0, 8}}});
+      });
+  CLI::App& post = add("post", Kind::kPost, "Its post-processor, 2vuy");
+  AddNumber(post, "--deblock", options.object.deblock, 21, 51, "smooth 8x8 block edges, 21 to 51");
+  add("nv12", Kind::kNv12, "Its scaler of 4:2:0 frames");
+}
+
+void AddOthers(CLI::App& app, Options& options) {
+  CLI::App& exposure =
+      *app.add_subcommand("exposure", "Watch the brightness; print when it drifts and when it settles");
+  exposure.callback([&options] { options.command = Command::kExposure; });
+  AddInput(exposure, options.input);
+  exposure.add_flag("--json", options.json, "print a JSON line for every frame: event and brightness");
+  AddPath(exposure, "--plot", "FILE.png", options.plotPath, "draw the brightness over time with the events");
+  AddCpu(exposure, options.quiet);
+
+  CLI::App& filters = *app.add_subcommand("filters", "Print the filters that luma takes for a change of size");
+  filters.callback([&options] { options.command = Command::kFilters; });
+  AddSize(filters, "--from", options.from, "size of the source frames")->required();
+  AddSize(filters, "--to", options.to, "size of the frames to make")->required();
+  AddFilterSettings(filters, options.pre);
+  AddPath(filters, "--plot", "FILE.png", options.plotPath, "draw the taps and the frequency response");
+
+  CLI::App& info = *app.add_subcommand("info", "Print version, processor, levels and the level in use");
+  info.callback([&options] { options.command = Command::kInfo; });
+  AddCpu(info, options.quiet);
+}
+
+/// Every result goes to a place of its own, none to the input's, and the endings of pictures are true.
+void CheckResults(const Options& options) {
+  const OutputOptions& output = options.output;
+  const struct {
+    const char* option;
+    const std::string& path;
+    bool isPicture;
+  } results[] = {{"-o", output.path, false},
+                 {"--compare", output.comparePath, true},
+                 {"--stats", output.statsPath, false},
+                 {"--framemd5", output.md5Path, false},
+                 {"--plot", options.plotPath, true}};
+  std::map<std::string, std::string> takenBy;
+  const bool printsLines = options.command == Command::kExposure || options.command == Command::kFilters;
+  if (printsLines) takenBy["-"] = "the lines that this command prints";
+  if (!options.input.path.empty()) InputFiles::Add(options.input.path);
+  for (const auto& [option, path, isPicture] : results) {
+    if (path.empty() || path == "/dev/null") continue;
+    const std::string place =
+        path == "-" ? path : std::filesystem::weakly_canonical(std::filesystem::absolute(path)).string();
+    const auto [other, isNew] = takenBy.try_emplace(place, option);
+    if (!isNew) throw BadUsage(option, OutputName(path) + " is taken by " + other->second);
+    if (InputFiles::Contain(path)) throw BadUsage(option, OutputName(path) + " is the file that is read; name another");
+    const bool isPng = std::filesystem::path(path).extension() == ".png" || RawFormatOf(path) != AV_PIX_FMT_NONE;
+    if (isPicture && path != "-" && !isPng) throw BadUsage(option, path + ": the name must end in .png");
+  }
+  if (printsLines && InputFiles::Contain("-")) {
+    throw BadUsage("standard output", "is the file that is read; print elsewhere");
+  }
+}
+
+void CheckInput(InputOptions& input) {
+  if (input.path.empty()) input.synthetic = true;
+  if (input.synthetic && !input.path.empty()) throw BadUsage("--synthetic", "there is an input to read, " + input.path);
+  if (input.synthetic) return;
+  if (input.rawFormat == AV_PIX_FMT_NONE) input.rawFormat = RawFormatOf(input.path);
+  const bool isRaw = input.rawFormat != AV_PIX_FMT_NONE, hasSize = input.rawSize.width > 0;
+  if (isRaw && !hasSize) throw BadUsage("--input-res", "raw frames need their size, as in --input-res 640x480");
+  if (!isRaw && hasSize) throw BadUsage("--input-csp", "say the format of the raw frames, as in --input-csp nv12");
+}
+
+/// Rules that span several options.
+void Check(Options& options) {
+  const OutputOptions& output = options.output;
+  const bool makesFrames =
+      options.command == Command::kPre || options.command == Command::kPost || options.command == Command::kObject;
+  if (makesFrames && output.path.empty() && output.comparePath.empty() && output.statsPath.empty() &&
+      output.md5Path.empty()) {
+    throw BadUsage("-o", "name a file to write (.mp4, .mkv, .y4m, .png, .uyvy, .nv12), - for Y4M or /dev/null");
+  }
+  CheckInput(options.input);
+  CheckResults(options);
+  if (makesFrames && !output.path.empty()) ChooseFormat(output);
+}
+
+void RefuseUnknownCommand(const CLI::App& app, int argc, char** argv) {
+  std::string known;
+  bool isKnown = false;
+  for (const CLI::App* command : app.get_subcommands([](const CLI::App*) { return true; })) {
+    isKnown = isKnown || (argc > 1 && command->get_name() == argv[1]);
+    if (!command->get_group().empty()) known += (known.empty() ? "" : ", ") + command->get_name();
+  }
+  if (argc < 2) throw ToolError(kUsage, "say what to do: " + known);
+  if (!isKnown && argv[1][0] != '-') {
+    throw ToolError(kUsage, std::string("\"") + argv[1] + "\" is not a command; there are " + known);
+  }
+}
+
+}  // namespace
+
+std::optional<Options> ParseOptions(int argc, char** argv) {
+  Options options;
+  CLI::App app("Video pre- and post-processing for conferencing: denoising, scaling, deblocking, dither, exposure.",
+               "vidproc");
+  app.set_version_flag("--version", std::string("vidproc ") + vidproc_version_string());
+  app.require_subcommand(1);
+  AddPre(app, options);
+  AddPost(app, options);
+  AddOthers(app, options);
+  AddObject(app, options);
+  std::string page;
+  AddHelpPages(app, page);
+  app.footer(  // after the commands, which would inherit it
+      "Without IN a synthetic camera scene is processed. Try:\n"
+      "  vidproc pre --size 640x360 -o scene.mp4 --compare before-after.png\n"
+      "Exit status: 0 done, 1 cannot read or write, 2 bad usage.");
+  try {
+    RefuseUnknownCommand(app, argc, argv);
+    app.parse(argc, argv);
+  } catch (const CLI::Success& asked) {
+    app.exit(asked);
+    return std::nullopt;
+  } catch (const CLI::ParseError& error) {
+    throw ToolError(kUsage, error.what());
+  }
+  if (!page.empty()) {
+    PrintHelpPage(app, page);
+    return std::nullopt;
+  }
+  Check(options);
+  return options;
+}
+
+}  // namespace vidproc::tool
