@@ -1,0 +1,241 @@
+"""What vidproc does to the picture on the far side, beside other filters: tables, plots and crops.
+
+A clip counts as clean. Noise is added, each chain denoises and scales it down, x264 encodes it, and the decoded picture
+is scaled up again and compared with the clean one.
+"""
+
+import argparse
+import time
+from dataclasses import dataclass
+from pathlib import Path
+
+import numpy
+
+import plots
+from bd_rate import bd_rate
+from streams import Laboratory, Vidproc, ffmpeg
+
+# Strength of FFmpeg's noise filter by the deviation that it gives limited-range luma.
+NOISES = {0: 0, 1.9: 4, 4.2: 8, 8.8: 16}
+RATIOS = {"1:1": (1, 1), "3:2": (3, 2), "2:1": (2, 1)}
+SPEEDS = {"veryfast zerolatency": "-preset veryfast -tune zerolatency", "medium": "-preset medium"}
+QUALITIES = (20, 24, 28, 32)
+ANCHOR = "hqdn3d strong, bicubic"
+OURS = "vidproc webcam"
+
+
+@dataclass(frozen=True)
+class Chain:
+    """A denoiser and a scaler."""
+    name: str
+    filters: str
+    scaler: str
+
+    def before(self, lab, stream, size):
+        """Denoised and scaled down."""
+        return self._scaled(lab, lab.filtered(stream, self.filters), size)
+
+    def after(self, lab, stream, size):
+        return self._scaled(lab, stream, size)
+
+    def _scaled(self, lab, stream, size):
+        if size == stream.size:
+            return stream
+        return lab.filtered(stream, f"scale={size[0]}:{size[1]}:flags={self.scaler}", size)
+
+    def seconds(self, lab, stream, size):
+        """Of one frame on its way to the encoder, on one thread."""
+        scale = f"scale={size[0]}:{size[1]}:flags={self.scaler}" if size != stream.size else ""
+        def user_seconds(filters):
+            log = ffmpeg(["-benchmark", "-stream_loop", "1"] + stream.input_arguments() +
+                         (["-vf", filters] if filters else []) + ["-f", "null", "-"]).stderr.decode()
+            return float(log.split("bench: utime=")[1].split("s")[0])
+        filters = ",".join(part for part in (self.filters, scale) if part)
+        return max(0, user_seconds(filters) - user_seconds("")) / (2 * len(stream.frames())) if filters else 0
+
+
+@dataclass(frozen=True)
+class VidprocChain:
+    """Presets of vidproc before and after."""
+    name: str
+    pre: str
+    post: str
+
+    def before(self, lab, stream, size):
+        return lab.processed(stream, "pre", {"preset": self.pre}, size)
+
+    def after(self, lab, stream, size):
+        return stream if size == stream.size else lab.processed(stream, "post", {"preset": self.post}, size)
+
+    def seconds(self, lab, stream, size):
+        frames = stream.frames()
+        start = time.thread_time()
+        lab.vidproc.run("pre", {"preset": self.pre}, frames, stream.size, size)
+        return (time.thread_time() - start) / len(frames)
+
+
+def all_chains():
+    denoisers = {"none": "", "hqdn3d": "hqdn3d", "hqdn3d strong": "hqdn3d=8:6:12:9", "nlmeans": "nlmeans=s=3",
+                 "atadenoise": "atadenoise", "fftdnoiz": "fftdnoiz=sigma=4"}
+    peers = [Chain(f"{name}, {scaler}", filters, scaler)
+             for name, filters in denoisers.items() for scaler in ("bicubic", "lanczos")]
+    return peers + [VidprocChain(OURS, "webcam", "camera"), VidprocChain("vidproc screen", "screen", "screen-share")]
+
+
+@dataclass
+class Point:
+    """What a chain gives at one quality of the encoder."""
+    bits: float
+    psnr: list  # Y, Cb, Cr
+    ssim: list
+
+    def figure(self, measure):
+        luma, cb, cr = getattr(self, measure[:4])
+        return luma if measure.endswith("Y") else (cb + cr) / 2
+
+
+MEASURES = ("psnr Y", "ssim Y", "psnr C", "ssim C")
+
+
+def measure_curve(lab, chain, clean, noisy, ratio, speed, qualities=QUALITIES):
+    up, down = RATIOS[ratio][1], RATIOS[ratio][0]
+    size = tuple(side if up == down else (side * up // down + 1) // 2 * 2 for side in clean.size)
+    frames = len(clean.frames())
+
+    def measure(quality):
+        before = chain.before(lab, noisy, size)
+        decoded, coded_bytes = lab.encoded(before, SPEEDS[speed], quality)
+        shown = chain.after(lab, decoded, clean.size)
+        figures = lab.likeness(shown, clean)
+        for path in {shown.path, decoded.path} - {before.path}:
+            path.unlink(missing_ok=True)
+        return {"bits": 8 * coded_bytes * 25 / frames / 1000, **figures}
+
+    return [Point(**lab.remembered(f"{noisy.recipe} {chain} {size} {speed} {quality}", lambda: measure(quality)))
+            for quality in qualities]
+
+
+def compare(anchor, tested):
+    """BD-rate by every measure, as text, with the range of luma PSNR in which both have points."""
+    cells, span = [], None
+    for measure in MEASURES:
+        rate, common = bd_rate([(p.figure(measure), p.bits) for p in anchor],
+                               [(p.figure(measure), p.bits) for p in tested])
+        cells.append("-" if rate is None else f"{rate:+.1f}")
+        if measure == "psnr Y":
+            span = common
+    return cells + ["none" if span is None else f"{span[0]:.1f} to {span[1]:.1f}"]
+
+
+class Report:
+    def __init__(self, lab, arguments, directory):
+        self.lab, self.arguments, self.directory = lab, arguments, directory
+        self.lines = []
+
+    def clip(self, name, path):
+        clean = self.lab.clip(path, self.arguments.first, self.arguments.frames)
+        last = self.arguments.first + len(clean.frames()) - 1
+        size = f"{clean.size[0]}x{clean.size[1]}"
+        self.lines += [f"## {name}", "", f"{size}, frames {self.arguments.first} to {last}.", ""]
+        for speed in self.arguments.speeds:
+            for ratio in self.arguments.ratios:
+                for noise in self.arguments.noises:
+                    self._case(name, clean, speed, ratio, noise)
+        self._times(clean)
+
+    def _case(self, name, clean, speed, ratio, noise):
+        strength = NOISES[noise]
+        noisy = self.lab.filtered(clean, f"noise=alls={strength}:allf=t:all_seed=1" if strength else "")
+        title = f"{ratio}, noise {noise}, {speed}"
+        print(f"    {name}: {title}", flush=True)
+        chains = {chain.name: chain for chain in all_chains() if self._is_asked(chain)}
+        curves = {chain: measure_curve(self.lab, chains[chain], clean, noisy, ratio, speed) for chain in chains}
+        self.lines += [f"### {title}", "", "| chain | PSNR Y | SSIM Y | PSNR C | SSIM C | in common, dB |",
+                       "|---|---|---|---|---|---|"]
+        for chain in chains:
+            self.lines.append(f"| {chain} | " + " | ".join(compare(curves[ANCHOR], curves[chain])) + " |")
+        self.lines.append("")
+        if ratio == "2:1" and noise == 4.2 and speed == list(SPEEDS)[0]:
+            self._pictures(name, chains, clean, noisy, curves)
+
+    def _is_asked(self, chain):
+        return not self.arguments.chains or chain.name == ANCHOR or any(part in chain.name
+                                                                       for part in self.arguments.chains)
+
+    def _pictures(self, name, chains, clean, noisy, curves):
+        plot = self.directory / f"{name}-curves.png"
+        plots.draw_curves(curves, OURS, ANCHOR, plot)
+        target = curves[ANCHOR][2].bits
+        crops = {"clean": clean.frames(), "as it comes from the camera": noisy.frames()}
+        for chain in (ANCHOR, "nlmeans, bicubic", OURS):
+            if chain in chains:
+                crops[chain] = self._at_equal_bits(chains[chain], clean, noisy, target)
+        picture = self.directory / f"{name}-crops.png"
+        plots.draw_crops({title: frames[-1] for title, frames in crops.items()}, clean.size, picture)
+        self.lines += [f"![Bits against quality](report/{plot.name})", "",
+                       f"![At about {target:.0f} kbit/s](report/{picture.name})", ""]
+
+    def _at_equal_bits(self, chain, clean, noisy, target):
+        """Frames of the best quality that takes no more bits."""
+        size = tuple((side // 2 + 1) // 2 * 2 for side in clean.size)
+        before = chain.before(self.lab, noisy, size)
+        for quality in range(18, 45):
+            decoded, coded_bytes = self.lab.encoded(before, list(SPEEDS.values())[0], quality)
+            if 8 * coded_bytes * 25 / len(clean.frames()) / 1000 <= target:
+                return chain.after(self.lab, decoded, clean.size).frames()
+        raise RuntimeError("no quality takes so few bits")
+
+    def _times(self, clean):
+        noisy = self.lab.filtered(clean, "noise=alls=8:allf=t:all_seed=1")
+        size = tuple((side // 2 + 1) // 2 * 2 for side in clean.size)
+        self.lines += ["### Time of a frame before the encoder, 2:1, noise 4.2", "", "| chain | ms |", "|---|---|"]
+        for chain in all_chains():
+            if self._is_asked(chain):
+                self.lines.append(f"| {chain.name} | {1000 * chain.seconds(self.lab, noisy, size):.2f} |")
+        self.lines.append("")
+
+
+HEADER = """# The picture on the far side
+
+Written by `scripts/report`. The clip counts as clean; noise of the deviation that stands in the heading is added to it
+(FFmpeg's `noise`, on luma and chroma), the chain denoises and scales it down, x264 encodes it at CRF 20, 24, 28 and 32,
+the decoded picture is scaled up again and compared with the clean one. Figures are BD-rates in per cent against
+`hqdn3d=8:6:12:9` with swscale's bicubic scaler both ways: the change in bits at equal quality, negative is better.
+Y is luma, C the mean of Cb and Cr. Curves are monotone piecewise cubics over the range of quality that both reach; the
+last column says which, in dB of luma PSNR, and "-" that there is none. "hqdn3d" has its default strength, "vidproc
+webcam" the presets `webcam` before and `camera` after. Times are of one thread.
+
+Options of this run: {options}
+"""
+
+
+def parse_arguments():
+    parser = argparse.ArgumentParser(prog="scripts/report", description=__doc__)
+    parser.add_argument("clips", nargs="*", type=Path, help="clips in any format that FFmpeg reads")
+    parser.add_argument("--first", type=int, default=0, help="first frame (default 0)")
+    parser.add_argument("--frames", type=int, default=48, help="frames of each clip (default 48)")
+    parser.add_argument("--noises", nargs="+", type=float, default=list(NOISES), choices=list(NOISES))
+    parser.add_argument("--ratios", nargs="+", default=list(RATIOS), choices=list(RATIOS))
+    parser.add_argument("--speeds", nargs="+", default=list(SPEEDS), choices=list(SPEEDS), help="of x264")
+    parser.add_argument("--chains", nargs="+", default=[], help="only those whose names contain one of these")
+    parser.add_argument("--library", type=Path, required=True, help=argparse.SUPPRESS)
+    parser.add_argument("--cache", type=Path, required=True, help=argparse.SUPPRESS)
+    parser.add_argument("--output", type=Path, required=True, help=argparse.SUPPRESS)
+    return parser.parse_args()
+
+
+def main():
+    arguments = parse_arguments()
+    pictures = arguments.output.parent / "report"
+    pictures.mkdir(parents=True, exist_ok=True)
+    report = Report(Laboratory(arguments.cache, Vidproc(arguments.library)), arguments, pictures)
+    for path in arguments.clips:
+        report.clip(path.stem, path)
+    hidden = ("clips", "library", "cache", "output")
+    options = ", ".join(f"{name} {value}" for name, value in vars(arguments).items() if name not in hidden)
+    arguments.output.write_text(HEADER.format(options=options) + "\n" + "\n".join(report.lines))
+    print(f"Wrote {arguments.output}.")
+
+
+if __name__ == "__main__":
+    main()
