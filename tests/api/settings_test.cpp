@@ -147,7 +147,7 @@ TEST(Settings, StructsOfLaterVersionsAreReadWhileTheirNewFieldsAreZero) {
   options.known.input = options.known.output = {VIDPROC_FORMAT_NV12, 64, 36, VIDPROC_SITING_LEFT};
   vidproc::Pre pre;
   EXPECT_EQ(vidproc_pre_configure(pre.Get(), &options.known), VIDPROC_OK);
-  options.added[1] = 1;
+  options.added[1] = 0x01010101;
   EXPECT_EQ(vidproc_pre_configure(pre.Get(), &options.known), VIDPROC_ERROR_UNSUPPORTED);
   const std::string offset = std::to_string(sizeof(vidproc_pre_options) + 4);
   EXPECT_EQ(vidproc_pre_last_error(pre.Get()), "byte " + offset + " of the options is set, allowed is 0 from byte " +
