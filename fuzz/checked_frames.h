@@ -70,10 +70,9 @@ struct PlacedFrame {
     const vidproc::api::FrameLayout layout = vidproc::api::LayoutOf(info);
     for (int p = 0; p < layout.planes; ++p) {
       const vidproc::api::PlaneLayout& plane = layout.plane[p];
-      const auto stride =
-          static_cast<std::uint64_t>(strides[p] < 0 ? -(strides[p] + 1) : strides[p]) + (strides[p] < 0);
-      const std::uint64_t reach = stride > kMostFrameBytes ? kMostFrameBytes : (plane.rows - 1) * stride;
-      view.bytes[p] = std::min<std::size_t>(static_cast<std::size_t>(reach) + plane.TouchedRowBytes(stride), bytes);
+      const auto stride = static_cast<std::size_t>(strides[p] < 0 ? -(strides[p] + 1) : strides[p]) + (strides[p] < 0);
+      const std::size_t reach = stride > kMostFrameBytes ? kMostFrameBytes : (plane.rows - 1) * stride;
+      view.bytes[p] = std::min(reach + plane.TouchedRowBytes(stride), bytes);
       planes.emplace_back(view.bytes[p]);
       // A bottom-up plane's top row lies at the end; of refused planes that may be anywhere.
       const auto low = reinterpret_cast<std::uintptr_t>(planes.back().Start());

@@ -188,7 +188,7 @@ class GuardPages : public testing::Test {
 TEST_F(GuardPages, NothingBeyondAFrameIsTouched) {
   // A number of cases for each route, spread over all: for scripts/guard_pages.
   const char* const asked = std::getenv("VIDPROC_GUARD_CASES");
-  const std::size_t wanted = asked != nullptr ? std::strtoull(asked, nullptr, 10) : kDrawnCases;
+  const std::size_t wanted = asked != nullptr ? std::strtoul(asked, nullptr, 10) : kDrawnCases;
   const std::vector<KernelForms> forms = AvailableForms();
   for (const Route& route : kRoutes) {
     const std::size_t count = std::min(wanted, route.cases);
