@@ -13,10 +13,16 @@ clangPackages=(clang libclang-rt-dev llvm)
 lintPackages=(clang-format clang-tidy git)
 emulationPackages=(libsimde-dev)
 benchPackages=("${scenePackages[@]}" libbenchmark-dev valgrind)
+measurePackages=(python3-numpy)
 packagingPackages=(debhelper dpkg-dev git lintian mmdebstrap)
 abiPackages=(abigail-tools binutils)
 peerPackages=(pkg-config libswscale-dev libavfilter-dev libpostproc-dev libzimg-dev libyuv-dev
   libgstreamer-plugins-base1.0-dev)
+
+# The denoiser's default settings, which scripts/demo shows and docs/before-after.jpg is made with, and without it.
+denoised=()
+scaledAlone=(--denoise off)
+measuredFrames=32
 
 Say() { printf '%s\n' "$*"; }
 
@@ -118,4 +124,21 @@ Step() {
   "$@" || Fail "$title: failed after $((SECONDS - begin)) s"
   stepSummary+=("$(printf '%4d s  %s' $((SECONDS - begin)) "$title")")
   Say "    done in $((SECONDS - begin)) s"
+}
+
+# MeasureNoise DIRECTORY SIZE INPUT...: measures luma's noise in the input, scaled to SIZE, and denoised as well; for
+# the synthetic scene also PSNR against what it is without noise. The numbers go to DIRECTORY/noise.
+MeasureNoise() {
+  local work=$1 size=$2 input frames=(--frames $((measuredFrames + 8))) clean=()
+  shift 2
+  input=("$@" "${frames[@]}")
+  build/vidproc post "${input[@]}" -o "$work/before.y4m" &&
+    build/vidproc pre "${input[@]}" --size "$size" "${scaledAlone[@]}" -o "$work/scaled.y4m" &&
+    build/vidproc pre "${input[@]}" --size "$size" "${denoised[@]}" -o "$work/denoised.y4m" || return 1
+  if [[ $1 == --synthetic ]]; then
+    build/vidproc pre "${input[@]}" --synthetic-noise 0 --size "$size" "${scaledAlone[@]}" -o "$work/clean.y4m" ||
+      return 1
+    clean=(--clean "$work/clean.y4m")
+  fi
+  /usr/bin/python3 scripts/measure_noise.py "${clean[@]}" "$work"/{before,scaled,denoised}.y4m >"$work/noise"
 }
