@@ -23,14 +23,18 @@ struct Functions {
   vidproc_status (*process)(Handle*, const vidproc_input*, const vidproc_output*);
   vidproc_status (*reset)(Handle*);
   const char* (*lastError)(const Handle*);
+  const char* (*presetName)(std::int32_t) = nullptr;
+  vidproc_status (*writePreset)(Options*, std::size_t, const char*) = nullptr;
 };
 
 constexpr Functions<vidproc_pre, vidproc_pre_options> kPre = {
-    vidproc_pre_create,  vidproc_pre_destroy, vidproc_pre_options_init, vidproc_pre_configure,
-    vidproc_pre_process, vidproc_pre_reset,   vidproc_pre_last_error};
+    vidproc_pre_create,     vidproc_pre_destroy, vidproc_pre_options_init,
+    vidproc_pre_configure,  vidproc_pre_process, vidproc_pre_reset,
+    vidproc_pre_last_error, vidproc_pre_preset,  vidproc_pre_options_preset};
 constexpr Functions<vidproc_post, vidproc_post_options> kPost = {
-    vidproc_post_create,  vidproc_post_destroy, vidproc_post_options_init, vidproc_post_configure,
-    vidproc_post_process, vidproc_post_reset,   vidproc_post_last_error};
+    vidproc_post_create,     vidproc_post_destroy, vidproc_post_options_init,
+    vidproc_post_configure,  vidproc_post_process, vidproc_post_reset,
+    vidproc_post_last_error, vidproc_post_preset,  vidproc_post_options_preset};
 constexpr Functions<vidproc_exposure, vidproc_exposure_options> kExposure = {
     vidproc_exposure_create,
     vidproc_exposure_destroy,
@@ -59,8 +63,12 @@ class Stream {
   Stream& operator=(const Stream&) = delete;
 
   void Call(Digest& digest) {
-    const int call = input.Between(0, 7);
-    const vidproc_status status = call < 2 ? Configure() : call == 2 ? calls.reset(handle) : Process(digest);
+    const int call = input.Between(0, 9);
+    const vidproc_status status = call < 2    ? Configure()
+                                  : call == 2 ? calls.reset(handle)
+                                  : call == 8 ? ConfigurePreset()
+                                  : call == 9 ? AskNoise(digest)
+                                              : Process(digest);
     Require((status == VIDPROC_OK) == (*calls.lastError(handle) == '\0'), "a refusal has its text");
     digest.Add(status);
   }
@@ -86,6 +94,36 @@ class Stream {
     const vidproc_status status = calls.configure(handle, options);
     if (status == VIDPROC_OK) configured = drawn;
     return status;
+  }
+
+  vidproc_status ConfigurePreset() {
+    if (calls.writePreset == nullptr) return calls.reset(handle);
+    const std::size_t size = input.OneIn(4) ? input.Any() % 5000 : sizeof(Options);
+    const auto memory = std::make_unique<std::uint32_t[]>(size / 4 + 1);
+    auto* const options = reinterpret_cast<Options*>(memory.get());
+    const bool isWritten = calls.writePreset(options, size, calls.presetName(input.Between(-1, 6))) == VIDPROC_OK;
+    if (!isWritten || size < sizeof(Options)) return calls.reset(handle);
+    const auto drawn = DrawOptions<Options>(input);
+    options->input = drawn.input;
+    if constexpr (requires { drawn.output; }) {
+      options->output = drawn.output;
+      options->dither_seed = 0;
+    }
+    const vidproc_status status = calls.configure(handle, options);
+    Require(status == VIDPROC_OK, "a preset is taken");
+    configured = *options;
+    return status;
+  }
+
+  vidproc_status AskNoise(Digest& digest) {
+    if constexpr (kIsPre<Options>) {
+      std::int32_t noise = 0;
+      const vidproc_status status = vidproc_pre_noise(handle, input.OneIn(8) ? nullptr : &noise);
+      digest.Add(noise);
+      return status;
+    } else {
+      return calls.reset(handle);
+    }
   }
 
   PlacedFrame DrawFrame(const vidproc_frame_info& configuredInfo) {

@@ -89,10 +89,10 @@ class Frames {
     blocks[index].emplace(static_cast<std::size_t>(count));
     blocks[index]->Fill(input);
   }
+  /// Of the buffers that live as long as the object: a call may release those of motion smoothing.
   static std::uint8_t* WorkingMemory(const VideoProcessor& p, Input& input) {
     std::uint8_t* const buffers[] = {reinterpret_cast<std::uint8_t*>(p.scratchA),
-                                     reinterpret_cast<std::uint8_t*>(p.scratchB), p.previousFrame,
-                                     p.smoothingBufferLarge, p.smoothingBufferSmall};
+                                     reinterpret_cast<std::uint8_t*>(p.scratchB), p.previousFrame};
     std::uint8_t* const buffer = input.Pick(buffers);
     return buffer == nullptr ? nullptr : buffer + input.Between(0, 300);
   }
@@ -294,7 +294,8 @@ class Objects {
     const auto width = static_cast<std::uint16_t>(DrawSide(100)), height = static_cast<std::uint16_t>(DrawSide(40));
     const std::uint32_t roundedRow = 2 * ((width + 15u) / 16 * 16), pitch = input.OneIn(4) ? input.Any() : roundedRow;
     const std::uint64_t extent = ExtentOf(roundedRow, std::max<std::uint64_t>(height, 1), pitch);
-    if (extent > kMostFrameBytes) return;
+    if (extent > kMostFrameBytes || std::uint64_t{roundedRow} * height > kMostFrameBytes) return;
+    bytesLeft -= static_cast<std::int64_t>(extent);
     Block source(static_cast<std::size_t>(extent)), destination(static_cast<std::size_t>(extent));
     source.Fill(input);
     const std::uint32_t seed = input.Byte();
