@@ -6,8 +6,8 @@
 
 // NOLINTNEXTLINE(readability-identifier-naming): libFuzzer's name.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t count) {
-  static const auto* const target =
+  static const auto* const kTarget =
       std::ranges::find(fuzzing::kTargets, std::string_view(VIDPROC_FUZZ_TARGET), &fuzzing::Target::name);
-  target->run({bytes, count});
+  kTarget->run({bytes, count});
   return 0;
 }

@@ -69,7 +69,7 @@ inline void FilterRowBytes(const std::uint8_t* const* rows, const std::int16_t* 
   }
   // Copies, because bytes that are stored might be those of the list.
   const std::uint8_t* from[kTaps + 1];
-  for (int t = 0; t < (kTaps > 0 ? kTaps : 1); ++t) from[t] = rows[t];
+  for (int t = 0; t == 0 || t < kTaps; ++t) from[t] = rows[t];
   constexpr int kStep = 2 * kVectorBytes;
   WalkSteps(bytes, kStep, [&](std::ptrdiff_t b) {
     for (int line = 0; line < kStep; line += 64) {
