@@ -179,7 +179,7 @@ class Sequence {
       } else {
         PostProcExecute(handle.processor, source.Live(), destination.Live(), f.deblock, f.lumaGain, f.lumaOffset);
       }
-      if (&handle == &handles[0]) {
+      if (&handle == handles.data()) {
         const auto process = now == Use::kPreProcessing ? &HandleModel::PreProcess : &HandleModel::PostProcess;
         (model.*process)(f, destination.HasChanged(), source.Expected(), destination.Expected());
       }
@@ -197,7 +197,7 @@ class Sequence {
       in.Load();
       out.Load();
       Execute420(handle.processor, in, out);
-      if (&handle == &handles[0]) model.Process420(out.luma.HasChanged(), in, out);
+      if (&handle == handles.data()) model.Process420(out.luma.HasChanged(), in, out);
       EXPECT_EQ(out.FirstDifference() + in.FirstDifference(), "") << handle.form.Name() << " " << text.str();
     }
   }

@@ -156,7 +156,7 @@ TEST_P(Deblocking, UnequalSizesAndPaddedRowsAreLeftAlone) {
   for (std::uint32_t VideoProcessor::*field :
        {&VideoProcessor::inStride, &VideoProcessor::outWidth, &VideoProcessor::outHeight}) {
     Configure(32, 16, 30, true);
-    (*p).*field += field == &VideoProcessor::inStride ? 4 : -2;
+    (*p).*field += field == &VideoProcessor::inStride ? 4u : 0u - 2u;
     frame.resize(frame.size() + 4 * height);
     const Bytes before = frame;
     Run();
