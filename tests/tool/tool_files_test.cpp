@@ -26,6 +26,7 @@ TEST_F(ToolTest, CarriesFramesWithoutLoss) {
   for (const std::string line :
        {"cat b.MKV | vidproc post - -f rawvideo -o - >c.yuv", "vidproc post a.Y4M -o - | vidproc post - -o c.yuv",
         "vidproc post b.yuv --input-res 64x48 -o - | vidproc post -i /dev/stdin -o c.yuv",
+        "vidproc post b.MKV -f rawvideo -o /dev/stdout | cat >c.yuv",
         "mkfifo pipe; cat b.MKV >pipe & vidproc post pipe -o c.yuv"}) {
     EXPECT_EQ(Shell(line).status, 0) << line;
     EXPECT_TRUE(File("c.yuv") == frames) << line;

@@ -278,6 +278,13 @@ TEST_F(ToolTest, EndsWhenNobodyReadsOrWritesAnyMore) {
     EXPECT_EQ(File("status"), "1\n");
     ExpectComplaint(outcome, 0, {"standard output", "Broken pipe"});
   }
+  // Writing fails while the pipe that is read stays silent.
+  Made("post --synthetic-size 320x240 --frames 4", "in.y4m");
+  const Outcome outcome = Shell(
+      "mkfifo hold; { cat in.y4m; read line <hold; } | "
+      "{ timeout 20 vidproc post - -f yuv4mpegpipe -o /dev/full; echo $? >status; exec <&-; echo >hold; }");
+  EXPECT_EQ(File("status"), "1\n");
+  ExpectComplaint(outcome, 0, {"/dev/full", "No space left"});
 }
 
 }  // namespace

@@ -4,6 +4,7 @@
 #include <map>
 #include <optional>
 #include <string>
+#include <system_error>
 
 #include "commands.h"
 #include "errors.h"
@@ -100,6 +101,12 @@ void AddOthers(CLI::App& app, Options& options) {
   AddCpu(info, options.quiet);
 }
 
+std::string PlaceOf(const std::string& path) {
+  std::error_code failure;  // of what is no file, such as the other end of a pipe
+  const auto place = std::filesystem::weakly_canonical(std::filesystem::absolute(path), failure);
+  return path == "-" || failure ? path : place.string();
+}
+
 /// Every result goes to a place of its own, none to the input's, and the endings of pictures are true.
 void CheckResults(const Options& options) {
   const OutputOptions& output = options.output;
@@ -118,8 +125,7 @@ void CheckResults(const Options& options) {
   if (!options.input.path.empty()) InputFiles::Add(options.input.path);
   for (const auto& [option, path, isPicture] : results) {
     if (path.empty() || path == "/dev/null") continue;
-    const std::string place =
-        path == "-" ? path : std::filesystem::weakly_canonical(std::filesystem::absolute(path)).string();
+    const std::string place = PlaceOf(path);
     const auto [other, isNew] = takenBy.try_emplace(place, option);
     if (!isNew) throw BadUsage(option, OutputName(path) + " is taken by " + other->second);
     if (InputFiles::Contain(path)) throw BadUsage(option, OutputName(path) + " is the file that is read; name another");

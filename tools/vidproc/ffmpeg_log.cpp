@@ -24,8 +24,8 @@ struct Complaints {
 };
 
 Complaints& Kept() {
-  static auto* const complaints = new Complaints;  // outlives every thread
-  return *complaints;
+  static auto* const kComplaints = new Complaints;  // outlives every thread
+  return *kComplaints;
 }
 
 /// What audio decoders and converters say is nothing about the frames: null.

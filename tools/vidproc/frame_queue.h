@@ -34,10 +34,10 @@ class BoundedQueue {
     changed.notify_all();
   }
 
-  /// Waits for an item; nothing at the end.
+  /// Waits for an item; nothing at the end or where reading has been stopped.
   std::optional<Item> Pop() {
     std::unique_lock lock(mutex);
-    changed.wait(lock, [this] { return !items.empty() || hasEnded; });
+    changed.wait(lock, [this] { return !items.empty() || hasEnded || isStopped; });
     if (items.empty()) {
       if (error) std::rethrow_exception(error);
       return std::nullopt;
@@ -48,7 +48,7 @@ class BoundedQueue {
     return item;
   }
 
-  /// The reading side wants no more.
+  /// No more is wanted. Any thread.
   void Stop() {
     const std::lock_guard lock(mutex);
     isStopped = true;

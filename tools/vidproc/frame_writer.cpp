@@ -9,6 +9,7 @@ extern "C" {
 #include <cmath>
 #include <cstdio>
 #include <string>
+#include <utility>
 
 #include "errors.h"
 #include "ffmpeg_log.h"
@@ -26,8 +27,8 @@ AVRational CodecTimeBase(const StreamInfo& info, const AVOutputFormat& muxer, co
 
 }  // namespace
 
-FrameWriter::FrameWriter(const OutputOptions& options, const OutputFormat& format, const StreamInfo& stream)
-    : info(stream), name(OutputName(options.path)), packet(OrBadAlloc(av_packet_alloc())) {
+FrameWriter::FrameWriter(const OutputOptions& options, const OutputFormat& format, StreamInfo stream)
+    : info(std::move(stream)), name(OutputName(options.path)), packet(OrBadAlloc(av_packet_alloc())) {
   pixelFormat = CodecFormat(format, info.format, info.colour.range);
   if (pixelFormat != info.format) {
     ColourTags target = info.colour;
@@ -39,6 +40,7 @@ FrameWriter::FrameWriter(const OutputOptions& options, const OutputFormat& forma
   Check(avformat_alloc_output_context2(&context, format.muxer, nullptr, options.path.c_str()));
   muxer.reset(context);
   muxer->flags |= AVFMT_FLAG_BITEXACT;
+  if (info.container != nullptr) Check(av_dict_copy(&muxer->metadata, info.container->metadata, 0));
   OpenCodec(options, *format.codec);
   video = OrBadAlloc(avformat_new_stream(context, nullptr));
   Check(avcodec_parameters_from_context(video->codecpar, encoder.get()));

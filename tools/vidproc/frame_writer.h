@@ -18,11 +18,11 @@ namespace vidproc::tool {
 class FrameWriter {
  public:
   /// `stream` describes the frames to be written, which are of its format, and the sound beside them. Throws ToolError.
-  FrameWriter(const OutputOptions& options, const OutputFormat& format, const StreamInfo& stream);
+  FrameWriter(const OutputOptions& options, const OutputFormat& format, StreamInfo stream);
 
   void Write(const AVFrame& frame);
   /// A packet of one of the container's streams of sound.
-  void WriteSound(AVPacket& packet);
+  void WriteSound(AVPacket& sound);
   /// Writes what is still held back and closes the files; whatever can go wrong has gone wrong by then.
   void Finish();
   /// Gives the finished files their names.

@@ -68,7 +68,7 @@ Output OutputOf(AVFrame& frame, const Rectangle& part) { return ViewOf<Output>(f
 
 FramePool::FramePool(AVPixelFormat format, Size size) : format(format), size(size) {
   const int bytes = av_image_get_buffer_size(format, size.width, size.height, kRowAlignment);
-  pool.reset(OrBadAlloc(av_buffer_pool_init(static_cast<std::size_t>(bytes + kRowAlignment), nullptr)));
+  pool.reset(OrBadAlloc(av_buffer_pool_init(static_cast<std::size_t>(bytes) + kRowAlignment, nullptr)));
 }
 
 FramePtr FramePool::Take() {

@@ -70,7 +70,10 @@ void RunStages(FrameReader& reader, const Writers& writers, const Process& proce
   ItemQueue decoded(kQueuedItems), processed(kQueuedItems);
   std::exception_ptr failure;
   std::thread reading([&] { ReadInto(decoded, reader); });
-  std::thread writing([&] { failure = WriteFrom(processed, writers); });
+  std::thread writing([&] {
+    failure = WriteFrom(processed, writers);
+    decoded.Stop();  // or who processes would wait for input that nobody needs
+  });
   try {
     while (std::optional<Item> item = decoded.Pop()) {
       if (auto* frame = std::get_if<FramePtr>(&*item)) *frame = process(std::move(*frame));

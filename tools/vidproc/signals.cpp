@@ -20,8 +20,8 @@ namespace {
 std::mutex filesMutex;  // held while a file changes its name, and for good once a signal ends the process
 
 std::set<std::string>& UnfinishedFiles() {
-  static auto* const files = new std::set<std::string>;  // outlives every thread
-  return *files;
+  static auto* const kFiles = new std::set<std::string>;  // outlives every thread
+  return *kFiles;
 }
 
 void EndOnSignal(const sigset_t& signals) {
