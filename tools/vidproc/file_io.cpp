@@ -91,12 +91,11 @@ OutputFile::OutputFile(const std::string& path) : name(OutputName(path)), finalP
 void OutputFile::MakeTemporary() {
   const fs::path directory = fs::path(finalPath).parent_path();
   workingPath = (directory / ".vidproc-XXXXXX").string();
-  descriptor = mkostemp(workingPath.data(), O_CLOEXEC);
+  descriptor = MakeUnfinishedFile(workingPath);
   if (descriptor < 0) {
     workingPath.clear();
     return;
   }
-  AddUnfinishedFile(workingPath);
   fchmod(descriptor, 0666 & ~FileModeMask());
 }
 

@@ -1,12 +1,14 @@
 // Signals, waited for by a thread of their own; see signals.h.
 #include "signals.h"
 
+#include <fcntl.h>
 #include <pthread.h>
 #include <signal.h>  // NOLINT(modernize-deprecated-headers): sigwait and sigaction
 #include <unistd.h>
 
 #include <cerrno>
 #include <cstdio>
+#include <cstdlib>
 #include <mutex>
 #include <set>
 #include <string>
@@ -17,7 +19,7 @@
 namespace vidproc::tool {
 namespace {
 
-std::mutex filesMutex;  // held while a file changes its name, and for good once a signal ends the process
+std::mutex filesMutex;  // held while a file is made or changes its name, and for good once a signal ends the process
 
 std::set<std::string>& UnfinishedFiles() {
   static auto* const kFiles = new std::set<std::string>;  // outlives every thread
@@ -55,9 +57,11 @@ void HandleSignals() {
   std::thread([signals] { EndOnSignal(signals); }).detach();
 }
 
-void AddUnfinishedFile(const std::string& path) {
-  const std::lock_guard lock(filesMutex);
-  UnfinishedFiles().insert(path);
+int MakeUnfinishedFile(std::string& path) {
+  const std::lock_guard lock(filesMutex);  // a signal finds no file without its name
+  const int descriptor = mkostemp(path.data(), O_CLOEXEC);
+  if (descriptor >= 0) UnfinishedFiles().insert(path);
+  return descriptor;
 }
 
 int EndUnfinishedFile(const std::string& path, const std::string& finalPath) {

@@ -9,8 +9,9 @@ namespace vidproc::tool {
 /// always do. To be called before other threads start. A closed pipe and a file at its size limit become write errors.
 void HandleSignals();
 
-/// Names a file that a signal has to remove. Any thread.
-void AddUnfinishedFile(const std::string& path);
+/// Makes a file, as mkostemp, that a signal will remove. Any thread.
+/// @return its descriptor, or -1 and errno
+int MakeUnfinishedFile(std::string& path);
 /// Gives it its final name, or removes it where that is empty; then it is no longer unfinished.
 /// @return 0 or an errno
 int EndUnfinishedFile(const std::string& path, const std::string& finalPath);
