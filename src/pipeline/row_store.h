@@ -13,7 +13,6 @@ class RowStore {
   /// Rows of zeros. @throws std::bad_alloc
   RowStore(std::int32_t rowBytes, std::int32_t rows);
 
-  bool IsEmpty() const { return memory == nullptr; }
   std::uint8_t* Row(std::int32_t row) const { return firstRow + row * pitch; }
 
  private:
