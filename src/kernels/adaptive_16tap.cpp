@@ -10,7 +10,8 @@ namespace vidproc::VIDPROC_TARGET {
 void Adaptive16TapScale(const ScaleJob& job) {
   if constexpr (kHasByteShuffle) {
     // Taps that lose no weight weigh the same everywhere.
-    if (job.form == Form::kProven && !LosesWeight(job)) return RunRows<kAdaptive16TapTraits>(job, ClampResult{});
+    const bool losesNoWeight = job.adaptiveShift >= kClearingShift;
+    if (job.form == Form::kProven && losesNoWeight) return RunRows<kAdaptive16TapTraits>(job, ClampResult{});
   }
   ScaleAdaptively<kAdaptive16TapTraits>(job);
 }

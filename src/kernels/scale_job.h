@@ -82,6 +82,9 @@ struct SourcePlanes {
   std::ptrdiff_t chromaStride;
 };
 
+/// Shifts from here on push the whole weight curve out of 16 bits: taps lose no weight by any difference.
+constexpr std::int32_t kClearingShift = 16;
+
 struct ScaleJob {
   const std::uint8_t* source;
   std::ptrdiff_t sourceStride;
@@ -102,7 +105,7 @@ struct ScaleJob {
   Form form;
   const ByteRowPlan* byteRowPlan;  ///< for the proven form of the scalers whose taps weigh the same everywhere
 
-  std::int32_t adaptiveShift;  ///< left shift of the spatial weight curve; 16 and more clear it
+  std::int32_t adaptiveShift;  ///< left shift of the spatial weight curve; from kClearingShift on it is 0
   std::int16_t temporalStrength;
   std::int32_t temporalShift;
   bool firstFrame;
@@ -116,8 +119,5 @@ struct ScaleJob {
   NoiseField* noise;  ///< null: none
   StripMemory strip;
 };
-
-/// Whether adaptive taps lose weight by any difference.
-constexpr bool LosesWeight(const ScaleJob& job) { return job.adaptiveShift < 16; }
 
 }  // namespace vidproc
