@@ -7,10 +7,6 @@
 
 namespace vidproc::tool {
 
-MuxerFiles::~MuxerFiles() {
-  if (served != nullptr) served->pb = nullptr;
-}
-
 void MuxerFiles::ServeTo(AVFormatContext& muxer, const std::string& path) {
   served = &muxer;
   muxer.opaque = this;

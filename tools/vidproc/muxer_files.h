@@ -13,11 +13,12 @@ namespace vidproc::tool {
 class MuxerFiles {
  public:
   MuxerFiles() = default;
-  ~MuxerFiles();
+  ~MuxerFiles() = default;
   MuxerFiles(const MuxerFiles&) = delete;
   MuxerFiles& operator=(const MuxerFiles&) = delete;
 
-  /// Makes the muxer open its files here. Throws ToolError; the muxer gets the first file at once where it wants one.
+  /// Makes the muxer open its files here, which have to outlive it. Throws ToolError; the muxer gets the first file at
+  /// once where it wants one.
   void ServeTo(AVFormatContext& muxer, const std::string& path);
   /// Throws ToolError where a file could not be written.
   void Check() const;
