@@ -84,9 +84,7 @@ vidproc_status Configure(Watcher& watcher, const vidproc_exposure_options* optio
 
 vidproc_status Process(Watcher& watcher, const vidproc_input* input, vidproc_exposure_event* event) noexcept {
   ErrorText& error = watcher.error;
-  if (watcher.state == nullptr) {
-    return error.Set(VIDPROC_ERROR_NOT_CONFIGURED, "the handle is not configured, allowed after _configure");
-  }
+  if (watcher.state == nullptr) return RefuseUnconfigured(error);
   if (input == nullptr) return error.Set(VIDPROC_ERROR_INVALID_ARGUMENT, "input is null, allowed is a frame");
   if (event == nullptr) return error.Set(VIDPROC_ERROR_INVALID_ARGUMENT, "event is null, allowed is a place for it");
   const vidproc_status status = CheckFrame(ViewOf("input", *input), watcher.input, error);

@@ -22,6 +22,10 @@ vidproc_status CallHandle(Handle* handle, const Call& call) noexcept {
   return call(*handle);
 }
 
+inline vidproc_status RefuseUnconfigured(ErrorText& error) noexcept {
+  return error.Set(VIDPROC_ERROR_NOT_CONFIGURED, "the handle is not configured, allowed after _configure");
+}
+
 template <typename Handle>
 const char* LastError(const Handle* handle, const char* textOfNull) noexcept {
   return handle == nullptr ? textOfNull : handle->error.Get();

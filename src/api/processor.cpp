@@ -9,13 +9,6 @@ struct vidproc_pre : vidproc::api::Processor {};
 struct vidproc_post : vidproc::api::Processor {};
 
 namespace vidproc::api {
-namespace {
-
-vidproc_status RefuseUnconfigured(ErrorText& error) {
-  return error.Set(VIDPROC_ERROR_NOT_CONFIGURED, "the handle is not configured, allowed after _configure");
-}
-
-}  // namespace
 
 vidproc_status Configure(Processor& processor, const PipelineSettings& settings, const vidproc_frame_info& input,
                          const vidproc_frame_info& output) noexcept {

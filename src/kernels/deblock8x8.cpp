@@ -180,12 +180,11 @@ template <int kCount, class Taps>
 inline void FilterEdgeRows(const Taps& taps, const SourceRows& source, int edge, int first, int rowBytes,
                            std::int16_t* out, std::ptrdiff_t pitch) {
   const EdgeRows<kCount> rows(source, edge, first, rowBytes);
-  for (int start = 0; start < rowBytes; start += kLanes) {
-    const int b = VectorStart(start, rowBytes, kLanes);
+  WalkSteps(rowBytes, kLanes, [&](std::ptrdiff_t b) {
     FilterAcrossEdge<kCount>(
         taps, first, [&](int i) { return LoadWiden(rows[i] + b); },
         [&](int i, I16 value) { Store(out + i * pitch + b, value); });
-  }
+  });
 }
 
 /// Vertical stage: the edges at the strip's ends are filtered on the strip's side only.

@@ -71,17 +71,14 @@ template <int kOctets>
 class OctetWalk {
  public:
   OctetWalk(const ByteRowGrid& grid, const HorizontalRowJob& job)
-      : grid(grid), row(job.in), octetBytes(8 * job.plan->step), factor(SplatI16(1 << (15 - job.plan->shift))) {}
+      : at{grid, job.in}, octetBytes(8 * job.plan->step), factor(SplatI16(1 << (15 - job.plan->shift))) {}
 
   /// The next vector of results.
   [[gnu::always_inline]] I16 Next() {
     I16 sums[4];
-    for (int i = 0; i < 4; ++i) sums[i] = SumOctets(4 * vector + i);
+    for (int i = 0; i < 4; ++i) sums[i] = SumOctets(i);
     const I16 sum = AddNeighbours(AddNeighbours(sums[0], sums[1]), AddNeighbours(sums[2], sums[3]));
-    if (++vector == grid.vectors) {
-      vector = 0;
-      row += grid.advance;
-    }
+    at.Step();
     return MultiplyRound(sum, factor);
   }
 
@@ -89,23 +86,22 @@ class OctetWalk {
   static constexpr int kTiles = kVectorBytes / 16;
 
   /// Two results in each tile, each in four partial sums.
-  [[gnu::always_inline]] I16 SumOctets(std::ptrdiff_t index) const {
-    const std::uint8_t* const pattern = grid.patterns + index * (kVectorBytes * (1 + kOctets));
-    const std::int32_t* const windows = grid.windows + index * kTiles;
+  [[gnu::always_inline]] I16 SumOctets(int part) const {
+    constexpr int kPatternBytes = kVectorBytes * (1 + kOctets);
+    const std::uint8_t* const pattern = at.Pattern(4 * kPatternBytes) + part * kPatternBytes;
+    const std::int32_t* const windows = at.Windows(4 * kTiles) + part * kTiles;
     I16 sum;
     for (int octet = 0; octet < kOctets; ++octet) {
-      const U8 samples = ShuffleTiles(LoadTilesAt(row + octet * octetBytes, windows), LoadU8(pattern));
+      const U8 samples = ShuffleTiles(LoadTilesAt(at.row + octet * octetBytes, windows), LoadU8(pattern));
       const I16 products = MultiplyPairs(samples, LoadU8(pattern + (1 + octet) * kVectorBytes));
       sum = octet == 0 ? products : Add(sum, products);
     }
     return sum;
   }
 
-  const ByteRowGrid grid;
-  const std::uint8_t* row;
+  GridPosition at;
   std::ptrdiff_t octetBytes;
   I16 factor;
-  std::ptrdiff_t vector = 0;
 };
 
 template <int kOctets>
@@ -114,9 +110,7 @@ void ScaleOctets(const HorizontalRowJob& job) {
   WalkRow(plan, OctetWalk<kOctets>(plan.grid, job), OctetWalk<kOctets>(plan.end, job), job.out);
 }
 
-[[maybe_unused]] void ScaleByOctets(const HorizontalRowJob& job) {
-  job.plan->octets == 1 ? ScaleOctets<1>(job) : ScaleOctets<2>(job);
-}
+void ScaleByOctets(const HorizontalRowJob& job) { job.plan->octets == 1 ? ScaleOctets<1>(job) : ScaleOctets<2>(job); }
 
 template <int kPairs, int kPlaces>
 void ScaleWholeWindows(const HorizontalRowJob& job) {
@@ -128,7 +122,7 @@ void ScaleWholeWindows(const HorizontalRowJob& job) {
 }
 
 template <int kPairs = 1>
-[[maybe_unused]] void ScaleByWholeWindows(const HorizontalRowJob& job) {
+void ScaleByWholeWindows(const HorizontalRowJob& job) {
   if constexpr (2 * kPairs < kMaxVerticalTaps) {
     if (job.plan->pairs > kPairs) return ScaleByWholeWindows<kPairs + 1>(job);
   }
@@ -143,24 +137,25 @@ void ScaleByPairs(const HorizontalRowJob& job) {
   ScalePairs<kPairs>(job);
 }
 
+[[maybe_unused]] void ScaleByGrids(const HorizontalRowJob& job) {
+  switch (job.plan->form) {
+    case HorizontalForm::kWholeWindows:
+      return ScaleByWholeWindows(job);
+    case HorizontalForm::kOctets:
+      return ScaleByOctets(job);
+    default:
+      return ScaleByPairs(job);
+  }
+}
+
 }  // namespace
 
 void ScaleRow(const HorizontalRowJob& job) {
-  switch (job.plan->form) {
-    case HorizontalForm::kGeneral:
-      return ScaleOutputByOutput(job);
-    case HorizontalForm::kSamePhase:
-      return FilterShiftedRows(job);
-    case HorizontalForm::kWholeWindows:
-      if constexpr (kHasByteShuffle) return ScaleByWholeWindows(job);
-      return ScaleOutputByOutput(job);
-    case HorizontalForm::kOctets:
-      if constexpr (kHasByteShuffle) return ScaleByOctets(job);
-      return ScaleOutputByOutput(job);
-    default:
-      if constexpr (kHasByteShuffle) return ScaleByPairs(job);
-      return ScaleOutputByOutput(job);
+  if (job.plan->form == HorizontalForm::kSamePhase) return FilterShiftedRows(job);
+  if constexpr (kHasByteShuffle) {
+    if (job.plan->form != HorizontalForm::kGeneral) return ScaleByGrids(job);
   }
+  ScaleOutputByOutput(job);
 }
 
 void RepeatRowEdges(std::uint8_t* row, std::int32_t bytes, std::int32_t step) {

@@ -24,10 +24,7 @@ U8 FilterVector(const VerticalRowJob& job, std::ptrdiff_t b) {
 template <int kShift>
 void FilterInWords(const VerticalRowJob& job) {
   WithRoomForStep(job.out, job.bytes, kVectorBytes, [&](std::uint8_t* out) {
-    for (int start = 0; start < job.bytes; start += kVectorBytes) {
-      const int b = VectorStart(start, job.bytes, kVectorBytes);
-      Store(out + b, FilterVector<kShift>(job, b));
-    }
+    WalkSteps(job.bytes, kVectorBytes, [&](std::ptrdiff_t b) { Store(out + b, FilterVector<kShift>(job, b)); });
   });
 }
 

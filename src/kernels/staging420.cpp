@@ -22,11 +22,8 @@ void SplitRow(const std::uint8_t* row, std::uint8_t* luma, std::uint8_t* chroma,
   constexpr int kStep = 2 * kVectorBytes;
   if (bytes >= kStep) {
     const SplitResult split{{luma, chroma}};
-    for (int start = 0; start < bytes; start += kStep) {
-      const int b = VectorStart(start, static_cast<int>(bytes), kStep);
-      split.Put(b, LoadU8(row + b), LoadU8(row + b + kVectorBytes));
-    }
-    return;
+    return WalkSteps(static_cast<int>(bytes), kStep,
+                     [&](std::ptrdiff_t b) { split.Put(b, LoadU8(row + b), LoadU8(row + b + kVectorBytes)); });
   }
   for (std::ptrdiff_t pair = 0; 2 * pair < bytes; ++pair) {
     chroma[pair] = row[2 * pair];

@@ -30,7 +30,7 @@ class ByteTaps {
 
   /// Edges preserved where the motion test finds the centre still.
   template <class MotionTest>
-  U8 Filter(U8 centre, const U8 (&sample)[kOuter + 1], const MotionTest& motionTest, int offset) const {
+  U8 Filter(U8 centre, const U8 (&sample)[kOuter + 1], const MotionTest& motionTest, std::ptrdiff_t offset) const {
     return motionTest.FindStill(centre, offset).Select(Adapt(centre, sample), Smooth(centre, sample));
   }
 
@@ -91,13 +91,12 @@ template <int kOuter, class MotionTest>
 inline void FilterRowAdaptively(const ByteTaps<kOuter>& taps, const MotionTest& rowTest,
                                 const std::uint8_t* const* rows, const std::uint8_t* centre, const std::uint8_t* ahead,
                                 int bytes, std::uint8_t* out) {
-  for (int start = 0; start < bytes; start += kVectorBytes) {
-    const int b = VectorStart(start, bytes, kVectorBytes);
+  WalkSteps(bytes, kVectorBytes, [&](std::ptrdiff_t b) {
     __builtin_prefetch(ahead + b);
     U8 sample[kOuter + 1];
     for (int k = 0; k < kOuter; ++k) sample[k] = LoadU8(rows[k] + b);
     Store(out + b, taps.Filter(LoadU8(centre + b), sample, rowTest, b));
-  }
+  });
 }
 
 }  // namespace

@@ -88,23 +88,28 @@ struct ByteHorizontalScale {
   Result result;
 
   void operator()(const ScaleJob& job, const StripResult& out) const {
-    const ColumnPlan* const plans[] = {job.chromaColumns, job.lumaColumns};
-    for (const ColumnPlan* const columns : plans) {
-      for (int i = 0; i < columns->runCount; ++i) FilterPhase(job, *columns, columns->runs[i], out);
+    const ComponentsOfColumns groups[] = {{*job.chromaColumns, {kCb, kCr}, 2}, {*job.lumaColumns, {kY}, 1}};
+    for (const ComponentsOfColumns& group : groups) {
+      for (int i = 0; i < group.columns.runCount; ++i) FilterPhase(job, group, group.columns.runs[i], out);
     }
   }
 
  private:
   static constexpr int kAhead = 8;  // outputs, for prefetches
 
-  /// Cb and Cr share their taps.
-  void FilterPhase(const ScaleJob& job, const ColumnPlan& columns, const PhaseRun& phase,
+  /// What shares its taps.
+  struct ComponentsOfColumns {
+    const ColumnPlan& columns;
+    Component components[2];
+    int count;
+  };
+
+  void FilterPhase(const ScaleJob& job, const ComponentsOfColumns& group, const PhaseRun& phase,
                    const StripResult& out) const {
     const DenoiseTaps outer = FindDenoiseTaps(job.horizontalBank->coefficient[phase.phase], kTaps, shift);
     WithByteTaps(outer, [&](const auto& taps) {
-      for (const Component component : kComponents) {
-        if (&ColumnsOf(job, component) != &columns) continue;
-        FilterRun(taps, outer, job.strip, MakeOutputRun(job, phase, component), out);
+      for (int i = 0; i < group.count; ++i) {
+        FilterRun(taps, outer, job.strip, MakeOutputRun(job, phase, group.components[i]), out);
       }
     });
   }

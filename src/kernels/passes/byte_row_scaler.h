@@ -90,30 +90,38 @@ template <int kPairs, class Pairs, class Windows>
   return pairs.Round(sum);
 }
 
+/// How far a walk along a row has come in a grid, whose patterns begin anew after its last vector.
+struct GridPosition {
+  const ByteRowGrid grid;
+  const std::uint8_t* row;
+  std::ptrdiff_t vector = 0;
+
+  const std::int32_t* Windows(int perVector) const { return grid.windows + vector * perVector; }
+  const std::uint8_t* Pattern(int bytes) const { return grid.patterns + vector * bytes; }
+  void Step() {
+    if (++vector < grid.vectors) return;
+    vector = 0;
+    row += grid.advance;
+  }
+};
+
 /// Walks the vectors of a grid along a row; the patterns change from vector to vector.
 template <int kPairs, class Pairs>
 class GridWalk {
  public:
-  GridWalk(const ByteRowGrid& grid, const std::uint8_t* row, const Pairs& pairs = {})
-      : grid(grid), row(row), pairs(pairs) {}
+  GridWalk(const ByteRowGrid& grid, const std::uint8_t* row, const Pairs& pairs = {}) : at{grid, row}, pairs(pairs) {}
 
   /// The next vector of results.
   [[gnu::always_inline]] I16 Next() {
-    const Pattern<kPairs> pattern(grid.patterns + vector * (kVectorBytes * (1 + kPairs)));
-    const SpreadWindows windows(grid.windows + vector * kWindows);
-    const I16 result = FilterWindows(row, pairs, windows, pattern);
-    if (++vector == grid.vectors) {
-      vector = 0;
-      row += grid.advance;
-    }
+    const Pattern<kPairs> pattern(at.Pattern(kVectorBytes * (1 + kPairs)));
+    const I16 result = FilterWindows(at.row, pairs, SpreadWindows(at.Windows(kWindows)), pattern);
+    at.Step();
     return result;
   }
 
  private:
-  const ByteRowGrid& grid;
-  const std::uint8_t* row;
+  GridPosition at;
   Pairs pairs;
-  int vector = 0;
 };
 
 /// The same with one pattern for all vectors, which then stays in registers: ratios like 2:1, 3:2 and 1:2.

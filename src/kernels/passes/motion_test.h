@@ -20,7 +20,7 @@ struct NoMotionTest {
     return {};
   }
   template <class Vector>
-  NoMotionTest FindStill(Vector /*centre*/, int /*offset*/) const {
+  NoMotionTest FindStill(Vector /*centre*/, std::ptrdiff_t /*offset*/) const {
     return {};
   }
   I16 OrZero(I16 value) const { return value; }
@@ -47,8 +47,8 @@ inline I16 IsStill(I16 previous, I16 centre) {
 struct RowMotionTest {
   const std::uint8_t* row = nullptr;
   RowMotionTest WithPrevious(const std::uint8_t* previous) const { return {previous}; }
-  StillWords FindStill(I16 centre, int offset) const { return {IsStill(LoadWiden(row + offset), centre)}; }
-  StillBytes FindStill(U8 centre, int offset) const {
+  StillWords FindStill(I16 centre, std::ptrdiff_t offset) const { return {IsStill(LoadWiden(row + offset), centre)}; }
+  StillBytes FindStill(U8 centre, std::ptrdiff_t offset) const {
     // Modulo 256, differences below 16 become 240 and more: still is what then is at least 182 - 16.
     const U8 beyond = Subtract(AbsoluteDifference(LoadU8(row + offset), centre), SplatU8(16));
     return {Equal(Max(beyond, SplatU8(182 - 16)), beyond)};
@@ -59,8 +59,8 @@ struct RowMotionTest {
 struct ColumnMotionTest {
   const std::int16_t* column = nullptr;
   ColumnMotionTest WithPrevious(const std::int16_t* previous) const { return {previous}; }
-  StillWords FindStill(I16 centre, int offset) const { return {IsStill(LoadI16(column + offset), centre)}; }
-  StillBytes FindStill(U8 centre, int offset) const {
+  StillWords FindStill(I16 centre, std::ptrdiff_t offset) const { return {IsStill(LoadI16(column + offset), centre)}; }
+  StillBytes FindStill(U8 centre, std::ptrdiff_t offset) const {
     const Halves before = LoadSplit(column + offset);
     const Halves now = Split(centre);
     return {JoinSigned(IsStill(before.low, now.low), IsStill(before.high, now.high))};

@@ -28,7 +28,8 @@ struct PlainTaps {
   }
 
   template <int kTaps>
-  void Weigh(const I16 (&)[kTaps], const I16 (&coefficient)[kTaps], int /*offset*/, I16 (&weight)[kTaps]) const {
+  void Weigh(const I16 (&)[kTaps], const I16 (&coefficient)[kTaps], std::ptrdiff_t /*offset*/,
+             I16 (&weight)[kTaps]) const {
     for (int t = 0; t < kTaps; ++t) weight[t] = coefficient[t];
   }
 };
@@ -46,7 +47,8 @@ struct AdaptiveTaps {
   }
 
   template <int kTaps>
-  void Weigh(const I16 (&sample)[kTaps], const I16 (&coefficient)[kTaps], int offset, I16 (&weight)[kTaps]) const {
+  void Weigh(const I16 (&sample)[kTaps], const I16 (&coefficient)[kTaps], std::ptrdiff_t offset,
+             I16 (&weight)[kTaps]) const {
     constexpr int kCentre = kTaps / 2 - 1;
     const auto still = motionTest.FindStill(sample[kCentre], offset);
     I16 sum = SplatI16(0);

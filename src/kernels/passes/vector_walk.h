@@ -11,19 +11,13 @@ namespace {
 
 constexpr int Clamp(int value, int low, int high) { return value < low ? low : value > high ? high : value; }
 
-/// The first byte of the step that a walk along a row makes at `start`. The last step moves back to end with the row,
-/// so that some bytes are worked on twice; a row shorter than a step is read and written past its end.
-constexpr int VectorStart(int start, int rowBytes, int step) {
-  const int last = rowBytes - step;
-  return start <= last || last < 0 ? start : last;
-}
-
-/// Calls filter(b) at the start of every step of a row. The last one overlaps the one before, as above.
+/// Calls filter(b) with the first byte of every step along a row. The last step moves back to end with the row, so that
+/// some bytes are worked on twice; a row shorter than a step is read and written past its end.
 template <class Filter>
 [[gnu::always_inline]] inline void WalkSteps(int rowBytes, int step, const Filter& filter) {
   int b = 0;
   for (; b <= rowBytes - step; b += step) filter(b);
-  if (b < rowBytes) filter(VectorStart(b, rowBytes, step));
+  if (b < rowBytes) filter(rowBytes < step ? b : rowBytes - step);
 }
 
 /// Calls filter with where it may write a row, a step at a time: rows shorter than a step are made elsewhere.

@@ -23,14 +23,13 @@ inline void FilterRow(const std::uint8_t* const* rows, const std::int16_t* coeff
                       std::int16_t* out) {
   I16 coefficient[kTaps];
   for (int t = 0; t < kTaps; ++t) coefficient[t] = SplatI16(coefficients[t]);
-  for (int start = 0; start < bytes; start += kLanes) {
-    const int b = VectorStart(start, bytes, kLanes);
+  WalkSteps(bytes, kLanes, [&](std::ptrdiff_t b) {
     I16 sample[kTaps];
     I16 weight[kTaps];
     for (int t = 0; t < kTaps; ++t) sample[t] = LoadWiden(rows[t] + b);
     taps.Weigh(sample, coefficient, b, weight);
     Store(out + b, SumInOrder<kTaps, kShift>(sample, weight));
-  }
+  });
 }
 
 /// The source row under an output row, repeated beyond the frame.

@@ -53,24 +53,19 @@ struct WholeWindows {
 template <int kPairs, int kPlaces>
 class WholeWindowWalk {
  public:
-  WholeWindowWalk(const ByteRowGrid& grid, const HorizontalRowJob& job) : grid(grid), row(job.in), windows(*job.plan) {}
+  WholeWindowWalk(const ByteRowGrid& grid, const HorizontalRowJob& job) : at{grid, job.in}, windows(*job.plan) {}
 
   /// The next vector of results.
   [[gnu::always_inline]] I16 Next() {
-    const WholePattern<kPairs> pattern(grid.patterns + vector * WholePattern<kPairs>::kBytes);
-    const I16 result = windows.Filter(row, grid.windows + vector * kWindows, pattern);
-    if (++vector == grid.vectors) {
-      vector = 0;
-      row += grid.advance;
-    }
+    const WholePattern<kPairs> pattern(at.Pattern(WholePattern<kPairs>::kBytes));
+    const I16 result = windows.Filter(at.row, at.Windows(kWindows), pattern);
+    at.Step();
     return result;
   }
 
  private:
-  const ByteRowGrid grid;
-  const std::uint8_t* row;
+  GridPosition at;
   WholeWindows<kPairs, kPlaces> windows;
-  std::ptrdiff_t vector = 0;
 };
 
 /// The same with one pattern for all vectors.
