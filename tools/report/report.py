@@ -24,6 +24,16 @@ ANCHOR = "hqdn3d strong, bicubic"
 OURS = "vidproc webcam"
 
 
+def size_at(ratio, size):
+    """The size that the encoder gets, even where it is scaled."""
+    down, up = RATIOS[ratio]
+    return tuple(side if up == down else (side * up // down + 1) // 2 * 2 for side in size)
+
+
+def kilobits_per_second(coded_bytes, frames):
+    return 8 * coded_bytes * 25 / frames / 1000
+
+
 @dataclass(frozen=True)
 class Chain:
     """A denoiser and a scaler."""
@@ -39,17 +49,20 @@ class Chain:
         return self._scaled(lab, stream, size)
 
     def _scaled(self, lab, stream, size):
-        if size == stream.size:
-            return stream
-        return lab.filtered(stream, f"scale={size[0]}:{size[1]}:flags={self.scaler}", size)
+        return stream if size == stream.size else lab.filtered(stream, self._scale_filter(size), size)
+
+    def _scale_filter(self, size):
+        return f"scale={size[0]}:{size[1]}:flags={self.scaler}"
 
     def seconds(self, lab, stream, size):
         """Of one frame on its way to the encoder, on one thread."""
-        scale = f"scale={size[0]}:{size[1]}:flags={self.scaler}" if size != stream.size else ""
+        scale = self._scale_filter(size) if size != stream.size else ""
+
         def user_seconds(filters):
             log = ffmpeg(["-benchmark", "-stream_loop", "1"] + stream.input_arguments() +
                          (["-vf", filters] if filters else []) + ["-f", "null", "-"]).stderr.decode()
             return float(log.split("bench: utime=")[1].split("s")[0])
+
         filters = ",".join(part for part in (self.filters, scale) if part)
         return max(0, user_seconds(filters) - user_seconds("")) / (2 * len(stream.frames())) if filters else 0
 
@@ -98,8 +111,7 @@ MEASURES = ("psnr Y", "ssim Y", "psnr C", "ssim C")
 
 
 def measure_curve(lab, chain, clean, noisy, ratio, speed, qualities=QUALITIES):
-    up, down = RATIOS[ratio][1], RATIOS[ratio][0]
-    size = tuple(side if up == down else (side * up // down + 1) // 2 * 2 for side in clean.size)
+    size = size_at(ratio, clean.size)
     frames = len(clean.frames())
 
     def measure(quality):
@@ -109,7 +121,7 @@ def measure_curve(lab, chain, clean, noisy, ratio, speed, qualities=QUALITIES):
         figures = lab.likeness(shown, clean)
         for path in {shown.path, decoded.path} - {before.path}:
             path.unlink(missing_ok=True)
-        return {"bits": 8 * coded_bytes * 25 / frames / 1000, **figures}
+        return {"bits": kilobits_per_second(coded_bytes, frames), **figures}
 
     return [Point(**lab.remembered(f"{noisy.recipe} {chain} {size} {speed} {quality}", lambda: measure(quality)))
             for quality in qualities]
@@ -177,17 +189,17 @@ class Report:
 
     def _at_equal_bits(self, chain, clean, noisy, target):
         """Frames of the best quality that takes no more bits."""
-        size = tuple((side // 2 + 1) // 2 * 2 for side in clean.size)
+        size = size_at("2:1", clean.size)
         before = chain.before(self.lab, noisy, size)
         for quality in range(18, 45):
             decoded, coded_bytes = self.lab.encoded(before, list(SPEEDS.values())[0], quality)
-            if 8 * coded_bytes * 25 / len(clean.frames()) / 1000 <= target:
+            if kilobits_per_second(coded_bytes, len(clean.frames())) <= target:
                 return chain.after(self.lab, decoded, clean.size).frames()
         raise RuntimeError("no quality takes so few bits")
 
     def _times(self, clean):
         noisy = self.lab.filtered(clean, "noise=alls=8:allf=t:all_seed=1")
-        size = tuple((side // 2 + 1) // 2 * 2 for side in clean.size)
+        size = size_at("2:1", clean.size)
         self.lines += ["### Time of a frame before the encoder, 2:1, noise 4.2", "", "| chain | ms |", "|---|---|"]
         for chain in all_chains():
             if self._is_asked(chain):
