@@ -13,7 +13,7 @@ import numpy
 
 import plots
 from bd_rate import bd_rate
-from streams import Laboratory, Vidproc, ffmpeg
+from streams import StreamStore, Vidproc, ffmpeg
 
 # Strength of FFmpeg's noise filter by the deviation that it gives limited-range luma.
 NOISES = {0: 0, 1.9: 4, 4.2: 8, 8.8: 16}
@@ -41,20 +41,20 @@ class Chain:
     filters: str
     scaler: str
 
-    def before(self, lab, stream, size):
+    def before(self, store, stream, size):
         """Denoised and scaled down."""
-        return self._scaled(lab, lab.filtered(stream, self.filters), size)
+        return self._scaled(store, store.filtered(stream, self.filters), size)
 
-    def after(self, lab, stream, size):
-        return self._scaled(lab, stream, size)
+    def after(self, store, stream, size):
+        return self._scaled(store, stream, size)
 
-    def _scaled(self, lab, stream, size):
-        return stream if size == stream.size else lab.filtered(stream, self._scale_filter(size), size)
+    def _scaled(self, store, stream, size):
+        return stream if size == stream.size else store.filtered(stream, self._scale_filter(size), size)
 
     def _scale_filter(self, size):
         return f"scale={size[0]}:{size[1]}:flags={self.scaler}"
 
-    def seconds(self, lab, stream, size):
+    def seconds(self, store, stream, size):
         """Of one frame on its way to the encoder, on one thread."""
         scale = self._scale_filter(size) if size != stream.size else ""
 
@@ -74,16 +74,16 @@ class VidprocChain:
     pre: str
     post: str
 
-    def before(self, lab, stream, size):
-        return lab.processed(stream, "pre", {"preset": self.pre}, size)
+    def before(self, store, stream, size):
+        return store.processed(stream, "pre", {"preset": self.pre}, size)
 
-    def after(self, lab, stream, size):
-        return stream if size == stream.size else lab.processed(stream, "post", {"preset": self.post}, size)
+    def after(self, store, stream, size):
+        return stream if size == stream.size else store.processed(stream, "post", {"preset": self.post}, size)
 
-    def seconds(self, lab, stream, size):
+    def seconds(self, store, stream, size):
         frames = stream.frames()
         start = time.thread_time()
-        lab.vidproc.run("pre", {"preset": self.pre}, frames, stream.size, size)
+        store.vidproc.run("pre", {"preset": self.pre}, frames, stream.size, size)
         return (time.thread_time() - start) / len(frames)
 
 
@@ -110,20 +110,20 @@ class Point:
 MEASURES = ("psnr Y", "ssim Y", "psnr C", "ssim C")
 
 
-def measure_curve(lab, chain, clean, noisy, ratio, speed, qualities=QUALITIES):
+def measure_curve(store, chain, clean, noisy, ratio, speed, qualities=QUALITIES):
     size = size_at(ratio, clean.size)
     frames = len(clean.frames())
 
     def measure(quality):
-        before = chain.before(lab, noisy, size)
-        decoded, coded_bytes = lab.encoded(before, SPEEDS[speed], quality)
-        shown = chain.after(lab, decoded, clean.size)
-        figures = lab.likeness(shown, clean)
+        before = chain.before(store, noisy, size)
+        decoded, coded_bytes = store.encoded(before, SPEEDS[speed], quality)
+        shown = chain.after(store, decoded, clean.size)
+        figures = store.likeness(shown, clean)
         for path in {shown.path, decoded.path} - {before.path}:
             path.unlink(missing_ok=True)
         return {"bits": kilobits_per_second(coded_bytes, frames), **figures}
 
-    return [Point(**lab.remembered(f"{noisy.recipe} {chain} {size} {speed} {quality}", lambda: measure(quality)))
+    return [Point(**store.remembered(f"{noisy.recipe} {chain} {size} {speed} {quality}", lambda: measure(quality)))
             for quality in qualities]
 
 
@@ -140,12 +140,12 @@ def compare(anchor, tested):
 
 
 class Report:
-    def __init__(self, lab, arguments, directory):
-        self.lab, self.arguments, self.directory = lab, arguments, directory
+    def __init__(self, store, arguments, directory):
+        self.store, self.arguments, self.directory = store, arguments, directory
         self.lines = []
 
     def clip(self, name, path):
-        clean = self.lab.clip(path, self.arguments.first, self.arguments.frames)
+        clean = self.store.clip(path, self.arguments.first, self.arguments.frames)
         last = self.arguments.first + len(clean.frames()) - 1
         size = f"{clean.size[0]}x{clean.size[1]}"
         self.lines += [f"## {name}", "", f"{size}, frames {self.arguments.first} to {last}.", ""]
@@ -157,11 +157,11 @@ class Report:
 
     def _case(self, name, clean, speed, ratio, noise):
         strength = NOISES[noise]
-        noisy = self.lab.filtered(clean, f"noise=alls={strength}:allf=t:all_seed=1" if strength else "")
+        noisy = self.store.filtered(clean, f"noise=alls={strength}:allf=t:all_seed=1" if strength else "")
         title = f"{ratio}, noise {noise}, {speed}"
         print(f"    {name}: {title}", flush=True)
         chains = {chain.name: chain for chain in all_chains() if self._is_asked(chain)}
-        curves = {chain: measure_curve(self.lab, chains[chain], clean, noisy, ratio, speed) for chain in chains}
+        curves = {chain: measure_curve(self.store, chains[chain], clean, noisy, ratio, speed) for chain in chains}
         self.lines += [f"### {title}", "", "| chain | PSNR Y | SSIM Y | PSNR C | SSIM C | in common, dB |",
                        "|---|---|---|---|---|---|"]
         for chain in chains:
@@ -190,20 +190,20 @@ class Report:
     def _at_equal_bits(self, chain, clean, noisy, target):
         """Frames of the best quality that takes no more bits."""
         size = size_at("2:1", clean.size)
-        before = chain.before(self.lab, noisy, size)
+        before = chain.before(self.store, noisy, size)
         for quality in range(18, 45):
-            decoded, coded_bytes = self.lab.encoded(before, list(SPEEDS.values())[0], quality)
+            decoded, coded_bytes = self.store.encoded(before, list(SPEEDS.values())[0], quality)
             if kilobits_per_second(coded_bytes, len(clean.frames())) <= target:
-                return chain.after(self.lab, decoded, clean.size).frames()
+                return chain.after(self.store, decoded, clean.size).frames()
         raise RuntimeError("no quality takes so few bits")
 
     def _times(self, clean):
-        noisy = self.lab.filtered(clean, "noise=alls=8:allf=t:all_seed=1")
+        noisy = self.store.filtered(clean, "noise=alls=8:allf=t:all_seed=1")
         size = size_at("2:1", clean.size)
         self.lines += ["### Time of a frame before the encoder, 2:1, noise 4.2", "", "| chain | ms |", "|---|---|"]
         for chain in all_chains():
             if self._is_asked(chain):
-                self.lines.append(f"| {chain.name} | {1000 * chain.seconds(self.lab, noisy, size):.2f} |")
+                self.lines.append(f"| {chain.name} | {1000 * chain.seconds(self.store, noisy, size):.2f} |")
         self.lines.append("")
 
 
@@ -240,7 +240,7 @@ def main():
     arguments = parse_arguments()
     pictures = arguments.output.parent / "report"
     pictures.mkdir(parents=True, exist_ok=True)
-    report = Report(Laboratory(arguments.cache, Vidproc(arguments.library)), arguments, pictures)
+    report = Report(StreamStore(arguments.cache, Vidproc(arguments.library)), arguments, pictures)
     for path in arguments.clips:
         report.clip(path.stem, path)
     hidden = ("clips", "library", "cache", "output")

@@ -127,8 +127,8 @@ def ffmpeg(arguments, data=None):
     return done
 
 
-class Laboratory:
-    """Makes streams and measures them, each thing once."""
+class StreamStore:
+    """Makes streams and measures them, and keeps what it has made."""
 
     def __init__(self, cache, vidproc):
         self.cache = Path(cache)
