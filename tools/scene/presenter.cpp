@@ -1,9 +1,9 @@
-// The parts of the scene that move; see stage.h.
+// The parts of the scene that move; see moving_picture.h.
 #include <array>
 #include <cmath>
 #include <numbers>
 
-#include "scene/stage.h"
+#include "scene/moving_picture.h"
 
 namespace vidproc::scene {
 namespace {

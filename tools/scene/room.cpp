@@ -1,11 +1,11 @@
-// The part of the scene that stands still; see stage.h.
+// The part of the scene that stands still; see moving_picture.h.
 #include <array>
 #include <cmath>
 #include <cstdint>
 #include <numbers>
 #include <string>
 
-#include "scene/stage.h"
+#include "scene/moving_picture.h"
 
 namespace vidproc::scene {
 namespace {

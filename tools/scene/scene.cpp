@@ -1,12 +1,12 @@
-// Brings stage and sensor together; see scene.h.
+// Brings painted picture and sensor together; see scene.h.
 #include "scene/scene.h"
 
 #include <algorithm>
 #include <cmath>
 #include <stdexcept>
 
+#include "scene/moving_picture.h"
 #include "scene/sensor.h"
-#include "scene/stage.h"
 
 namespace vidproc::scene {
 namespace {
@@ -37,11 +37,12 @@ std::size_t FrameBytes(Format format, int width, int height) {
 
 struct Scene::State {
   explicit State(const Settings& settings)
-      : stage(settings.width, settings.height), sensor(settings.width, settings.height, settings.seed, settings.noise) {
-    sensor.Capture(stage.Picture(), {0, 0, settings.width, settings.height});
+      : painted(settings.width, settings.height),
+        sensor(settings.width, settings.height, settings.seed, settings.noise) {
+    sensor.Capture(painted.Picture(), {0, 0, settings.width, settings.height});
   }
 
-  Stage stage;
+  MovingPicture painted;
   Sensor sensor;
 };
 
@@ -50,8 +51,8 @@ Scene::~Scene() = default;
 
 void Scene::Render(std::int64_t number, Format format, std::uint8_t* bytes) {
   const double seconds = static_cast<double>(number) / kFramesPerSecond;
-  state->stage.Play(seconds);
-  for (const Area& area : state->stage.MovingAreas()) state->sensor.Capture(state->stage.Picture(), area);
+  state->painted.PaintMoment(seconds);
+  for (const Area& area : state->painted.MovingAreas()) state->sensor.Capture(state->painted.Picture(), area);
   state->sensor.ReadOut(number, LightAt(seconds), format, bytes);
 }
 

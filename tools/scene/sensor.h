@@ -5,8 +5,8 @@
 #include <cstdint>
 #include <vector>
 
+#include "scene/moving_picture.h"
 #include "scene/scene.h"
-#include "scene/stage.h"
 
 namespace vidproc::scene {
 

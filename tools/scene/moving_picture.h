@@ -31,11 +31,11 @@ class Presenter {
   drawing::SurfacePtr torso;  ///< painted once: it only moves from side to side
 };
 
-class Stage {
+class MovingPicture {
  public:
-  Stage(int width, int height);
+  MovingPicture(int width, int height);
   /// Paints the moment into the moving areas.
-  void Play(double seconds);
+  void PaintMoment(double seconds);
   RgbPicture Picture() { return {canvas.Pixels(), canvas.RowBytes()}; }
   const std::array<Area, 2>& MovingAreas() const { return areas; }
 

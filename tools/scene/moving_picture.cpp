@@ -1,5 +1,5 @@
-// Keeps room and moving parts apart; see stage.h.
-#include "scene/stage.h"
+// Keeps room and moving parts apart; see moving_picture.h.
+#include "scene/moving_picture.h"
 
 #include <algorithm>
 #include <cmath>
@@ -16,7 +16,7 @@ void UseSceneUnits(cairo_t* context, int width, int height) {
 
 }  // namespace
 
-Stage::Stage(int width, int height)
+MovingPicture::MovingPicture(int width, int height)
     : width(width),
       height(height),
       room(width, height),
@@ -29,7 +29,7 @@ Stage::Stage(int width, int height)
 }
 
 /// In whole pairs of pixels.
-Area Stage::AreaOf(drawing::Point from, drawing::Point to) const {
+Area MovingPicture::AreaOf(drawing::Point from, drawing::Point to) const {
   const double scale = ScaleFor(width, height);
   const auto column = [&](double x) { return static_cast<int>(std::lround((width / 2.0 + x * scale) / 2)) * 2; };
   const auto row = [&](double y) { return static_cast<int>(std::lround(height + y * scale)); };
@@ -37,7 +37,7 @@ Area Stage::AreaOf(drawing::Point from, drawing::Point to) const {
           std::clamp(row(to.y), 0, height)};
 }
 
-void Stage::ShowRoom(const Area& area) {
+void MovingPicture::ShowRoom(const Area& area) {
   cairo_t* context = canvas.Context();
   cairo_set_operator(context, CAIRO_OPERATOR_SOURCE);
   cairo_set_source_surface(context, room.Surface(), 0, 0);
@@ -47,7 +47,7 @@ void Stage::ShowRoom(const Area& area) {
 }
 
 template <typename Painter>
-void Stage::Repaint(const Area& area, Painter paint) {
+void MovingPicture::Repaint(const Area& area, Painter paint) {
   cairo_t* context = canvas.Context();
   cairo_save(context);
   cairo_rectangle(context, area.left, area.top, area.right - area.left, area.bottom - area.top);
@@ -58,7 +58,7 @@ void Stage::Repaint(const Area& area, Painter paint) {
   cairo_restore(context);
 }
 
-void Stage::Play(double seconds) {
+void MovingPicture::PaintMoment(double seconds) {
   Repaint(areas[0], [&](cairo_t* context) { presenter.Paint(context, seconds); });
   Repaint(areas[1], [&](cairo_t* context) { PaintClockHands(context, seconds); });
 }
