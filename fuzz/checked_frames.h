@@ -35,7 +35,7 @@ Options DrawOptions(Input& input) {
   Options options;
   vidproc::api::WriteDefaults(TableOf<Options>(), &options, sizeof(options));
   for (const auto fields : {TableOf<Options>().shared, TableOf<Options>().own}) {
-    for (const vidproc::api::OptionField& field : fields) {
+    for (const vidproc_option& field : fields) {
       if (!input.OneIn(3)) continue;
       const std::int32_t value = input.OneIn(4) ? field.also : input.Between(field.low, field.high);
       std::memcpy(reinterpret_cast<char*>(&options) + field.offset, &value, sizeof(value));

@@ -159,6 +159,18 @@ enum {
   VIDPROC_FILTER_TWO_SINCS = 8  ///< product of two sincs, wider with `softening`, `lobes` in the second; in one step
 };
 
+/// A setting of a processor, for hosts that list settings: a field of its options struct.
+typedef struct vidproc_option {
+  const char* name;            ///< the field's, such as "denoise_edge"
+  const char* text;            ///< what it does, in a few English words without a full stop
+  const char* const* choices;  ///< names of the values from 0 to `high`, then null; null where the value is a number
+  size_t offset;               ///< of the field, an int32_t, in the struct
+  int32_t low;                 ///< allowed are low..high
+  int32_t high;
+  int32_t also;           ///< and this, such as 0 of deblock_level; one of low..high where nothing else is
+  int32_t default_value;  ///< that of _options_init
+} vidproc_option;
+
 // --- Pre-processor: denoise, scale, shift luma, dither ---
 
 /// Handle of one stream.
@@ -223,6 +235,9 @@ VIDPROC_API vidproc_status vidproc_pre_options_preset(vidproc_pre_options* optio
 /// last. Static text.
 VIDPROC_API const char* vidproc_pre_preset(int32_t number);
 
+/// The settings by number, from 0, in the order of the struct, without formats and sizes; null beyond the last. Static.
+VIDPROC_API const vidproc_option* vidproc_pre_option(int32_t number);
+
 /// Takes new settings, sizes and formats, at any time. The history of temporal_strength, motion_smoothing and
 /// denoise_auto continues while these stay on and neither input size nor chroma sampling (4:2:2 or 4:2:0) change. After
 /// any failure the handle is exactly as it was, and works on with its former settings.
@@ -244,6 +259,11 @@ VIDPROC_API vidproc_status vidproc_pre_reset(vidproc_pre* pre);
 /// luma level (420 is 4.2); 0 where denoise_auto is 0, before the first frame, and in pictures below some 64 x 16.
 /// @return VIDPROC_ERROR_INVALID_ARGUMENT for null, VIDPROC_ERROR_NOT_CONFIGURED.
 VIDPROC_API vidproc_status vidproc_pre_noise(vidproc_pre* pre, int32_t* noise);
+
+/// *passes is 1 where every frame comes out as it went in, because format, size and siting are equal and no stage has
+/// anything to do, so that a host may keep its frame and leave the call out; else 0.
+/// @return VIDPROC_ERROR_INVALID_ARGUMENT for null, VIDPROC_ERROR_NOT_CONFIGURED.
+VIDPROC_API vidproc_status vidproc_pre_passes_through(vidproc_pre* pre, int32_t* passes);
 
 /// What the last call on this handle found wrong, such as "output.width is 1, allowed 2 to 16384"; empty after success.
 /// Never null; valid until the next call on the handle.
@@ -281,10 +301,12 @@ VIDPROC_API void vidproc_post_destroy(vidproc_post* post);
 VIDPROC_API vidproc_status vidproc_post_options_init(vidproc_post_options* options, size_t size);
 VIDPROC_API vidproc_status vidproc_post_options_preset(vidproc_post_options* options, size_t size, const char* name);
 VIDPROC_API const char* vidproc_post_preset(int32_t number);  ///< "camera", "screen-share", "none"
+VIDPROC_API const vidproc_option* vidproc_post_option(int32_t number);
 VIDPROC_API vidproc_status vidproc_post_configure(vidproc_post* post, const vidproc_post_options* options);
 VIDPROC_API vidproc_status vidproc_post_process(vidproc_post* post, const vidproc_input* input,
                                                 const vidproc_output* output);
 VIDPROC_API vidproc_status vidproc_post_reset(vidproc_post* post);
+VIDPROC_API vidproc_status vidproc_post_passes_through(vidproc_post* post, int32_t* passes);
 VIDPROC_API const char* vidproc_post_last_error(const vidproc_post* post);
 
 // --- Exposure watcher ---

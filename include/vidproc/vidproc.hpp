@@ -169,6 +169,12 @@ class Pre : public detail::Owner<detail::PreFunctions> {
  public:
   using Owner::Owner;
   void Process(const Input& input, const Output& output) { Check(vidproc_pre_process(Get(), &input, &output)); }
+  /// Whether every frame comes out as it went in, see vidproc_pre_passes_through.
+  bool PassesThrough() {
+    std::int32_t passes = 0;
+    Check(vidproc_pre_passes_through(Get(), &passes));
+    return passes != 0;
+  }
   /// The input's noise in hundredths of a luma level, see vidproc_pre_noise.
   std::int32_t Noise() {
     std::int32_t noise = 0;
@@ -182,6 +188,11 @@ class Post : public detail::Owner<detail::PostFunctions> {
  public:
   using Owner::Owner;
   void Process(const Input& input, const Output& output) { Check(vidproc_post_process(Get(), &input, &output)); }
+  bool PassesThrough() {
+    std::int32_t passes = 0;
+    Check(vidproc_post_passes_through(Get(), &passes));
+    return passes != 0;
+  }
 };
 
 /// Exposure watcher of one camera.

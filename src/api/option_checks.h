@@ -13,21 +13,11 @@
 
 namespace vidproc::api {
 
-/// A field of an options struct, all of which are 32 bits wide: low..high, or `also`.
-struct OptionField {
-  const char* name;
-  std::size_t offset;
-  std::int32_t low;
-  std::int32_t high;
-  std::int32_t also;
-  std::int32_t defaultValue;
-};
-
 /// Every field of an options struct but the first, its size. The shared ones lie at the same places in both
 /// processors'.
 struct OptionTable {
-  std::span<const OptionField> shared;
-  std::span<const OptionField> own;
+  std::span<const vidproc_option> shared;
+  std::span<const vidproc_option> own;
   std::size_t structSize;
   std::size_t smallestSize;  ///< of the first version
 };
@@ -35,6 +25,9 @@ struct OptionTable {
 extern const OptionTable kPreOptions;
 extern const OptionTable kPostOptions;
 extern const OptionTable kExposureOptions;
+
+/// A processor's setting by number, formats and sizes of frames left out; null beyond the last.
+const vidproc_option* SettingAt(const OptionTable& table, std::int32_t number) noexcept;
 
 /// Writes the defaults into a struct of `size` bytes, which may be one of a later version.
 vidproc_status WriteDefaults(const OptionTable& table, void* options, std::size_t size) noexcept;

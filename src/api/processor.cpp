@@ -48,6 +48,14 @@ vidproc_status Noise(Processor& processor, std::int32_t* noise) noexcept {
   return VIDPROC_OK;
 }
 
+vidproc_status PassesThrough(Processor& processor, std::int32_t* passes) noexcept {
+  ErrorText& error = processor.error;
+  if (passes == nullptr) return error.Set(VIDPROC_ERROR_INVALID_ARGUMENT, "passes is null, allowed is a place for it");
+  if (processor.pipeline == nullptr) return RefuseUnconfigured(error);
+  *passes = processor.pipeline->PassesThrough() ? 1 : 0;
+  return VIDPROC_OK;
+}
+
 vidproc_status Reset(Processor& processor) noexcept {
   if (processor.pipeline != nullptr) processor.pipeline->ForgetHistory();
   return VIDPROC_OK;
@@ -68,6 +76,7 @@ vidproc_status vidproc_pre_options_preset(vidproc_pre_options* options, size_t s
   return WritePreset(kPreOptions, kPrePresets, name, options, size);
 }
 const char* vidproc_pre_preset(int32_t number) { return PresetName(kPrePresets, number); }
+const vidproc_option* vidproc_pre_option(int32_t number) { return SettingAt(kPreOptions, number); }
 vidproc_status vidproc_pre_configure(vidproc_pre* pre, const vidproc_pre_options* options) {
   return CallHandle(pre, [&](Processor& p) { return ConfigureProcessor(p, kPreOptions, options); });
 }
@@ -75,6 +84,9 @@ vidproc_status vidproc_pre_process(vidproc_pre* pre, const vidproc_input* input,
   return CallHandle(pre, [&](Processor& p) { return Process(p, input, output); });
 }
 vidproc_status vidproc_pre_reset(vidproc_pre* pre) { return CallHandle(pre, Reset); }
+vidproc_status vidproc_pre_passes_through(vidproc_pre* pre, int32_t* passes) {
+  return CallHandle(pre, [&](Processor& p) { return PassesThrough(p, passes); });
+}
 vidproc_status vidproc_pre_noise(vidproc_pre* pre, int32_t* noise) {
   return CallHandle(pre, [&](Processor& p) { return Noise(p, noise); });
 }
@@ -89,6 +101,7 @@ vidproc_status vidproc_post_options_preset(vidproc_post_options* options, size_t
   return WritePreset(kPostOptions, kPostPresets, name, options, size);
 }
 const char* vidproc_post_preset(int32_t number) { return PresetName(kPostPresets, number); }
+const vidproc_option* vidproc_post_option(int32_t number) { return SettingAt(kPostOptions, number); }
 vidproc_status vidproc_post_configure(vidproc_post* post, const vidproc_post_options* options) {
   return CallHandle(post, [&](Processor& p) { return ConfigureProcessor(p, kPostOptions, options); });
 }
@@ -96,6 +109,9 @@ vidproc_status vidproc_post_process(vidproc_post* post, const vidproc_input* inp
   return CallHandle(post, [&](Processor& p) { return Process(p, input, output); });
 }
 vidproc_status vidproc_post_reset(vidproc_post* post) { return CallHandle(post, Reset); }
+vidproc_status vidproc_post_passes_through(vidproc_post* post, int32_t* passes) {
+  return CallHandle(post, [&](Processor& p) { return PassesThrough(p, passes); });
+}
 const char* vidproc_post_last_error(const vidproc_post* post) { return LastError(post, "post is null"); }
 
 }  // extern "C"

@@ -23,6 +23,8 @@ vidproc_status Configure(Processor& processor, const PipelineSettings& settings,
                          const vidproc_frame_info& output) noexcept;
 vidproc_status Process(Processor& processor, const vidproc_input* input, const vidproc_output* output) noexcept;
 vidproc_status Reset(Processor& processor) noexcept;
+/// See vidproc_pre_passes_through.
+vidproc_status PassesThrough(Processor& processor, std::int32_t* passes) noexcept;
 /// Writes what the pipeline estimates, see vidproc_pre_noise.
 vidproc_status Noise(Processor& processor, std::int32_t* noise) noexcept;
 

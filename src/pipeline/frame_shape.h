@@ -16,6 +16,8 @@ struct FrameShape {
   ChromaSiting siting;
   std::int32_t width;
   std::int32_t height;
+
+  bool operator==(const FrameShape&) const = default;
 };
 
 /// Planes of a frame in the order of the format: one for packed frames, luma and pairs for NV12, luma, Cb, Cr for the

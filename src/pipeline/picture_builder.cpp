@@ -194,10 +194,15 @@ Stage* PictureBuilder::ScaleComponent(Stage* input, bool isLuma) {
   return AddPass(input, horizontal, false, horizontalHalvings);
 }
 
-bool PictureBuilder::NeedsLumaPass() const {
+bool PictureBuilder::NeedsPass(bool isLuma) const {
   AxisPass pass;
-  return PlanAxisPass(settings.scaling, settings.role, VerticalAxis(true), 0, pass) ||
-         PlanAxisPass(settings.scaling, settings.role, HorizontalAxis(true), 0, pass);
+  return PlanAxisPass(settings.scaling, settings.role, VerticalAxis(isLuma), 0, pass) ||
+         PlanAxisPass(settings.scaling, settings.role, HorizontalAxis(isLuma), 0, pass);
+}
+
+bool PictureBuilder::ChangesNothing() const {
+  return settings.input == settings.output && !Denoises(settings) && settings.deblockLevel == 0 &&
+         !LumaFinish::IsNeeded(settings) && !NeedsPass(true) && !NeedsPass(false);
 }
 
 /// Chroma rows of 4:2:0 stand twice in the processor's frame; of every two that come out the second is taken.
@@ -215,7 +220,7 @@ void PictureBuilder::ScaleByProcessor() {
 }
 
 void PictureBuilder::AddScaling() {
-  if (ProcessorStep::Serves(settings) && NeedsLumaPass()) return ScaleByProcessor();
+  if (ProcessorStep::Serves(settings) && NeedsPass(true)) return ScaleByProcessor();
   for (Stage** const component : {&rows.luma, &rows.pairs, &rows.cb, &rows.cr}) {
     if (*component != nullptr) *component = ScaleComponent(*component, component == &rows.luma);
   }

@@ -26,6 +26,8 @@ class PictureBuilder {
   void AddDenoising();
   void AddScaling();
   void AddLumaFinish();
+  /// Whether no stage has anything to do, and the output is of the input's shape.
+  bool ChangesNothing() const;
   /// Chooses a step of the ladder of denoising settings for the frames to come.
   void UseDenoiseStep(std::size_t step);
 
@@ -55,7 +57,7 @@ class PictureBuilder {
   void PickChromaRows(std::int32_t count, const RowOf& rowOf);
   void ScaleByProcessor();
   void AddDenoisingPass(const DenoisePlans& plans);
-  bool NeedsLumaPass() const;
+  bool NeedsPass(bool isLuma) const;
   Stage* AddPass(Stage* input, const AxisRequest& axis, bool isVertical, std::int32_t number);
   Stage* ScaleComponent(Stage* input, bool isLuma);
 

@@ -19,6 +19,7 @@ struct Pipeline::Stages {
   const PipelineSettings settings;
   const KernelTable& kernels = Kernels();
   PictureBuilder picture{settings, kernels};
+  const bool passesThrough = picture.ChangesNothing();
   std::unique_ptr<FrameSink> sink;
   std::optional<NoiseEstimator> noise;  ///< of automatic denoising
 };
@@ -80,6 +81,8 @@ void Pipeline::ForgetHistory() noexcept {
   }
   if (stages->noise) stages->noise->Forget();
 }
+
+bool Pipeline::PassesThrough() const noexcept { return stages->passesThrough; }
 
 std::int32_t Pipeline::Noise() const noexcept { return stages->noise ? stages->noise->Deviation() : 0; }
 

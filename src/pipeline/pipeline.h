@@ -72,6 +72,8 @@ class Pipeline {
   void TakeHistory(Pipeline& replaced) noexcept;
   /// The next frame is the first one.
   void ForgetHistory() noexcept;
+  /// Whether every frame comes out as it went in.
+  bool PassesThrough() const noexcept;
   /// The noise's estimated standard deviation in hundredths of a luma level; 0 where denoising is not automatic.
   std::int32_t Noise() const noexcept;
   /// Input and output are the very same frame or share no byte. Takes no memory and no lock.

@@ -3,7 +3,9 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
+#include <initializer_list>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "support/api_frames.h"
@@ -191,6 +193,98 @@ TEST(Settings, DefaultsDoNothingButScale) {
   // The rest lies where the pre-processor has it.
   post.struct_size = pre.struct_size;
   EXPECT_EQ(std::memcmp(&pre, &post, offsetof(vidproc_post_options, deblock_level)), 0);
+}
+
+/// Every setting between the frames' infos and the end of the struct is listed, and its range is the one that holds.
+template <typename Options, typename Stream>
+void ExpectListed(const vidproc_option* (*optionAt)(std::int32_t)) {
+  EXPECT_EQ(optionAt(-1), nullptr);
+  const auto options = WithSizes<Options>(64, 36, 32, 18);
+  std::size_t end = offsetof(Options, alignment);
+  for (std::int32_t number = 0; const vidproc_option* const option = optionAt(number); ++number) {
+    SCOPED_TRACE(option->name);
+    EXPECT_EQ(option->offset, end);
+    end += sizeof(std::int32_t);
+    EXPECT_NE(std::string(option->text), "");
+    Stream stream(options);
+    const auto take = [&](std::int32_t value) {
+      Options changed = options;
+      std::memcpy(reinterpret_cast<char*>(&changed) + option->offset, &value, sizeof(value));
+      stream.Configure(changed);
+    };
+    for (const std::int32_t value : {option->low, option->high, option->also}) EXPECT_NO_THROW(take(value));
+    for (const std::int32_t value : {option->low - 1, option->high + 1}) EXPECT_THROW(take(value), vidproc::Error);
+    EXPECT_EQ(std::memcmp(&option->default_value, reinterpret_cast<const char*>(&options) + option->offset, 4), 0);
+    if (option->choices == nullptr) continue;
+    for (std::int32_t value = 0; value <= option->high; ++value) EXPECT_NE(option->choices[value], nullptr);
+    EXPECT_EQ(option->choices[option->high + 1], nullptr);
+  }
+  EXPECT_EQ(end, sizeof(Options));
+}
+
+TEST(Settings, AreListedWithTheirRanges) {
+  ExpectListed<vidproc::PreOptions, vidproc::Pre>(vidproc_pre_option);
+  ExpectListed<vidproc::PostOptions, vidproc::Post>(vidproc_post_option);
+}
+
+/// A stream passes through if its frames come back, of noise as of anything.
+template <typename Options, typename Stream>
+void ExpectPassing(bool passes, void (*change)(Options&)) {
+  for (const vidproc_format format : kFormats) {
+    Options options;
+    options.input = options.output = {format, 41, 23, VIDPROC_SITING_LEFT};
+    options.dither_seed = 1;
+    change(options);
+    Stream stream(options);
+    EXPECT_EQ(stream.PassesThrough(), passes) << format;
+    TightFrame in(options.input, 0), out(options.output, 0);
+    std::uint32_t state = 1;
+    for (std::uint8_t& byte : in.bytes) byte = static_cast<std::uint8_t>((state = state * 1664525 + 1013904223) >> 24);
+    const bool isPacked = format == VIDPROC_FORMAT_UYVY || format == VIDPROC_FORMAT_YUYV;
+    const std::size_t secondLuma = format == VIDPROC_FORMAT_UYVY ? 3 : 2;  // of the last pair, beyond the picture
+    for (std::size_t row = 0; isPacked && row < 23; ++row) {
+      in.bytes[row * 84 + 80 + secondLuma] = in.bytes[row * 84 + 80 + secondLuma - 2];
+    }
+    stream.Process(in.Read(), out.Write());
+    EXPECT_EQ(in.bytes == out.bytes, passes) << format;
+  }
+}
+
+TEST(Settings, ThatChangeNothingAreToldApart) {
+  using Pre = vidproc::PreOptions;
+  using Post = vidproc::PostOptions;
+  for (const auto change : std::initializer_list<void (*)(Pre&)>{
+           [](Pre&) {},
+           [](Pre& o) { o.filter = VIDPROC_FILTER_LANCZOS, o.taps = 16, o.alignment = VIDPROC_ALIGNMENT_CORNERS; },
+           [](Pre& o) { o.denoise_softening = 99, o.denoise_passes = 3, o.temporal_shift = 2; },
+       }) {
+    ExpectPassing<Pre, vidproc::Pre>(true, change);
+  }
+  for (const auto change : std::initializer_list<void (*)(Pre&)>{
+           [](Pre& o) { o.sharpening = 3; },
+           [](Pre& o) { o.filter = VIDPROC_FILTER_GAUSSIAN, o.softening = 30; },
+           [](Pre& o) { o.output.siting = VIDPROC_SITING_CENTRE; },
+           [](Pre& o) { o.output.width = 40; },
+           [](Pre& o) { o.luma_offset = 1; },
+           [](Pre& o) { o.dither_level = 5; },
+           [](Pre& o) { o.denoise_edge = 1; },
+       }) {
+    ExpectPassing<Pre, vidproc::Pre>(false, change);
+  }
+  ExpectPassing<Post, vidproc::Post>(true, [](Post&) {});
+  ExpectPassing<Post, vidproc::Post>(false, [](Post& o) { o.deblock_level = 90; });
+  // Their first frames come out as they went in, later ones need not.
+  for (auto [field, value] : {std::pair(&Pre::temporal_strength, 9), std::pair(&Pre::denoise_auto, 100)}) {
+    auto options = WithSizes<Pre>(64, 36, 64, 36);
+    options.output = options.input;
+    options.*field = value;
+    EXPECT_FALSE(vidproc::Pre(options).PassesThrough());
+  }
+  vidproc::Pre pre;
+  std::int32_t passes = 7;
+  EXPECT_EQ(vidproc_pre_passes_through(pre.Get(), &passes), VIDPROC_ERROR_NOT_CONFIGURED);
+  EXPECT_EQ(vidproc_pre_passes_through(pre.Get(), nullptr), VIDPROC_ERROR_INVALID_ARGUMENT);
+  EXPECT_EQ(passes, 7);
 }
 
 }  // namespace

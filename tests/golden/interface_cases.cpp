@@ -53,10 +53,10 @@ template <typename Options>
 std::string Describe(const vidproc::api::OptionTable& table, const Options& options) {
   std::string text;
   for (const auto fields : {table.shared, table.own}) {
-    for (const vidproc::api::OptionField& field : fields) {
+    for (const vidproc_option& field : fields) {
       std::int32_t value = 0;
       std::memcpy(&value, reinterpret_cast<const char*>(&options) + field.offset, sizeof(value));
-      if (value != field.defaultValue) text += std::string(" ") + field.name + " " + std::to_string(value);
+      if (value != field.default_value) text += std::string(" ") + field.name + " " + std::to_string(value);
     }
   }
   return text;
