@@ -1,5 +1,5 @@
-# What surrounds the library in its own build: the tool, the benchmarks, the tests. A part whose packages are missing is
-# left out, and configuring says so.
+# What surrounds the library in its own build: the tool, the plugins, the benchmarks, the tests. A part whose packages are
+# missing is left out, and configuring says so.
 find_package(PkgConfig QUIET)
 find_package(CLI11 QUIET)
 find_package(nlohmann_json QUIET)
@@ -8,6 +8,7 @@ find_package(GTest QUIET)
 if(PkgConfig_FOUND)
   pkg_check_modules(FFMPEG QUIET IMPORTED_TARGET libavformat libavcodec libavfilter libavutil)
   pkg_check_modules(CAIRO QUIET IMPORTED_TARGET cairo)
+  pkg_check_modules(GSTREAMER QUIET IMPORTED_TARGET gstreamer-video-1.0)
   pkg_check_modules(SWSCALE QUIET IMPORTED_TARGET libswscale libavutil)
 endif()
 include(CheckLinkerFlag)
@@ -39,6 +40,9 @@ endif()
 if(VIDPROC_BUILD_BENCH)
   vidproc_add_optional(bench "the benchmarks" benchmark CAIRO)
   vidproc_add_optional(tools/bank_search "the search of the automatic filter" SWSCALE)
+endif()
+if(VIDPROC_BUILD_GSTREAMER)
+  vidproc_add_optional(plugins/gstreamer "the GStreamer plugin" GSTREAMER)
 endif()
 if(VIDPROC_BUILD_FUZZERS)
   add_subdirectory(fuzz)
