@@ -1,7 +1,7 @@
 // What the command-line tool reads and writes: frames, their meaning and their times, in every container.
 #include <gtest/gtest.h>
 
-#include <array>
+#include <algorithm>
 #include <string>
 #include <vector>
 
@@ -11,157 +11,133 @@
 namespace {
 
 using namespace testing_support;
+using Times = std::vector<std::int64_t>;
 
-bool IsSame(AVRational a, AVRational b) { return a.num == b.num && a.den == b.den; }
+constexpr int kWidth = 64, kHeight = 48;
+constexpr std::size_t kLuma = std::size_t{kWidth} * kHeight, kBytes = kLuma * 3 / 2;
 
-TEST_F(ToolTest, CarriesFramesWithoutLoss) {
-  MakeClip(Path("in.mkv"), {});
-  std::string frames;
-  for (const std::string& frame : Examine(Path("in.mkv")).frames) frames += frame;
-  ASSERT_EQ(frames.size(), 4U * 64 * 48 * 3 / 2);
-  EXPECT_TRUE(Made("post in.mkv", "a.yuv") == frames);
-  Made("post in.mkv", "a.Y4M");
+class ToolFilesTest : public ToolTest {
+ protected:
+  void SetUp() override {
+    ToolTest::SetUp();
+    Put("in.yuv", frames);
+  }
+  const std::string frames = RawFrames({VIDPROC_FORMAT_I420, kWidth, kHeight, VIDPROC_SITING_LEFT}, 4);
+  const std::string raw = "post in.yuv --input-res 64x48 ";
+};
+
+TEST_F(ToolFilesTest, CarriesFramesWithoutLoss) {
+  Made(raw, "a.Y4M");
   Made("post a.Y4M --codec ffv1", "b.MKV");
-  EXPECT_TRUE(Made("post b.MKV", "b.yuv") == frames);
-  for (const std::string line :
-       {"cat b.MKV | vidproc post - -f rawvideo -o - >c.yuv", "vidproc post a.Y4M -o - | vidproc post - -o c.yuv",
-        "vidproc post b.yuv --input-res 64x48 -o - | vidproc post -i /dev/stdin -o c.yuv",
-        "vidproc post b.MKV -f rawvideo -o /dev/stdout | cat >c.yuv",
-        "mkfifo pipe; cat b.MKV >pipe & vidproc post pipe -o c.yuv"}) {
-    EXPECT_EQ(Shell(line).status, 0) << line;
+  for (const std::string line : {"vidproc post b.MKV -o c.yuv", "cat b.MKV | vidproc post - -f rawvideo -o - >c.yuv",
+                                 "vidproc post a.Y4M -o - | vidproc post - -o c.yuv",
+                                 "vidproc post b.MKV -f rawvideo -o /dev/stdout | cat >c.yuv",
+                                 "vidproc post in.yuv --input-res 64x48 -o - | vidproc post -i /dev/stdin -o c.yuv",
+                                 "mkfifo pipe; cat b.MKV >pipe & vidproc post pipe -o c.yuv"}) {
+    EXPECT_EQ(Shell("rm -f c.yuv; " + line).status, 0) << line;
     EXPECT_TRUE(File("c.yuv") == frames) << line;
   }
+  EXPECT_TRUE(Made(raw + "--skip 1 --frames 2", "d.yuv") == frames.substr(kBytes, 2 * kBytes));
+  EXPECT_TRUE(Made("post b.MKV --seek 3 --frames 9", "d.yuv") == frames.substr(3 * kBytes));
+  ExpectComplaint(Tool("post b.MKV --skip 4 -o d.yuv"), 1, {"b.MKV", "4 frames"});
 }
 
-TEST_F(ToolTest, WritesH264OfTheAskedQuality) {
-  const std::string fine = Made("pre " + kScene + " --crf 10", "fine.mp4");
-  const std::string coarse = Made("pre " + kScene + " --crf 40", "coarse.mkv");
-  EXPECT_GT(fine.size(), coarse.size());
-  EXPECT_EQ(Examine(Path("coarse.mkv")).codec, "h264");
-  EXPECT_EQ(Examine(Path("fine.mp4")).frames.size(), 4U);
+TEST_F(ToolFilesTest, EncodesAsAsked) {
+  EXPECT_GT(Made("pre " + kScene + " --crf 10", "fine.mp4").size(),
+            Made("pre " + kScene + " --crf 40", "coarse.mkv").size());
   Made("pre " + kScene + " --codec mjpeg", "x.avi");
-  EXPECT_EQ(Examine(Path("x.avi")).codec, "mjpeg");
+  EXPECT_EQ(Examine(Path("fine.mp4")).video->codecpar->codec_id, AV_CODEC_ID_H264);
+  EXPECT_EQ(Examine(Path("coarse.mkv")).milliseconds.size(), 4U);
+  EXPECT_EQ(Examine(Path("x.avi")).video->codecpar->codec_id, AV_CODEC_ID_MJPEG);
 }
 
-TEST_F(ToolTest, WritesChecksumsAndNothing) {
-  MakeClip(Path("in.mkv"), {});
-  ASSERT_EQ(Tool("post in.mkv -o /dev/null --framemd5 sums").status, 0);
-  ASSERT_EQ(Tool("post in.mkv -f framemd5 -o again").status, 0);
+TEST_F(ToolFilesTest, WritesChecksumsAndNothing) {
+  ASSERT_EQ(Tool(raw + "-o /dev/null --framemd5 sums").status, 0);
+  EXPECT_EQ(Made(raw + "-f framemd5", "again"), File("sums"));
   EXPECT_EQ(Lines(File("sums")).size(), 9U + 4);
-  EXPECT_EQ(File("again"), File("sums"));
-  Made("post in.mkv --frames 1", "one.yuv");
+  Put("one.yuv", frames.substr(0, kBytes));
   const std::string sum = Shell("md5sum <one.yuv").out.substr(0, 32);
   EXPECT_NE(Lines(File("sums")).at(9).find(sum), std::string::npos) << File("sums");
-  EXPECT_EQ(Shell("vidproc post in.mkv -f null -o - | wc -c").out, "0\n");
+  EXPECT_EQ(Shell("vidproc " + raw + "-f null -o - | wc -c").out, "0\n");
 }
 
-TEST_F(ToolTest, CarriesWhatColoursMean) {
-  ClipSettings bt601;
-  bt601.range = AVCOL_RANGE_JPEG;
-  bt601.matrix = AVCOL_SPC_BT470BG;
-  bt601.primaries = AVCOL_PRI_BT470BG;
-  bt601.transfer = AVCOL_TRC_SMPTE170M;
-  bt601.location = AVCHROMA_LOC_CENTER;
-  bt601.sampleAspect = {4, 3};
-  ClipSettings bt709;
-  bt709.range = AVCOL_RANGE_MPEG;
-  bt709.matrix = AVCOL_SPC_BT709;
-  bt709.primaries = AVCOL_PRI_BT709;
-  bt709.transfer = AVCOL_TRC_BT709;
-  bt709.location = AVCHROMA_LOC_LEFT;
-  for (const ClipSettings& settings : {bt601, bt709}) {
-    MakeClip(Path("in.mkv"), settings);
-    for (const std::string name : {"a.mkv", "a.mp4", "b.mkv --codec ffv1"}) {
-      SCOPED_TRACE(name);
-      const Outcome outcome = Tool("pre in.mkv --size 32x -o " + name);
-      EXPECT_EQ(outcome.status, 0);
-      EXPECT_EQ(outcome.err, "");
-      const ClipFacts facts = Examine(Path(name.substr(0, name.find(' '))));
-      EXPECT_EQ(facts.range, settings.range);
-      EXPECT_EQ(facts.matrix, settings.matrix);
-      EXPECT_EQ(facts.primaries, settings.primaries);
-      EXPECT_EQ(facts.transfer, settings.transfer);
-      EXPECT_EQ(facts.location, settings.location);
-      EXPECT_TRUE(settings.sampleAspect.num == 0 || IsSame(facts.sampleAspect, settings.sampleAspect));
-      EXPECT_EQ(facts.width, 32);
-      EXPECT_EQ(facts.height, 24);
-    }
-    const bool isFull = settings.range == AVCOL_RANGE_JPEG;
-    const std::string header = Lines(Made("post in.mkv", "a.y4m")).at(0);
-    EXPECT_NE(header.find(isFull ? "C420jpeg" : "C420mpeg2"), std::string::npos) << header;
-    EXPECT_NE(header.find(isFull ? "COLORRANGE=FULL" : "COLORRANGE=LIMITED"), std::string::npos) << header;
-  }
-}
-
-TEST_F(ToolTest, TagsAndSaysWhatItAssumes) {
+TEST_F(ToolFilesTest, CarriesWhatColoursMeanAndSaysWhatItAssumes) {
+  Put("full.y4m", "YUV4MPEG2 W64 H48 F25:1 A4:3 C420jpeg XCOLORRANGE=FULL\nFRAME\n" + std::string(kBytes, '\x80'));
+  Put("large.y4m",
+      "YUV4MPEG2 W64 H720 F25:1 A1:1 C420mpeg2\nFRAME\n" + std::string(std::size_t{64} * 720 * 3 / 2, '\x80'));
   const struct {
-    int width, height;
-    std::string words;
+    std::string input, assumed, header;
+    AVRational aspect;
     AVColorSpace matrix;
-  } cases[] = {{64, 48, "BT.601", AVCOL_SPC_SMPTE170M}, {32, 720, "BT.709", AVCOL_SPC_BT709}};
+    AVColorPrimaries primaries;
+    AVColorTransferCharacteristic transfer;
+  } cases[] = {
+      {"full.y4m",
+       "taken and tagged as BT.601",
+       " A4:3 C420jpeg XYSCSS=420JPEG XCOLORRANGE=FULL",
+       {4, 3},
+       AVCOL_SPC_SMPTE170M,
+       AVCOL_PRI_SMPTE170M,
+       AVCOL_TRC_SMPTE170M},
+      {"large.y4m",
+       "taken and tagged as BT.709, limited range",
+       " A1:1 C420mpeg2 XYSCSS=420MPEG2 XCOLORRANGE=LIMITED",
+       {1, 1},
+       AVCOL_SPC_BT709,
+       AVCOL_PRI_BT709,
+       AVCOL_TRC_BT709},
+      {kScene + " --output-csp yuv420p",
+       "",
+       " A1:1 C420mpeg2 XYSCSS=420MPEG2 XCOLORRANGE=LIMITED",
+       {1, 1},
+       AVCOL_SPC_BT709,
+       AVCOL_PRI_BT709,
+       AVCOL_TRC_BT709},
+  };
   for (const auto& one : cases) {
-    ClipSettings settings;
-    settings.width = one.width;
-    settings.height = one.height;
-    settings.milliseconds = {0};
-    MakeClip(Path("in.mkv"), settings);
-    const Outcome outcome = Tool("pre in.mkv --size 32x40 -o out.mkv");
-    EXPECT_NE(outcome.err.find("in.mkv does not say what its colours mean; taken and tagged as " + one.words),
-              std::string::npos)
-        << outcome.err;
-    EXPECT_EQ(Examine(Path("out.mkv")).matrix, one.matrix);
-    EXPECT_EQ(Examine(Path("out.mkv")).range, AVCOL_RANGE_MPEG);
-    EXPECT_EQ(Tool("pre in.mkv --quiet -o out.mkv").err, "");
+    const Outcome outcome = Tool("pre " + one.input + " -o a.mkv");
+    EXPECT_NE((outcome.err + "\n").find(one.assumed + "\n"), std::string::npos) << outcome.err;
+    EXPECT_EQ(Tool("pre " + one.input + " --quiet -o a.y4m").err, "");
+    EXPECT_NE(Lines(File("a.y4m")).at(0).find(one.header), std::string::npos) << Lines(File("a.y4m"))[0];
+    // With tags nothing is assumed: neither said nor guessed from the size, which is another.
+    for (const std::string result : {"b.mkv", "b.mp4", "b.mkv --codec ffv1"}) {
+      SCOPED_TRACE(one.input + " " + result);
+      EXPECT_EQ(Tool("pre a.mkv --size x40 -o " + result).err, "");
+      const ClipFacts facts = Examine(Path(result.substr(0, result.find(' '))));
+      const AVCodecParameters& made = *facts.video->codecpar;
+      const bool isFull = one.input == "full.y4m";
+      EXPECT_EQ(made.color_range, isFull ? AVCOL_RANGE_JPEG : AVCOL_RANGE_MPEG);
+      EXPECT_EQ(made.chroma_location, isFull ? AVCHROMA_LOC_CENTER : AVCHROMA_LOC_LEFT);
+      EXPECT_EQ(made.color_space, one.matrix);
+      EXPECT_EQ(made.color_primaries, one.primaries);
+      EXPECT_EQ(made.color_trc, one.transfer);
+      EXPECT_EQ(av_cmp_q(facts.video->sample_aspect_ratio, one.aspect), 0);
+    }
   }
 }
 
-TEST_F(ToolTest, ConvertsRgbByTheRightMatrixAndRange) {
-  std::string picture = "P6 16 16 255\n";
-  for (int i = 0; i < 256; ++i) picture += i < 128 ? std::string{0, '\xbf', 0} : std::string(3, '\xff');
-  Put("in.ppm", picture);
-  const std::string frame = Made("post in.ppm", "a.i422");
-  const auto at = [&](std::size_t place) { return static_cast<unsigned char>(frame.at(place)); };
-  EXPECT_NEAR(at(0), 112, 1);  // BT.601, limited
-  EXPECT_NEAR(at(256), 72, 1);
-  EXPECT_NEAR(at(256 + 128), 58, 1);
-  EXPECT_EQ(at(255), 235);
-  EXPECT_NE(Tool("post in.ppm -o b.mkv").err.find("in.ppm is RGB; converted to BT.601, limited range"),
-            std::string::npos);
-  EXPECT_EQ(Examine(Path("b.mkv")).matrix, AVCOL_SPC_SMPTE170M);
-  Made("post in.ppm", "c.png");
-  const std::string back = Examine(Path("c.png")).frames.at(0);
-  EXPECT_NEAR(static_cast<unsigned char>(back[0]), 0, 2);
-  EXPECT_NEAR(static_cast<unsigned char>(back[1]), 0xbf, 2);
-  EXPECT_NEAR(static_cast<unsigned char>(back[2]), 0, 2);
-  EXPECT_EQ(static_cast<unsigned char>(back.back()), 255);
-  // White of full range stays white.
-  Put("full.y4m", "YUV4MPEG2 W16 H16 F30:1 C420jpeg XCOLORRANGE=FULL\nFRAME\n" + std::string(256, '\xff') +
-                      std::string(128, '\x80'));
-  Made("post full.y4m", "white.png");
-  EXPECT_EQ(Examine(Path("white.png")).frames.at(0), std::string(768, '\xff'));
-  EXPECT_EQ(Made("post full.y4m", "full.yuv"), std::string(256, '\xff') + std::string(128, '\x80'));
-}
-
-TEST_F(ToolTest, SaysWhatItCannotKeep) {
-  ClipSettings clip;
-  clip.format = AV_PIX_FMT_YUV420P10;
-  MakeClip(Path("ten.mkv"), clip);
-  clip.transfer = AVCOL_TRC_SMPTE2084;
-  MakeClip(Path("hdr.mkv"), clip);
-  clip = {};
-  clip.format = AV_PIX_FMT_YUVA420P;
-  MakeClip(Path("alpha.mkv"), clip);
-  clip = {};
-  clip.soundPackets = 4;
-  MakeClip(Path("sound.mkv"), clip);
-  clip = {};
-  clip.milliseconds = {0, 40, 400, 440, 1000};
-  MakeClip(Path("vary.mkv"), clip);
+TEST_F(ToolFilesTest, SaysWhatItCannotKeep) {
+  std::string wide;
+  for (std::size_t i = 0; i < kBytes; ++i) wide += {static_cast<char>(i * 7 & 255), static_cast<char>(1 + i % 2)};
+  Put("ten.bin", wide);
+  const std::string ten = "post ten.bin --input-csp yuv420p10le --input-res 64x48";
+  const std::string eight = Made(ten, "x.yuv");
+  for (std::size_t i = 0; i < kBytes; ++i) {
+    const int value = static_cast<unsigned char>(wide[2 * i]) + 256 * wide[2 * i + 1];
+    ASSERT_NEAR(static_cast<unsigned char>(eight.at(i)), value / 4.0, 1) << i;
+  }
+  std::string hdr = Made("post " + kScene + " --codec ffv1 --output-csp yuv420p10le", "ten.mkv");
+  hdr.at(hdr.find("\x55\xba\x81") + 3) = 16;  // the transfer: PQ
+  Put("hdr.mkv", hdr);
+  ExpectComplaint(Tool("post hdr.mkv -o x.mkv"), 1, {"hdr.mkv", "high dynamic range", "zscale"});
+  Made("post " + kScene + " --codec ffv1 --output-csp yuva420p", "alpha.mkv");
+  Put("sound.mkv", MatroskaClip({0}, {frames}, 4));
+  Put("vary.mkv", MatroskaClip({0, 40, 400, 440, 1000}, {frames}, 0));
   Put("fields.y4m", "YUV4MPEG2 W16 H16 F25:1 It C420mpeg2\nFRAME\n" + std::string(384, '\x80'));
   const struct {
     std::string arguments, words;
   } cases[] = {
-      {"post ten.mkv -o x.mkv", "ten.mkv has 10 bits a sample; reduced to 8"},
+      {ten + " -o x.mkv", "ten.bin has 10 bits a sample; reduced to 8"},
       {"post alpha.mkv -o x.mkv", "alpha.mkv has an alpha channel, which is dropped"},
       {"post sound.mkv -o x.y4m", "x.y4m is without 1 stream of sound"},
       {"post vary.mkv -o x.y4m", "frames do not come at one rate"},
@@ -173,86 +149,63 @@ TEST_F(ToolTest, SaysWhatItCannotKeep) {
     EXPECT_NE(outcome.err.find(one.words), std::string::npos) << outcome.err;
     EXPECT_EQ(Tool(one.arguments + " -q").err, "");
   }
-  ExpectComplaint(Tool("post hdr.mkv -o x.mkv"), 1, {"hdr.mkv", "high dynamic range", "zscale"});
-  const std::string ten = Examine(Path("ten.mkv")).frames.at(0), eight = Made("post ten.mkv --frames 1", "x.yuv");
-  for (std::size_t i = 0; i < 64 * 48; ++i) {
-    const int wide = static_cast<unsigned char>(ten[2 * i]) + 256 * static_cast<unsigned char>(ten[2 * i + 1]);
-    ASSERT_NEAR(static_cast<unsigned char>(eight[i]), wide / 4.0, 1) << i;
-  }
 }
 
-TEST_F(ToolTest, KeepsSoundAndVaryingTimes) {
-  ClipSettings clip;
-  clip.milliseconds = {0, 40, 400, 440, 1000};
-  clip.soundPackets = 50;
-  MakeClip(Path("in.mkv"), clip);
+TEST_F(ToolFilesTest, KeepsSoundAndVaryingTimes) {
+  const Times times = {0, 40, 400, 440, 1000};
+  Put("in.mkv", MatroskaClip(times, {frames.substr(0, kBytes), frames.substr(kBytes, kBytes)}, 50));
   const std::string sound = Examine(Path("in.mkv")).sound;
   ASSERT_EQ(sound.size(), 50U * 320);
   for (const std::string name : {"a.mkv", "a.mov"}) {
-    const Outcome outcome = Tool("post in.mkv -q -o " + name);
-    EXPECT_EQ(outcome.status, 0) << outcome.err;
-    EXPECT_EQ(Examine(Path(name)).milliseconds, clip.milliseconds) << name;
+    Made("post in.mkv -q", name);
+    EXPECT_EQ(Examine(Path(name)).milliseconds, times) << name;
     EXPECT_EQ(Examine(Path(name)).sound, sound) << name;
   }
-  ASSERT_EQ(Tool("post in.mkv -q --skip 2 -o b.mkv").status, 0);
-  EXPECT_EQ(Examine(Path("b.mkv")).milliseconds, (std::vector<std::int64_t>{0, 40, 600}));
+  Made("post in.mkv -q --skip 2", "b.mkv");
+  EXPECT_EQ(Examine(Path("b.mkv")).milliseconds, (Times{0, 40, 600}));
   EXPECT_EQ(Examine(Path("b.mkv")).sound, sound.substr(20 * 320));
+  Put("odd.mkv", MatroskaClip(times, {frames.substr(0, kBytes)}, 2, "A_XYZ"));  // sound that it cannot decode
+  EXPECT_EQ(Made("post odd.mkv -q", "x.yuv").size(), 5 * kBytes);
 }
 
-TEST_F(ToolTest, TurnsWhatIsToBeShownTurned) {
-  for (const int rotation : {90, 180, 270}) {
-    SCOPED_TRACE(rotation);
-    ClipSettings clip;
-    clip.rotation = rotation;
-    clip.sampleAspect = {2, 1};
-    MakeClip(Path("in.mov"), clip);
-    ASSERT_EQ(Examine(Path("in.mov")).rotation, rotation == 270 ? -90 : rotation == 180 ? -180 : 90);
-    EXPECT_EQ(Tool("post in.mov -q --codec ffv1 -o out.mkv").status, 0);
-    const ClipFacts in = Examine(Path("in.mov")), out = Examine(Path("out.mkv"));
-    const bool isUpright = rotation == 180;
-    EXPECT_EQ(out.width, isUpright ? 64 : 48);
-    EXPECT_EQ(out.height, isUpright ? 48 : 64);
-    EXPECT_EQ(out.rotation, 0);
-    EXPECT_TRUE(IsSame(out.sampleAspect, isUpright ? AVRational{2, 1} : AVRational{1, 2}));
-    const std::string& from = in.frames.at(1);
-    const std::string& to = out.frames.at(1);
-    for (int y = 0; y < out.height; ++y) {
-      for (int x = 0; x < out.width; ++x) {
-        const int fromX = isUpright ? 63 - x : rotation == 90 ? 63 - y : y;
-        const int fromY = isUpright ? 47 - y : rotation == 90 ? x : 47 - x;
-        ASSERT_EQ(to[static_cast<std::size_t>(y * out.width + x)], from[static_cast<std::size_t>(fromY * 64 + fromX)])
-            << x << " " << y;
+/// Big-endian, 16 bits behind the point.
+std::string Fixed(int value) { return {static_cast<char>(value < 0 ? 0xff : 0), static_cast<char>(value), 0, 0}; }
+
+TEST_F(ToolFilesTest, TurnsWhatIsToBeShownTurned) {
+  Put("in.y4m", "YUV4MPEG2 W64 H48 F25:1 A2:1 C420mpeg2\nFRAME\n" + frames.substr(0, kBytes));
+  std::string clip = Made("post in.y4m -q --crf 0", "in.mov");
+  const std::size_t matrix = clip.find("tkhd") + 44;
+  const struct {
+    int a, b, c, d;
+  } matrices[] = {{1, 0, 0, -1}, {-1, 0, 0, 1}, {-1, 0, 0, -1}, {0, 1, -1, 0},
+                  {0, -1, 1, 0}, {0, 1, 1, 0},  {0, -1, -1, 0}};
+  for (const auto& [a, b, c, d] : matrices) {
+    SCOPED_TRACE(::testing::Message() << a << " " << b << " " << c << " " << d);
+    clip.replace(matrix, 20, Fixed(a) + Fixed(b) + Fixed(0) + Fixed(c) + Fixed(d));
+    Put("turned.mov", clip);
+    const int width = a != 0 ? kWidth : kHeight, height = a != 0 ? kHeight : kWidth;
+    std::string expected(kLuma, '\0');
+    for (int y = 0; y < kHeight; ++y) {
+      for (int x = 0; x < kWidth; ++x) {
+        const int toX = a * x + c * y + (a + c < 0 ? width - 1 : 0), toY = b * x + d * y + (b + d < 0 ? height - 1 : 0);
+        expected.at(static_cast<std::size_t>(toY * width + toX)) = frames[static_cast<std::size_t>(y * kWidth + x)];
       }
     }
+    const std::string made = Made("post turned.mov -q", "out.y4m");
+    EXPECT_TRUE(made.starts_with(a != 0 ? "YUV4MPEG2 W64 H48 F25:1 Ip A2:1 " : "YUV4MPEG2 W48 H64 F25:1 Ip A1:2 "));
+    EXPECT_TRUE(made.substr(made.find("FRAME\n") + 6, kLuma) == expected);
   }
 }
 
-TEST_F(ToolTest, ReadsAndWritesPictures) {
-  MakeClip(Path("in.mkv"), {});
-  ASSERT_EQ(Tool("post in.mkv -q -o f%03d.png").status, 0);
+TEST_F(ToolFilesTest, ReadsAndWritesPictures) {
+  ASSERT_EQ(Tool(raw + "-q -o f%03d.png").status, 0);
   ASSERT_TRUE(fs::exists(Path("f004.png")));
   EXPECT_FALSE(fs::exists(Path("f005.png")));
-  for (const std::string number : {"1", "3"}) {
-    ASSERT_EQ(Tool("post in.mkv -q --frames " + number + " -o last.png").status, 0);
-    EXPECT_EQ(File("last.png"), File("f00" + number + ".png"));
-  }
-  ASSERT_EQ(Tool("post f%03d.png -q --fps 10 --codec ffv1 --output-csp bgr0 -o again.mkv").status, 0);
-  const ClipFacts again = Examine(Path("again.mkv"));
-  EXPECT_EQ(again.milliseconds, (std::vector<std::int64_t>{0, 100, 200, 300}));
-  const Outcome over = Tool("post f%03d.png -q -o f%03d.png");
-  ExpectComplaint(over, 1, {"f001.png", "read"});
-}
-
-TEST_F(ToolTest, LeavesSoundAloneThatItCannotDecode) {
-  ClipSettings clip;
-  clip.soundPackets = 2;
-  MakeClip(Path("in.mkv"), clip);
-  std::string bytes = File("in.mkv");
-  const std::size_t codec = bytes.find("A_PCM/INT/LIT");
-  ASSERT_NE(codec, std::string::npos);
-  Put("odd.mkv", bytes.replace(codec, 13, "A_XYZ/INT/LIT"));
-  EXPECT_EQ(Tool("post odd.mkv -o x.yuv").status, 0);
-  EXPECT_EQ(File("x.yuv").size(), 4U * 64 * 48 * 3 / 2);
+  EXPECT_EQ(Made(raw + "-q", "first.png"), File("f001.png"));
+  EXPECT_EQ(Made(raw + "-q --frames 3", "third.png"), File("f003.png"));
+  Made("post f%03d.png -q --fps 10 --codec ffv1 --output-csp bgr0", "again.mkv");
+  EXPECT_EQ(Examine(Path("again.mkv")).milliseconds, (Times{0, 100, 200, 300}));
+  ExpectComplaint(Tool("post f%03d.png -q -o f%03d.png"), 1, {"f001.png", "read"});
 }
 
 }  // namespace

@@ -8,6 +8,7 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <map>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -16,15 +17,6 @@
 namespace testing_support {
 
 namespace fs = std::filesystem;
-
-inline std::string ReadFile(const fs::path& path) {
-  std::ifstream file(path, std::ios::binary);
-  return {std::istreambuf_iterator<char>(file), {}};
-}
-
-inline void WriteFile(const fs::path& path, const std::string& bytes) {
-  std::ofstream(path, std::ios::binary).write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
-}
 
 inline std::vector<std::string> Lines(const std::string& text) {
   std::vector<std::string> lines;
@@ -55,7 +47,7 @@ class ToolTest : public ::testing::Test {
     const std::string command =
         "cd '" + directory.string() + "' && PATH='" + path + "':$PATH && { " + line + "\n} >.out 2>.err </dev/null";
     const int result = std::system(command.c_str());
-    return {WIFEXITED(result) ? WEXITSTATUS(result) : -1, ReadFile(directory / ".out"), ReadFile(directory / ".err")};
+    return {WIFEXITED(result) ? WEXITSTATUS(result) : -1, File(".out"), File(".err")};
   }
 
   Outcome Tool(const std::string& arguments) const { return Shell("vidproc " + arguments); }
@@ -68,14 +60,22 @@ class ToolTest : public ::testing::Test {
   }
 
   std::string Path(const std::string& name) const { return (directory / name).string(); }
-  std::string File(const std::string& name) const { return ReadFile(directory / name); }
-  void Put(const std::string& name, const std::string& bytes) const { WriteFile(directory / name, bytes); }
+  std::string File(const std::string& name) const {
+    std::ifstream file(directory / name, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), {}};
+  }
+  void Put(const std::string& name, const std::string& bytes) const {
+    std::ofstream(directory / name, std::ios::binary) << bytes;
+  }
 
-  std::vector<std::string> Listing() const {
-    std::vector<std::string> names;
-    for (const auto& entry : fs::directory_iterator(directory)) names.push_back(entry.path().filename());
-    std::erase_if(names, [](const std::string& name) { return name == ".out" || name == ".err"; });
-    return names;
+  /// All files with what they hold.
+  std::map<std::string, std::string> Files() const {
+    std::map<std::string, std::string> files;
+    for (const auto& entry : fs::directory_iterator(directory)) {
+      const std::string name = entry.path().filename();
+      if (name != ".out" && name != ".err") files[name] = entry.is_regular_file() ? File(name) : "";
+    }
+    return files;
   }
 
   /// One clear line besides notes, this status, and each of the given words in it.
@@ -85,6 +85,22 @@ class ToolTest : public ::testing::Test {
     std::erase_if(lines, [](const std::string& line) { return line.starts_with("vidproc: note: "); });
     ASSERT_EQ(lines.size(), 1U) << outcome.err;
     for (const std::string& word : words) EXPECT_NE(lines[0].find(word), std::string::npos) << lines[0];
+  }
+
+  struct Failure {
+    std::string arguments;
+    std::vector<std::string> words;
+  };
+  /// Each command ends so, prints no raw bytes, and touches no file.
+  void ExpectFailures(int status, const std::vector<Failure>& cases) const {
+    const std::map<std::string, std::string> files = Files();
+    for (const auto& [arguments, words] : cases) {
+      SCOPED_TRACE(arguments);
+      const Outcome outcome = Tool(arguments);
+      ExpectComplaint(outcome, status, words);
+      EXPECT_EQ(outcome.err.find_first_of("\33\7\x9b"), std::string::npos);
+      ASSERT_TRUE(Files() == files);
+    }
   }
 
   fs::path directory;
@@ -104,21 +120,6 @@ inline std::string RawFrames(const vidproc::FrameInfo& info, int count) {
     frames += static_cast<char>(40 + (place * 3 + 7 * number) % 150 + (state >> 29));
   }
   return frames;
-}
-
-/// What the library makes of them. Handle is vidproc::Pre or vidproc::Post.
-template <typename Handle, typename Settings>
-std::string Processed(const Settings& settings, const std::string& frames) {
-  Handle handle(settings);
-  const std::size_t inBytes = vidproc::FrameBytes(settings.input), outBytes = vidproc::FrameBytes(settings.output);
-  std::string made;
-  for (std::size_t place = 0; place < frames.size(); place += inBytes) {
-    const auto* in = reinterpret_cast<const std::uint8_t*>(frames.data() + place);
-    std::vector<std::uint8_t> out(outBytes);
-    handle.Process(vidproc::InputOver(settings.input, {in, inBytes}), vidproc::OutputOver(settings.output, out));
-    made.append(out.begin(), out.end());
-  }
-  return made;
 }
 
 }  // namespace testing_support
