@@ -46,6 +46,8 @@ TEST_F(ToolFilesTest, EncodesAsAsked) {
   EXPECT_GT(Made("pre " + kScene + " --crf 10", "fine.mp4").size(),
             Made("pre " + kScene + " --crf 40", "coarse.mkv").size());
   Made("pre " + kScene + " --codec mjpeg", "x.avi");
+  Made("post --synthetic-size 2x2 --frames 3 --codec ffv1", "tiny.mkv");
+  EXPECT_EQ(Made("post tiny.mkv", "tiny.uyvy").size(), 3U * 8);
   EXPECT_EQ(Examine(Path("fine.mp4")).video->codecpar->codec_id, AV_CODEC_ID_H264);
   EXPECT_EQ(Examine(Path("coarse.mkv")).milliseconds.size(), 4U);
   EXPECT_EQ(Examine(Path("x.avi")).video->codecpar->codec_id, AV_CODEC_ID_MJPEG);

@@ -86,6 +86,8 @@ void FrameWriter::OpenCodec(const OutputOptions& options, const AVCodec& codec) 
   const std::string codecName = codec.name;
   if (codecName == "ffv1") {
     encoder->level = 3;  // version 3: slices with checksums
+    const bool isTiny = std::min(info.size.width, info.size.height) < 16;
+    if (isTiny) encoder->slices = 1;  // by itself it takes four at least
     Check(av_opt_set_int(encoder->priv_data, "slicecrc", 1, 0));
   }
   if (options.crf || codecName == "libx264") {
