@@ -9,6 +9,7 @@
 
 #include "support/allocation_log.h"
 #include "support/api_frames.h"
+#include "support/failing_malloc.h"
 #include "support/frame_content.h"
 #include "support/kernel_harness.h"
 #include "vidproc/vidproc.hpp"
@@ -24,106 +25,118 @@ vidproc::PreOptions DenoisingOptions() {
   return options;
 }
 
-std::vector<std::uint8_t> ProcessNoise(vidproc_pre* pre, const vidproc::PreOptions& options, Random& random) {
-  TightFrame camera(options.input, 0), result(options.output, 0);
-  for (std::uint8_t& byte : camera.bytes) byte = random.Byte();
-  const vidproc_input input = camera.Read();
-  const vidproc_output output = result.Write();
-  EXPECT_EQ(vidproc_pre_process(pre, &input, &output), VIDPROC_OK) << vidproc_pre_last_error(pre);
-  return result.bytes;
+vidproc::PreOptions WebcamOptions() {
+  vidproc::PreOptions options("webcam");
+  const vidproc::PreOptions sizes = DenoisingOptions();
+  options.input = sizes.input, options.output = sizes.output, options.motion_smoothing = 1;
+  return options;
 }
+
+/// A handle and the camera before it, whose picture drifts.
+struct Camera {
+  explicit Camera(const vidproc::PreOptions& options) : options(options), pre(options), picture(options.input, 128) {}
+
+  std::vector<std::uint8_t> ProcessNext() {
+    const vidproc_frame_info& info = options.input;
+    const int rows = static_cast<int>(picture.bytes.size()) / info.width;
+    Paint(Content::kDrift, info.width, rows, random, picture.bytes);
+    TightFrame result(options.output, 0);
+    pre.Process(picture.Read(), result.Write());
+    return result.bytes;
+  }
+
+  const vidproc::PreOptions options;
+  vidproc::Pre pre;
+  TightFrame picture;
+  Random random{1};
+};
 
 /// Two handles see the same frames; in between one is asked for what it must refuse.
 TEST(Handles, WorkOnAsBeforeAfterARefusal) {
-  const vidproc::PreOptions options = DenoisingOptions();
-  vidproc::Pre tried(options), spared(options);
-  Random random(1), sameRandom(1);
-  const auto expectEqualFrames = [&] {
-    EXPECT_EQ(ProcessNoise(tried.Get(), options, random), ProcessNoise(spared.Get(), options, sameRandom));
-  };
-  expectEqualFrames();
-  vidproc::PreOptions other = options;
+  Camera tried(DenoisingOptions()), spared(DenoisingOptions());
+  EXPECT_EQ(tried.ProcessNext(), spared.ProcessNext());
+  vidproc::PreOptions other = tried.options;
   other.input.width = 50, other.output.format = VIDPROC_FORMAT_UYVY, other.filter = 77;
-  EXPECT_EQ(vidproc_pre_configure(tried.Get(), &other), VIDPROC_ERROR_INVALID_ARGUMENT);
-  expectEqualFrames();
+  EXPECT_EQ(vidproc_pre_configure(tried.pre.Get(), &other), VIDPROC_ERROR_INVALID_ARGUMENT);
+  EXPECT_EQ(tried.ProcessNext(), spared.ProcessNext());
   // Memory runs out wherever some is taken.
   other.filter = VIDPROC_FILTER_AUTOMATIC;
   const auto configureWithout = [&](std::size_t allocation) {
     const AllocationLog log({allocation});
-    return vidproc_pre_configure(tried.Get(), &other);
+    return vidproc_pre_configure(tried.pre.Get(), &other);
   };
   std::size_t allocations = 0;
   for (; configureWithout(allocations) != VIDPROC_OK; ++allocations) {
     ASSERT_EQ(configureWithout(allocations), VIDPROC_ERROR_OUT_OF_MEMORY);
-    ASSERT_STREQ(vidproc_pre_last_error(tried.Get()), "out of memory for these frames and settings");
-    expectEqualFrames();
+    ASSERT_STREQ(vidproc_pre_last_error(tried.pre.Get()), "out of memory for these frames and settings");
+    ASSERT_EQ(tried.ProcessNext(), spared.ProcessNext());
   }
   EXPECT_GT(allocations, 2u);
-  ProcessNoise(tried.Get(), other, random);
 }
 
-TEST(Handles, TakeNoMemoryInAFrameCall) {
-  const vidproc::PreOptions options = DenoisingOptions();
-  vidproc::Pre pre(options);
-  TightFrame camera(options.input, 90), result(options.output, 0);
-  const vidproc_input input = camera.Read();
-  const vidproc_output output = result.Write();
-  const AllocationLog log;
-  for (int frame = 0; frame < 3; ++frame) {
-    EXPECT_EQ(vidproc_pre_process(pre.Get(), &input, &output), VIDPROC_OK);
-    EXPECT_EQ(vidproc_pre_process(pre.Get(), &input, nullptr), VIDPROC_ERROR_INVALID_ARGUMENT);
-    EXPECT_EQ(vidproc_pre_reset(pre.Get()), VIDPROC_OK);
-  }
-  EXPECT_EQ(log.Total(), 0u);
-}
-
-TEST(Handles, HistoryEndsWithAResetAndOutlivesOtherSettings) {
-  vidproc::PreOptions options = DenoisingOptions();
-  vidproc::Pre pre(options);
-  const auto show = [&](std::uint8_t level) {
-    TightFrame camera(options.input, level), result(options.output, 0);
-    pre.Process(camera.Read(), result.Write());
-    return result.bytes;
+TEST(Handles, ExposureWorksOnAsBeforeWhenMemoryIsOut) {
+  vidproc::ExposureOptions options;
+  options.input = {VIDPROC_FORMAT_NV12, 32, 32, VIDPROC_SITING_LEFT};
+  vidproc::Exposure exposure(options);
+  const TightFrame frame(options.input, 90);
+  const vidproc_input input = frame.Read();
+  options.input.width = 48;
+  const auto configureWithout = [&](int allocation) {
+    const FailingMalloc failing(allocation);
+    return vidproc_exposure_configure(exposure.Get(), &options);
   };
-  const auto dark = show(100);
-  const auto blended = show(104);
-  pre.Reset();
-  EXPECT_EQ(show(100), dark);
-  // Neither output, format of equal sampling nor settings touch it.
-  options.output.width = 20, options.denoise_edge = 4, options.input.format = VIDPROC_FORMAT_NV12;
-  pre.Configure(options);
-  options = DenoisingOptions();
-  pre.Configure(options);
-  EXPECT_EQ(show(104), blended);
-  pre.Reset();
-  show(100);
-  // Another sampling does.
-  options.input.format = VIDPROC_FORMAT_I422;
-  pre.Configure(options);
-  options = DenoisingOptions();
-  pre.Configure(options);
-  const auto first = show(104);
-  pre.Reset();
-  EXPECT_EQ(show(104), first);
-  EXPECT_NE(first, blended);
+  int allocations = 0;
+  for (; configureWithout(allocations) != VIDPROC_OK; ++allocations) {
+    ASSERT_STREQ(vidproc_exposure_last_error(exposure.Get()), "out of memory for these frames and settings");
+    ASSERT_EQ(exposure.Process(input), VIDPROC_EXPOSURE_NONE);
+    ASSERT_EQ(vidproc_exposure_process(exposure.Get(), &input, nullptr), VIDPROC_ERROR_INVALID_ARGUMENT);
+    ASSERT_STREQ(vidproc_exposure_last_error(exposure.Get()), "event is null, allowed is a place for it");
+  }
+  EXPECT_GT(allocations, 2);
 }
 
-/// Scaling by more than the taps hold goes through several passes; what they read of the denoised rows, and in which
-/// order, differs from level to level.
-TEST(Handles, DenoiseEveryRowOnceOnALongWayDown) {
-  vidproc::PreOptions options = DenoisingOptions();
-  options.input.height = 250, options.output.height = 9;
-  std::vector<std::uint8_t> expected;
-  for (const vidproc::Level level : AvailableLevels()) {
-    vidproc_cap_level(vidproc::LevelName(level));
-    vidproc::Pre pre(options);
-    Random random(5);
-    ProcessNoise(pre.Get(), options, random);
-    const std::vector<std::uint8_t> result = ProcessNoise(pre.Get(), options, random);
-    if (expected.empty()) expected = result;
-    EXPECT_EQ(result, expected) << vidproc::LevelName(level);
+/// History, noise estimate and strength belong to the picture: they go on as long as input size and sampling stay.
+TEST(Handles, HistoryOutlivesOtherSettings) {
+  constexpr struct {
+    void (*apply)(vidproc::PreOptions&);
+    bool keepsHistory;
+  } kChanges[] = {
+      {[](vidproc::PreOptions&) {}, true},
+      {[](vidproc::PreOptions& o) { o.input.format = VIDPROC_FORMAT_NV12; }, true},
+      {[](vidproc::PreOptions& o) {
+         o.output = {VIDPROC_FORMAT_UYVY, 30, 20, 0}, o.filter = VIDPROC_FILTER_AREA;
+       },
+       true},
+      {[](vidproc::PreOptions& o) { o.input.format = VIDPROC_FORMAT_I422; }, false},
+      {[](vidproc::PreOptions& o) { o.input.height -= 2; }, false},
+      {[](vidproc::PreOptions& o) { o.denoise_edge = o.temporal_strength = o.denoise_auto = 0; }, false},
+  };
+  for (const auto& change : kChanges) {
+    for (const vidproc::PreOptions& options : {DenoisingOptions(), WebcamOptions()}) {
+      SCOPED_TRACE(&change - kChanges);
+      Camera changed(options), kept(options);
+      for (int frame = 0; frame < 3; ++frame) ASSERT_EQ(changed.ProcessNext(), kept.ProcessNext());
+      vidproc::PreOptions other = options;
+      change.apply(other);
+      changed.pre.Configure(other);
+      changed.pre.Configure(options);
+      if (!change.keepsHistory) kept.pre.Reset();
+      EXPECT_EQ(changed.pre.Noise(), kept.pre.Noise());
+      EXPECT_EQ(changed.ProcessNext(), kept.ProcessNext());
+    }
   }
-  vidproc_cap_level(nullptr);
+}
+
+TEST(Handles, HistoryEndsWithAReset) {
+  Camera camera(DenoisingOptions());
+  const auto first = camera.ProcessNext(), second = camera.ProcessNext();
+  for (const bool isReset : {true, false}) {
+    camera.random = Random(1);
+    camera.picture.bytes.assign(camera.picture.bytes.size(), 128);
+    if (isReset) camera.pre.Reset();
+    EXPECT_EQ(camera.ProcessNext() == first, isReset);
+    EXPECT_EQ(camera.ProcessNext() == second, isReset);
+  }
 }
 
 template <typename Handle>

@@ -1,26 +1,30 @@
-// Streams whose results are kept in hashes.txt: every kernel, route, format and many settings, over frames that are
-// drawn by integer arithmetic alone.
+// The streams whose sums are kept in hashes.txt: every kernel, route, format and many settings.
 #pragma once
 
-#include <cstdint>
 #include <functional>
 #include <string>
 #include <vector>
+
+#include "golden/streams.h"
 
 namespace golden {
 
 struct Case {
   std::string name;
   bool mayImprove;  ///< depends on what is called automatic and may change in later versions
-  std::function<std::uint64_t()> digest;
+  std::function<Stream()> start;
 };
+
+std::vector<Case> AllCases();
 
 /// Of video_processor.h: kernels called directly, exported functions.
 void AddObjectCases(std::vector<Case>& cases);
 /// Of vidproc.h.
 void AddInterfaceCases(std::vector<Case>& cases);
 
-/// The n-th frame of a moving picture with edges, slopes and noise.
-void PaintFrame(std::vector<std::uint8_t>& bytes, int rowBytes, int n);
+/// A case as it stands in the file.
+std::string LineOf(const Case& item);
+/// The file's lines.
+std::vector<std::string> KeptLines();
 
 }  // namespace golden

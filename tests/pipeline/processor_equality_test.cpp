@@ -1,192 +1,117 @@
-// What the pipeline shares with the processor object, byte for byte: denoising at equal sizes, deblocking, and scaling
-// by kernels of a given width, counted from the corner.
+// What the checked interface shares with the processor object, byte for byte: denoising at equal sizes, deblocking, and
+// scaling by kernels of a given width, counted from the corner.
 #include <gtest/gtest.h>
 
-#include <memory>
-#include <vector>
+#include <initializer_list>
+#include <utility>
 
-#include "pipeline/pipeline.h"
-#include "support/format_frame.h"
-#include "support/pipeline_settings.h"
-#include "vidproc/video_processor.h"
+#include "golden/streams.h"
+#include "support/api_frames.h"
 
 namespace {
 
-using testing_support::Content;
-using testing_support::FirstDifference;
-using testing_support::FormatFrame;
-using testing_support::Painted;
-using testing_support::PlainSettings;
-using testing_support::Random;
-using testing_support::Samples;
-using vidproc::Alignment;
-using vidproc::ChromaSiting;
-using vidproc::DenoiseSettings;
-using vidproc::FrameShape;
-using vidproc::Pipeline;
-using vidproc::PipelineSettings;
-using vidproc::PixelFormat;
-using vidproc::Role;
-using vidproc::ScalingFilter;
+using namespace testing_support;
+using golden::Settings;
 
-using Kernel = int (VideoProcessor::*)();
+// As the object's kernels take them.
+constexpr Kernel kPlain = {.run = &VideoProcessor::PreProcExecute};
+constexpr Kernel kSixteenTaps = {.run = &VideoProcessor::PreProcAdaptive16TapExecute, .horizontalTaps = 16};
+constexpr Kernel kDenoising = {.run = &VideoProcessor::PreProcAdaptiveExecute};
+constexpr Kernel kSmoothing = {.run = &VideoProcessor::PreProcAdaptiveMotionSmoothingExecute, .motionGate = true};
+constexpr Kernel kSixteenTapDenoising = {.run = &VideoProcessor::PreProcAdaptive16TapTemporalExecute,
+                                         .horizontalTaps = 16};
+constexpr Kernel kPost = {.run = &VideoProcessor::PostProcExecute, .family = Family::kPost};
 
-FrameShape PackedShape(int width, int height) { return {PixelFormat::kUyvy, ChromaSiting::kLeft, width, height}; }
+/// Of packed frames without padding.
+template <typename Options>
+Options OptionsFor(const Kernel& kernel, const Geometry& g, const Settings& s) {
+  auto options = WithSizes<Options>(g.inWidth, g.inHeight, g.outWidth, g.outHeight);
+  options.input.format = options.output.format = VIDPROC_FORMAT_UYVY;
+  options.alignment = VIDPROC_ALIGNMENT_CORNERS;
+  options.taps = kernel.horizontalTaps;
+  options.dither_level = static_cast<std::int32_t>(s.dither);
+  options.dither_seed = 77;
+  return options;
+}
 
-/// The object set up with a pipeline's settings.
-class Object {
- public:
-  Object(const PipelineSettings& settings, int softening, std::uint32_t windowKind, int taps)
-      : processor(settings.role == Role::kPreProcessor, softening) {
-    processor.inWidth = static_cast<std::uint32_t>(settings.input.width);
-    processor.inHeight = static_cast<std::uint32_t>(settings.input.height);
-    processor.inStride = 2 * processor.inWidth;
-    processor.outWidth = static_cast<std::uint32_t>(settings.output.width);
-    processor.outHeight = static_cast<std::uint32_t>(settings.output.height);
-    processor.outStride = 2 * processor.outWidth;
-    processor.windowKind = windowKind;
-    processor.lanczosLobes = static_cast<std::uint32_t>(settings.scaling.lobes);
-    processor.SetTaps(taps == 16);
-    const unsigned bits = settings.role == Role::kPreProcessor ? 7 : 6;
-    processor.SetEnhanceFilter(EnhanceLaplacian4, static_cast<unsigned>(settings.scaling.sharpening), bits, 64, 0);
-    processor.ditherLevel = static_cast<std::uint32_t>(settings.ditherLevel);
-    processor.ditherSeed = settings.ditherSeed;
-    processor.deblockTestPattern = 0;
-  }
-  ~Object() { std::free(processor.ditherTable); }
-  Object(const Object&) = delete;
-  Object& operator=(const Object&) = delete;
+/// Kernels of a given width; the object's window goes with the strength.
+template <typename Options>
+Options ScalingOptions(const Kernel& kernel, const Geometry& g, const Settings& s) {
+  auto options = OptionsFor<Options>(kernel, g, s);
+  const bool isPost = kernel.family == Family::kPost;
+  options.filter = s.strength % 2 == 0 ? VIDPROC_FILTER_GAUSSIAN
+                   : isPost            ? VIDPROC_FILTER_TWO_SINCS
+                                       : VIDPROC_FILTER_HAMMING_SINC;
+  options.softening = static_cast<std::int32_t>(s.softening);
+  options.sharpening = static_cast<std::int32_t>(s.strength);
+  return options;
+}
 
-  void Run(Kernel kernel, FormatFrame& source, FormatFrame& destination) {
-    processor.srcFrame = const_cast<std::uint8_t*>(source.Input().plane[0]);
-    processor.dstFrame = destination.Output().plane[0];
-    (processor.*kernel)();
-  }
-
-  VideoProcessor processor;
-};
-
-/// Three frames through both.
-void ExpectEqual(const PipelineSettings& settings, Object& object, Kernel kernel, const char* name) {
-  Random random(5);
-  Pipeline pipeline(settings, nullptr);
-  for (const Content content : {Content::kSmooth, Content::kNoise, Content::kExtreme}) {
-    const Samples picture = Painted(settings.input, content, random);
-    FormatFrame input(settings.input, {}, random);
-    FormatFrame output(settings.output, {}, random);
-    FormatFrame source(settings.input, {}, random);
-    FormatFrame destination(settings.output, {}, random);
-    input.Put(picture);
-    source.Put(picture);
-    pipeline.Process(input.Input(), output.Output());
-    object.Run(kernel, source, destination);
-    ASSERT_EQ(FirstDifference(settings.output, destination.Get(), output.Get()), "")
-        << name << ", " << settings.input.width << "x" << settings.input.height << " to " << settings.output.width
-        << "x" << settings.output.height;
+template <typename Options>
+void ExpectTwins(const Options& options, const Kernel& kernel, const Geometry& g, const Settings& s) {
+  golden::Stream checked = golden::StartChecked(options, {}), object = golden::StartKernel(kernel, g, s, Flush::kEnd);
+  for (int n = 0; n < 3; ++n) {
+    for (golden::Stream* const stream : {&checked, &object}) {
+      stream->Paint(n);
+      stream->process();
+      stream->out.Store();
+    }
+    ASSERT_EQ(checked.out.block, object.out.block)
+        << g.inWidth << "x" << g.inHeight << " to " << g.outWidth << "x" << g.outHeight << ", softening " << s.softening
+        << " strength " << s.strength << " edge " << int{s.adaptive} << " deblock " << int{s.deblock};
   }
 }
 
 TEST(PipelineAndProcessor, DenoiseAlike) {
-  struct Case {
-    const char* name;
-    DenoiseSettings settings;
+  constexpr struct {
     Kernel kernel;
-  };
-  const Case cases[] = {
-      {"taps 8", {1, 10, 8, 100, 0, false}, &VideoProcessor::PreProcAdaptiveExecute},
-      {"strong edge", {4, 60, 8, 127, 3, false}, &VideoProcessor::PreProcAdaptiveExecute},
-      {"wrapping shifts", {8, 255, 8, 90, 8, false}, &VideoProcessor::PreProcAdaptiveExecute},
-      {"no history", {2, 30, 8, 0, 0, false}, &VideoProcessor::PreProcAdaptiveExecute},
-      {"motion", {1, 30, 8, 100, 0, true}, &VideoProcessor::PreProcAdaptiveMotionSmoothingExecute},
-      {"motion without history", {3, 90, 8, 0, 0, true}, &VideoProcessor::PreProcAdaptiveMotionSmoothingExecute},
-      {"taps 16", {1, 100, 16, 80, 0, false}, &VideoProcessor::PreProcAdaptive16TapTemporalExecute},
-      {"no softening", {1, 0, 16, 80, 2, false}, &VideoProcessor::PreProcAdaptive16TapTemporalExecute},
-  };
+    Settings settings;
+  } kCases[] = {
+      {kDenoising, {10, 0, 0, 1, 100, 0, 0, 64, 0}},           {kDenoising, {60, 0, 0, 4, 127, 3, 0, 64, 0}},
+      {kDenoising, {255, 0, 0, 8, 90, 8, 0, 64, 0}},           {kDenoising, {30, 0, 7, 2, 0, 0, 0, 64, 0}},
+      {kSmoothing, {30, 0, 0, 1, 100, 0, 0, 64, 0}},           {kSmoothing, {90, 0, 0, 3, 0, 0, 0, 64, 0}},
+      {kSixteenTapDenoising, {100, 0, 0, 1, 80, 0, 0, 64, 0}}, {kSixteenTapDenoising, {0, 0, 0, 1, 80, 2, 0, 64, 0}}};
   for (const auto& [width, height] : {std::pair{64, 40}, {200, 9}, {10, 3}, {2, 1}}) {
-    for (const Case& c : cases) {
-      PipelineSettings settings = PlainSettings(PackedShape(width, height), PackedShape(width, height));
-      settings.scaling.alignment = Alignment::kCorners;
-      settings.denoise = c.settings;
-      if (width % 16 == 0) settings.ditherLevel = 7;
-      Object object(settings, c.settings.softening, 2, c.settings.taps);
-      object.processor.SetAdaptive(static_cast<unsigned char>(c.settings.edge));
-      object.processor.SetTemporalFilter(static_cast<unsigned char>(c.settings.temporalStrength),
-                                         static_cast<unsigned char>(c.settings.temporalShift));
-      object.processor.SetUseSpatialMotionSmoothing(c.settings.smoothsMotion);
-      ExpectEqual(settings, object, c.kernel, c.name);
+    const Geometry g{width, height, width, height};
+    for (const auto& [kernel, s] : kCases) {
+      if (s.dither != 0 && width % 16 != 0) continue;
+      auto options = OptionsFor<vidproc::PreOptions>(kernel, g, s);
+      options.denoise_taps = kernel.horizontalTaps;
+      options.denoise_edge = s.adaptive;
+      options.denoise_softening = static_cast<std::int32_t>(s.softening);
+      options.temporal_strength = s.temporalStrength;
+      options.temporal_shift = s.temporalShift;
+      options.motion_smoothing = kernel.motionGate;
+      ExpectTwins(options, kernel, g, s);
     }
   }
 }
 
 TEST(PipelineAndProcessor, ScaleAlikeFromTheCorner) {
-  struct Case {
-    const char* name;
-    Role role;
-    ScalingFilter filter;
-    int taps, softening, lobes, sharpening;
-    Kernel kernel;
-  };
-  const Case cases[] = {
-      {"Gaussian", Role::kPreProcessor, ScalingFilter::kGaussian, 8, 10, 3, 0, &VideoProcessor::PreProcExecute},
-      {"sharp Gaussian", Role::kPreProcessor, ScalingFilter::kGaussian, 8, 3, 3, 9, &VideoProcessor::PreProcExecute},
-      {"Hamming", Role::kPreProcessor, ScalingFilter::kHammingSinc, 8, 20, 3, 2, &VideoProcessor::PreProcExecute},
-      {"two sincs", Role::kPreProcessor, ScalingFilter::kTwoSincs, 8, 0, 2, 0, &VideoProcessor::PreProcExecute},
-      {"taps 16", Role::kPreProcessor, ScalingFilter::kGaussian, 16, 40, 3, 0,
-       &VideoProcessor::PreProcAdaptive16TapExecute},
-      {"post", Role::kPostProcessor, ScalingFilter::kTwoSincs, 8, 0, 3, 0, &VideoProcessor::PostProcExecute},
-      {"sharp post", Role::kPostProcessor, ScalingFilter::kTwoSincs, 8, 5, 3, 6, &VideoProcessor::PostProcExecute},
-  };
-  const int sizes[][4] = {{64, 32, 32, 16}, {31, 17, 62, 40}, {97, 61, 13, 7}, {40, 30, 40, 30}, {2, 1, 9, 5}};
-  for (const auto& size : sizes) {
-    for (const Case& c : cases) {
-      PipelineSettings settings = PlainSettings(PackedShape(size[0], size[1]), PackedShape(size[2], size[3]));
-      settings.role = c.role;
-      settings.scaling = {Alignment::kCorners, c.filter, c.taps, c.softening, c.lobes, c.sharpening};
-      const auto windowKind = static_cast<std::uint32_t>(int(ScalingFilter::kTwoSincs) - int(c.filter));
-      Object object(settings, c.softening, windowKind, c.taps);
-      ExpectEqual(settings, object, c.kernel, c.name);
+  // Rows of odd widths end with whole pairs, whose last Cr nobody touches.
+  constexpr Geometry kSizes[] = {
+      {64, 32, 32, 16}, {31, 17, 62, 40, 2, 0}, {97, 61, 13, 7, 2, 2}, {40, 30, 40, 30}, {2, 1, 9, 5, 0, 2}};
+  for (const Geometry& g : kSizes) {
+    for (const std::uint32_t softening : {0, 3, 40}) {
+      for (const std::uint32_t strength : {0, 5, 9}) {
+        const Settings s{softening, strength, 0, 0, 0, 0, 0, 64, 0};
+        for (const Kernel& kernel : {kPlain, kSixteenTaps}) {
+          ExpectTwins(ScalingOptions<vidproc::PreOptions>(kernel, g, s), kernel, g, s);
+        }
+        ExpectTwins(ScalingOptions<vidproc::PostOptions>(kPost, g, s), kPost, g, s);
+      }
     }
   }
 }
 
 TEST(PipelineAndProcessor, DeblockAlike) {
-  for (const int level : {21, 40, 51, 200}) {
-    PipelineSettings settings = PlainSettings(PackedShape(72, 50), PackedShape(72, 50));
-    settings.role = Role::kPostProcessor;
-    settings.deblockLevel = level;
-    Object object(settings, 0, 0, 8);
-    object.processor.InitDeblocker(static_cast<unsigned char>(level));
-    ExpectEqual(settings, object, &VideoProcessor::PostProcExecute, "deblocking");
+  const Geometry g{72, 50, 72, 50};
+  for (const std::uint8_t level : std::initializer_list<std::uint8_t>{21, 40, 51, 200}) {
+    const Settings s{0, 0, 0, 0, 0, 0, level, 64, 0};
+    auto options = OptionsFor<vidproc::PostOptions>(kPost, g, s);
+    options.deblock_level = level;
+    ExpectTwins(options, kPost, g, s);
   }
-}
-
-/// Chroma of 4:2:0 is deblocked as the picture of half the size that it is, luma as ever.
-TEST(Pipeline, DeblocksEachComponentAtItsOwnSize) {
-  Random random(6);
-  const FrameShape shape{PixelFormat::kI420, ChromaSiting::kLeft, 80, 36};
-  const FrameShape small{PixelFormat::kI422, ChromaSiting::kLeft, 80, 18};
-  const Samples picture = Painted(shape, Content::kNoise, random);
-  Samples half = picture;
-  half.component[0].resize(80 * 18);
-  const auto deblocked = [&](const FrameShape& of, const Samples& samples) {
-    PipelineSettings settings = PlainSettings(of, of);
-    settings.role = Role::kPostProcessor;
-    settings.deblockLevel = 35;
-    Pipeline pipeline(settings, nullptr);
-    FormatFrame input(of, {}, random);
-    FormatFrame output(of, {}, random);
-    input.Put(samples);
-    pipeline.Process(input.Input(), output.Output());
-    return output.Get();
-  };
-  Samples whole = picture;
-  FrameShape full = shape;
-  full.format = PixelFormat::kI422;
-  whole.component[1].resize(40 * 36);
-  whole.component[2].resize(40 * 36);
-  Samples expected = deblocked(small, half);
-  expected.component[0] = deblocked(full, whole).component[0];
-  EXPECT_EQ(FirstDifference(shape, expected, deblocked(shape, picture)), "");
 }
 
 }  // namespace

@@ -11,18 +11,12 @@
 #include <iterator>
 #include <string>
 
-#include "support/format_frame.h"
-#include "support/kernel_harness.h"
-#include "support/pipeline_settings.h"
-#include "support/planes_420.h"
-#include "vidproc/video_processor.h"
+#include "golden/streams.h"
+#include "support/api_frames.h"
 
 namespace {
 
 using namespace testing_support;
-using vidproc::FrameShape;
-using vidproc::PipelineSettings;
-using vidproc::PixelFormat;
 
 constexpr int kDrawnCases = 1200;
 
@@ -62,89 +56,64 @@ constexpr int (*const kLengths[])(int) = {
     [](int length) { return length; }, [](int length) { return std::max(2, (length + 1) / 2); },
     [](int length) { return length * 3 / 2 + 1; }, [](int length) { return std::max(2, length * 2 / 3); }};
 
-struct Sizes {
-  explicit Sizes(Digits& digits) : inWidth(digits.Pick(kWidths)), inHeight(digits.Pick(kHeights)) {
-    const auto length = digits.Pick(kLengths);
-    outWidth = length(inWidth);
-    outHeight = std::max(1, length(inHeight) - (inHeight == 1 ? 1 : 0));
-  }
-  int inWidth, inHeight, outWidth = 0, outHeight = 0;
-};
-
 constexpr int kPaddings[] = {0, 1, 30};
+
+Geometry DrawGeometry(Digits& digits) {
+  const int width = digits.Pick(kWidths), height = digits.Pick(kHeights);
+  const auto length = digits.Pick(kLengths);
+  const int padding = digits.Pick(kPaddings);
+  return {width, height, length(width), std::max(1, length(height) - (height == 1 ? 1 : 0)), padding, padding};
+}
+
+Flush DrawFlush(Digits& digits) { return digits.Next(2) == 0 ? Flush::kEnd : Flush::kBegin; }
+
+void RunTwoFrames(golden::Stream stream) {
+  for (int n = 0; n < 2; ++n) {
+    stream.Paint(n);
+    stream.process();
+  }
+}
 
 void RunKernel(Digits& digits) {
   const Kernel& kernel = digits.Pick(kKernels);
-  const Sizes size(digits);
-  const int padding = digits.Pick(kPaddings);
-  const Flush flush = digits.Next(2) == 0 ? Flush::kEnd : Flush::kBegin;
-  Configuration configuration{{size.inWidth, size.inHeight, size.outWidth, size.outHeight, padding, padding}, 10};
-  configuration.use16Taps = kernel.horizontalTaps == 16;
-  const Processor p = MakeProcessor(kernel.family != Family::kPost, configuration);
-  p->SetUseSpatialMotionSmoothing(kernel.motionGate);
-  p->SetAdaptive(2);
-  p->ditherLevel = 5;
-  p->ditherSeed = 1;
-  if (kernel.family == Family::kPost) p->InitDeblocker(padding == 0 ? 40 : 0);
-  Random random(1);
-  const auto bytes = [](std::uint32_t width, std::uint32_t height, std::uint32_t stride) {
-    return std::size_t{height - 1} * stride + std::size_t{2} * width;
-  };
-  GuardedMemory source(bytes(p->inWidth, p->inHeight, p->inStride), flush, random);
-  GuardedMemory destination(bytes(p->outWidth, p->outHeight, p->outStride), flush, random);
-  for (int frame = 0; frame < 2; ++frame) {
-    source.Load();
-    p->srcFrame = source.Live();
-    p->dstFrame = destination.Live();
-    ((*p).*kernel.run)();
-  }
+  const Geometry g = DrawGeometry(digits);
+  const auto deblock = static_cast<std::uint8_t>(g.inPadding == 0 ? 40 : 0);
+  RunTwoFrames(golden::StartKernel(kernel, g, {10, 0, 5, 2, 80, 3, deblock, 64, 0}, DrawFlush(digits)));
 }
 
 void RunPlanes(Digits& digits) {
-  const Sizes size(digits);
-  const Flush flush = digits.Next(2) == 0 ? Flush::kEnd : Flush::kBegin;
-  const auto side = [](int length) { return static_cast<std::size_t>(length); };
-  Random random(static_cast<std::uint32_t>(digits.Next(4)));
-  PlanePair in(side(size.inWidth), side(size.inHeight), flush, random);
-  PlanePair out(side(size.outWidth), side(size.outHeight), flush, random);
-  in.Load();
-  void* handle = nullptr;
-  VidProc420InterleavedInit(&handle, static_cast<unsigned>(size.inWidth), static_cast<unsigned>(size.inHeight),
-                            static_cast<unsigned>(size.outWidth), static_cast<unsigned>(size.outHeight));
-  const Processor processor(static_cast<VideoProcessor*>(handle));
-  for (int frame = 0; frame < 2; ++frame) Execute420(handle, in, out);
+  const Geometry g = DrawGeometry(digits);
+  RunTwoFrames(golden::StartPlanes(g, DrawFlush(digits)));
 }
 
 /// What a stream of the checked interface does beside scaling.
-constexpr void (*const kStages[])(PipelineSettings&) = {
-    [](PipelineSettings&) {},
-    [](PipelineSettings& s) { s.scaling.taps = 16, s.ditherLevel = 5, s.lumaGain = 50; },
-    [](PipelineSettings& s) {
-      s.scaling.filter = vidproc::ScalingFilter::kGaussian;
-      s.scaling.alignment = vidproc::Alignment::kCorners;
-    },
-    [](PipelineSettings& s) { s.denoise.edge = 2, s.denoise.softening = 60, s.denoise.temporalStrength = 90; },
-    [](PipelineSettings& s) {
-      s.denoise.edge = 4, s.denoise.softening = 90, s.denoise.taps = 16, s.denoise.temporalStrength = 90;
-      s.denoise.smoothsMotion = true;
-    },
-    [](PipelineSettings& s) { s.role = vidproc::Role::kPostProcessor, s.deblockLevel = 60; }};
+constexpr void (*const kStages[])(vidproc::PreOptions&) = {
+    [](vidproc::PreOptions&) {}, [](vidproc::PreOptions& o) { o.taps = 16, o.dither_level = 5, o.luma_gain = 50; },
+    [](vidproc::PreOptions& o) { o.filter = VIDPROC_FILTER_GAUSSIAN, o.alignment = VIDPROC_ALIGNMENT_CORNERS; },
+    [](vidproc::PreOptions& o) { o.denoise_edge = 2, o.denoise_softening = 60, o.temporal_strength = 90; },
+    [](vidproc::PreOptions& o) {
+      o.denoise_edge = 4, o.denoise_softening = 90, o.denoise_taps = 16, o.temporal_strength = 90;
+      o.motion_smoothing = 1;
+    }};
 
 void RunPipeline(Digits& digits) {
-  static constexpr PixelFormat kPixelFormats[] = {PixelFormat::kUyvy, PixelFormat::kYuyv, PixelFormat::kNv12,
-                                                  PixelFormat::kI420, PixelFormat::kI422};
-  const Sizes size(digits);
-  const auto siting = vidproc::ChromaSiting::kLeft;
-  PipelineSettings settings = PlainSettings({digits.Pick(kPixelFormats), siting, size.inWidth, size.inHeight},
-                                            {digits.Pick(kPixelFormats), siting, size.outWidth, size.outHeight});
-  digits.Pick(kStages)(settings);
-  const Placement placement{digits.Pick(kPaddings), digits.Next(2) == 1,
-                            digits.Next(2) == 0 ? Flush::kEnd : Flush::kBegin};
-  Random random(1);
-  FormatFrame input(settings.input, placement, random), output(settings.output, placement, random);
-  input.Put(Painted(settings.input, Content::kSmooth, random));
-  vidproc::Pipeline pipeline(settings, nullptr);
-  for (int frame = 0; frame < 2; ++frame) pipeline.Process(input.Input(), output.Output());
+  const vidproc_format from = digits.Pick(kFormats), to = digits.Pick(kFormats);
+  const std::size_t stage = digits.Next(std::size(kStages) + 1);
+  const Geometry g = DrawGeometry(digits);
+  const Flush flush = DrawFlush(digits);
+  const Placement placement{g.inPadding, digits.Next(2) == 1, flush};
+  const auto start = [&](auto options, auto spoil) {
+    options.input.format = from;
+    options.output.format = to;
+    spoil(options);
+    RunTwoFrames(golden::StartChecked(options, placement));
+  };
+  if (stage < std::size(kStages)) {
+    start(WithSizes<vidproc::PreOptions>(g.inWidth, g.inHeight, g.outWidth, g.outHeight), kStages[stage]);
+  } else {
+    start(WithSizes<vidproc::PostOptions>(g.inWidth, g.inHeight, g.outWidth, g.outHeight),
+          [](vidproc::PostOptions& o) { o.deblock_level = 60; });
+  }
 }
 
 /// For the harness's own test.
@@ -161,11 +130,12 @@ struct Route {
   void (*run)(Digits&);
   std::size_t cases;
 };
-constexpr std::size_t kSizes = std::size(kWidths) * std::size(kHeights) * std::size(kLengths);
+constexpr std::size_t kPlaces =
+    std::size(kWidths) * std::size(kHeights) * std::size(kLengths) * std::size(kPaddings) * 2;
 constexpr Route kRoutes[] = {
-    {"kernel", RunKernel, std::size(kKernels) * kSizes* std::size(kPaddings) * 2},
-    {"planes 4:2:0", RunPlanes, kSizes * 2 * 4},
-    {"pipeline", RunPipeline, kSizes * 25 * std::size(kStages) * std::size(kPaddings) * 4},
+    {"kernel", RunKernel, std::size(kKernels) * kPlaces},
+    {"planes 4:2:0", RunPlanes, kPlaces},
+    {"pipeline", RunPipeline, std::size(kFormats) * std::size(kFormats) * (std::size(kStages) + 1) * kPlaces * 2},
 };
 
 void RunCase(const Route& route, std::size_t number, const KernelForms& forms) {

@@ -5,6 +5,8 @@
 #include <cstdlib>
 #include <new>
 
+#include "support/failing_malloc.h"
+
 extern "C" {
 // NOLINTBEGIN(bugprone-reserved-identifier,readability-identifier-naming): the linker's names.
 void* __real_calloc(std::size_t count, std::size_t bytes);
@@ -49,8 +51,9 @@ void* AllocationLog::Serve(std::size_t bytes, std::size_t alignment) {
   if (!refused) {
     // aligned_alloc wants whole multiples of the alignment.
     const std::size_t rounded = (bytes + alignment - 1) / alignment * alignment;
-    memory = alignment <= alignof(std::max_align_t) ? std::malloc(std::max<std::size_t>(bytes, 1))
-                                                    : std::aligned_alloc(alignment, rounded);
+    memory = alignment <= alignof(std::max_align_t)
+                 ? std::malloc(std::max<std::size_t>(bytes, 1))
+                 : FreshMemory::Fill(std::aligned_alloc(alignment, rounded), rounded);
   }
   if (number < kMost) active->requests[number] = {bytes, memory};
   if (memory == nullptr) throw std::bad_alloc();

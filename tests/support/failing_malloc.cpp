@@ -2,12 +2,14 @@
 #include "support/failing_malloc.h"
 
 #include <cstddef>
+#include <cstdint>
 
 namespace {
 
 constexpr int kNone = -1;
 int callsUntilFailure = kNone;
-std::size_t requestedBytes = 0;
+thread_local std::size_t requestedBytes = 0;
+testing_support::Garbage garbage = testing_support::Garbage::kNone;
 
 }  // namespace
 
@@ -18,7 +20,7 @@ void* __wrap_malloc(std::size_t bytes);
 void* __wrap_malloc(std::size_t bytes) {
   requestedBytes += bytes;
   if (callsUntilFailure != kNone && callsUntilFailure-- == 0) return nullptr;
-  return __real_malloc(bytes);
+  return testing_support::FreshMemory::Fill(__real_malloc(bytes), bytes);
 }
 // NOLINTEND(bugprone-reserved-identifier,readability-identifier-naming)
 }
@@ -27,6 +29,22 @@ namespace testing_support {
 
 FailingMalloc::FailingMalloc(int number) { callsUntilFailure = number; }
 FailingMalloc::~FailingMalloc() { callsUntilFailure = kNone; }
+
+FreshMemory::FreshMemory(Garbage kind) { garbage = kind; }
+FreshMemory::~FreshMemory() { garbage = Garbage::kNone; }
+
+void* FreshMemory::Fill(void* memory, std::size_t bytes) {
+  if (garbage == Garbage::kNone || memory == nullptr) return memory;
+  auto* const start = static_cast<std::uint8_t*>(memory);
+  std::uint32_t random = 1;
+  for (std::size_t i = 0; i < bytes; ++i) {
+    random = random * 1664525 + 1013904223;
+    start[i] = garbage == Garbage::kRandom ? static_cast<std::uint8_t>(random >> 24)
+               : garbage == Garbage::kOnes ? 255
+                                           : 0;
+  }
+  return memory;
+}
 
 MallocCount::MallocCount() : before(requestedBytes) {}
 std::size_t MallocCount::Bytes() const { return requestedBytes - before; }

@@ -1,5 +1,5 @@
-// Makes one call of malloc fail, or adds up what is asked for: for the few buffers that the library takes with malloc.
-// The linker sends the calls of the test program and of the library in it here (--wrap=malloc).
+// Makes one call of malloc fail, adds up what is asked for, or fills it. The linker sends the calls of the test program
+// and of the library in it here (--wrap=malloc); operator new takes its memory the same way.
 #pragma once
 
 #include <cstddef>
@@ -15,7 +15,20 @@ class FailingMalloc {
   FailingMalloc& operator=(const FailingMalloc&) = delete;
 };
 
-/// Counts the bytes that are asked for from its construction on.
+enum class Garbage { kNone, kZeros, kOnes, kRandom };
+
+/// While it lives, fresh memory holds bits of this kind. One at a time.
+class FreshMemory {
+ public:
+  explicit FreshMemory(Garbage kind);
+  ~FreshMemory();
+  FreshMemory(const FreshMemory&) = delete;
+  FreshMemory& operator=(const FreshMemory&) = delete;
+
+  static void* Fill(void* memory, std::size_t bytes);
+};
+
+/// Counts the bytes that this thread asks for from its construction on.
 class MallocCount {
  public:
   MallocCount();

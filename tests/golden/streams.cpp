@@ -1,0 +1,235 @@
+#include "golden/streams.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <utility>
+
+#include "api/frame_layout.h"
+
+namespace golden {
+namespace {
+
+using testing_support::Flush;
+using testing_support::Geometry;
+using testing_support::GuardedMemory;
+using testing_support::Placement;
+using testing_support::Processor;
+
+constexpr int kFrames = 3, kWatchedFrames = 90;
+
+unsigned Side(int length) { return static_cast<unsigned>(length); }
+
+/// A packed frame of the object; nothing behind the last row's pixels may be touched.
+Frame PackedFrame(int width, int height, int padding, Flush flush, std::uint8_t*& start) {
+  const auto stride = static_cast<std::size_t>(2 * width + padding), rows = static_cast<std::size_t>(height);
+  const std::size_t bytes = (rows - 1) * stride + 2 * static_cast<std::size_t>(width);
+  Frame frame(stride * rows, static_cast<int>(stride));
+  start = frame.AddPlane(bytes, flush);
+  frame.AddPiece(start, 0, bytes);
+  return frame;
+}
+
+template <typename Run>
+Stream StartObject(Processor processor, const Geometry& g, Flush flush, const Run& run) {
+  std::uint8_t *source = nullptr, *destination = nullptr;
+  Stream stream{PackedFrame(g.inWidth, g.inHeight, g.inPadding, flush, source),
+                PackedFrame(g.outWidth, g.outHeight, g.outPadding, flush, destination),
+                {}};
+  stream.changesInput = true;
+  stream.process = [=, p = std::shared_ptr(std::move(processor))] { run(*p, source, destination); };
+  return stream;
+}
+
+Frame PlanarFrame(int width, int height, int padding, Flush flush, std::uint8_t* (&start)[2]) {
+  const auto stride = static_cast<std::size_t>(width + padding), rows = static_cast<std::size_t>(height);
+  // An odd width's last Cr is touched where the stride has room for it.
+  const std::size_t chromaRows = (rows + 1) / 2, pairs = static_cast<std::size_t>(width + 1) / 2;
+  const std::size_t lumaBytes = (rows - 1) * stride + static_cast<std::size_t>(width);
+  const std::size_t chromaBytes = (chromaRows - 1) * stride + std::min(2 * pairs, stride);
+  Frame frame(stride * (rows + chromaRows), static_cast<int>(stride));
+  start[0] = frame.AddPlane(lumaBytes, flush);
+  start[1] = frame.AddPlane(chromaBytes, flush);
+  frame.AddPiece(start[0], 0, lumaBytes);
+  frame.AddPiece(start[1], stride * rows, chromaBytes);
+  return frame;
+}
+
+bool IsPacked(vidproc_format format) { return format == VIDPROC_FORMAT_UYVY || format == VIDPROC_FORMAT_YUYV; }
+
+/// Planes apart; the block holds them tightly behind one another.
+Frame CheckedFrame(const vidproc_frame_info& info, const Placement& placement, vidproc_output& view) {
+  Frame frame(vidproc::FrameBytes(info), IsPacked(info.format) ? (info.width + 1) / 2 * 4 : info.width);
+  view = {info.format, info.width, info.height, {}, {}, {}};
+  const vidproc::api::FrameLayout layout = vidproc::api::LayoutOf(info);
+  std::size_t offset = 0;
+  for (int p = 0; p < layout.planes; ++p) {
+    const vidproc::api::PlaneLayout& plane = layout.plane[p];
+    const std::size_t stride = plane.rowBytes + static_cast<std::size_t>(placement.padding);
+    const std::size_t touched = plane.TouchedRowBytes(stride), lastRow = plane.rows - 1;
+    view.bytes[p] = lastRow * stride + touched;
+    std::uint8_t* const start = frame.AddPlane(view.bytes[p], placement.flush);
+    view.plane[p] = placement.bottomUp ? start + lastRow * stride : start;
+    view.stride[p] = placement.bottomUp ? -static_cast<std::ptrdiff_t>(stride) : static_cast<std::ptrdiff_t>(stride);
+    for (std::size_t y = 0; y < plane.rows; ++y, offset += plane.wholeRowBytes) {
+      frame.AddPiece(start + (placement.bottomUp ? lastRow - y : y) * stride, offset, touched);
+    }
+  }
+  return frame;
+}
+
+vidproc_input AsInput(const vidproc_output& f) {
+  return {f.format,
+          f.width,
+          f.height,
+          {f.plane[0], f.plane[1], f.plane[2]},
+          {f.stride[0], f.stride[1], f.stride[2]},
+          {f.bytes[0], f.bytes[1], f.bytes[2]}};
+}
+
+template <typename Handle, typename Options>
+Stream StartProcessor(const Options& options, const Placement& placement) {
+  vidproc_output source = {}, destination = {};
+  Stream stream{
+      CheckedFrame(options.input, placement, source), CheckedFrame(options.output, placement, destination), {}};
+  stream.process = [handle = std::make_shared<Handle>(options), input = AsInput(source), destination] {
+    handle->Process(input, destination);
+  };
+  return stream;
+}
+
+}  // namespace
+
+std::uint8_t* Frame::AddPlane(std::size_t bytes, Flush flush) {
+  testing_support::Random random(1);
+  planes.push_back(std::make_unique<GuardedMemory>(bytes, flush, random));
+  return planes.back()->Live();
+}
+
+void Frame::AddPiece(std::uint8_t* memory, std::size_t offset, std::size_t bytes) {
+  pieces.push_back({memory, offset, bytes});
+}
+
+void Frame::Paint(int n) {
+  std::uint32_t noise = static_cast<std::uint32_t>(n) * 977 + 1;
+  for (std::size_t i = 0; i < block.size(); ++i) {
+    const int x = static_cast<int>(i) % rowBytes, y = static_cast<int>(i) / rowBytes;
+    noise = noise * 1664525 + 1013904223;
+    const int slope = std::abs((3 * x + 5 * y + 4 * n) % 256 - 128), step = (x / 11 + y / 7) % 3 * 35;
+    const int sample = slope + step + static_cast<int>(noise >> 29);
+    block[i] = static_cast<std::uint8_t>(noise % 101 == 0 ? 255 * (y % 2) : sample);
+  }
+}
+
+void Frame::Load() const {
+  for (const Piece& piece : pieces) std::copy_n(block.data() + piece.offset, piece.bytes, piece.memory);
+}
+
+void Frame::Store() {
+  for (const Piece& piece : pieces) std::copy_n(piece.memory, piece.bytes, block.data() + piece.offset);
+}
+
+void Stream::Paint(int n) {
+  in.Paint(watchesExposure ? n % 2 : n);
+  if (watchesExposure) {
+    for (std::uint8_t& byte : in.block) byte = static_cast<std::uint8_t>(byte / (n < kWatchedFrames / 2 ? 2 : 4));
+  }
+  in.Load();
+}
+
+void Stream::AddTo(fuzzing::Digest& digest) {
+  if (changesInput) {
+    in.Store();
+    digest.Add(in.block.data(), in.block.size());
+  }
+  out.Store();
+  digest.Add(out.block.data(), out.block.size());
+}
+
+std::uint64_t Stream::Sum() {
+  fuzzing::Digest digest;
+  for (int n = 0; n < (watchesExposure ? kWatchedFrames : kFrames); ++n) {
+    Paint(n);
+    process();
+    AddTo(digest);
+  }
+  return digest.Value();
+}
+
+Stream StartKernel(const testing_support::Kernel& kernel, const Geometry& g, const Settings& s, Flush flush) {
+  const bool isPost = kernel.family == testing_support::Family::kPost;
+  testing_support::Configuration configuration{g, s.softening, s.strength};
+  configuration.windowKind = s.strength % 2 == 0 ? 2 : isPost ? 0 : 1;
+  configuration.use16Taps = kernel.horizontalTaps == 16;
+  Processor p = testing_support::MakeProcessor(!isPost, configuration);
+  p->InitLuminanceShiftTables(s.gain, s.offset);
+  p->SetUseSpatialMotionSmoothing(kernel.motionGate);
+  p->SetTemporalFilter(s.temporalStrength, s.temporalShift);
+  p->SetAdaptive(s.adaptive);
+  p->InitDeblocker(s.deblock);
+  p->SetDeblockTestPattern(0);
+  p->ditherLevel = s.dither;
+  p->ditherSeed = 77;
+  return StartObject(std::move(p), g, flush,
+                     [run = kernel.run](VideoProcessor& processor, auto* source, auto* destination) {
+                       processor.srcFrame = source;
+                       processor.dstFrame = destination;
+                       (processor.*run)();
+                     });
+}
+
+Stream StartExported(Use use, const Geometry& g, const Settings& s) {
+  void* handle = nullptr;
+  (use == Use::kPost ? PostProcInit : PreProcInit)(
+      &handle, Side(g.inWidth), Side(g.inHeight), Side(2 * g.inWidth + g.inPadding), Side(g.outWidth),
+      Side(g.outHeight), Side(2 * g.outWidth + g.outPadding), s.strength, s.dither, s.softening);
+  Processor p(static_cast<VideoProcessor*>(handle));
+  p->ditherSeed = 200;
+  return StartObject(std::move(p), g, Flush::kEnd, [=](VideoProcessor& processor, auto* source, auto* destination) {
+    if (use == Use::kPost) {
+      PostProcExecute(&processor, source, destination, s.deblock, s.gain, s.offset);
+    } else {
+      PreProcExecute(&processor, source, destination, s.adaptive, use == Use::kPre16Taps,
+                     use == Use::kPreMotionSmoothing, s.temporalStrength, s.temporalShift, s.gain, s.offset);
+    }
+  });
+}
+
+Stream StartPlanes(const Geometry& g, Flush flush) {
+  void* handle = nullptr;
+  VidProc420InterleavedInit(&handle, Side(g.inWidth), Side(g.inHeight), Side(g.outWidth), Side(g.outHeight));
+  Processor p(static_cast<VideoProcessor*>(handle));
+  std::uint8_t *source[2] = {}, *destination[2] = {};
+  Stream stream{PlanarFrame(g.inWidth, g.inHeight, g.inPadding, flush, source),
+                PlanarFrame(g.outWidth, g.outHeight, g.outPadding, flush, destination),
+                {}};
+  stream.process = [=, p = std::shared_ptr(std::move(p)), luma = source[0], chroma = source[1],
+                    outLuma = destination[0], outChroma = destination[1]] {
+    const unsigned inStride = Side(g.inWidth + g.inPadding), outStride = Side(g.outWidth + g.outPadding);
+    VidProc420InterleavedExecute(p.get(), luma, chroma, outLuma, outChroma, Side(g.inWidth), Side(g.inHeight), inStride,
+                                 inStride, Side(g.outWidth), Side(g.outHeight), outStride, outStride, 64, 0);
+  };
+  return stream;
+}
+
+Stream StartChecked(const vidproc::PreOptions& options, const Placement& placement) {
+  return StartProcessor<vidproc::Pre>(options, placement);
+}
+
+Stream StartChecked(const vidproc::PostOptions& options, const Placement& placement) {
+  return StartProcessor<vidproc::Post>(options, placement);
+}
+
+Stream StartChecked(const vidproc::ExposureOptions& options, const Placement& placement) {
+  vidproc_output source = {};
+  Frame in = CheckedFrame(options.input, placement, source), event(sizeof(std::int64_t), 1);
+  std::uint8_t* const lowByte = event.AddPlane(1, Flush::kEnd);
+  event.AddPiece(lowByte, 0, 1);
+  Stream stream{std::move(in), std::move(event), {}};
+  stream.watchesExposure = true;
+  stream.process = [watcher = std::make_shared<vidproc::Exposure>(options), input = AsInput(source), lowByte] {
+    *lowByte = static_cast<std::uint8_t>(watcher->Process(input));
+  };
+  return stream;
+}
+
+}  // namespace golden

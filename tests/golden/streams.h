@@ -1,0 +1,76 @@
+// Streams of frames through every kernel and route of both interfaces, which lie between pages that must not be
+// touched. golden_test.cpp sums what they give; tests/safety runs them for what else has to hold.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <vector>
+
+#include "fuzz/digest.h"
+#include "support/format_frame.h"
+#include "support/kernel_harness.h"
+#include "vidproc/vidproc.hpp"
+
+namespace golden {
+
+/// A frame's bytes twice: in one block, which is painted and summed, and where it is processed.
+class Frame {
+ public:
+  Frame(std::size_t bytes, int bytesOfRow) : block(bytes), rowBytes(bytesOfRow) {}
+
+  /// Memory for a plane with an unreadable page right behind it or before it.
+  std::uint8_t* AddPlane(std::size_t bytes, testing_support::Flush flush);
+  /// Bytes of the block from `offset` on lie at `memory`.
+  void AddPiece(std::uint8_t* memory, std::size_t offset, std::size_t bytes);
+
+  /// The n-th frame of a moving picture with edges, slopes and noise, drawn by integer arithmetic alone.
+  void Paint(int n);
+  void Load() const;
+  void Store();
+
+  std::vector<std::uint8_t> block;
+
+ private:
+  struct Piece {
+    std::uint8_t* memory;
+    std::size_t offset, bytes;
+  };
+  int rowBytes;
+  std::vector<std::unique_ptr<testing_support::GuardedMemory>> planes;
+  std::vector<Piece> pieces;
+};
+
+struct Stream {
+  void Paint(int n);
+  /// What the last frame gave.
+  void AddTo(fuzzing::Digest& digest);
+  /// Of all its frames.
+  std::uint64_t Sum();
+
+  Frame in, out;
+  std::function<void()> process;
+  bool changesInput = false;
+  bool watchesExposure = false;
+};
+
+/// Of the processor object.
+struct Settings {
+  std::uint32_t softening, strength, dither;
+  std::uint8_t adaptive, temporalStrength, temporalShift, deblock;
+  std::int16_t gain, offset;
+};
+
+enum class Use { kPre, kPre16Taps, kPreMotionSmoothing, kPost };
+
+Stream StartKernel(const testing_support::Kernel& kernel, const testing_support::Geometry& g, const Settings& s,
+                   testing_support::Flush flush);
+/// The exported functions; taps and motion smoothing come with the frames.
+Stream StartExported(Use use, const testing_support::Geometry& g, const Settings& s);
+Stream StartPlanes(const testing_support::Geometry& g, testing_support::Flush flush);
+
+Stream StartChecked(const vidproc::PreOptions& options, const testing_support::Placement& placement);
+Stream StartChecked(const vidproc::PostOptions& options, const testing_support::Placement& placement);
+Stream StartChecked(const vidproc::ExposureOptions& options, const testing_support::Placement& placement);
+
+}  // namespace golden

@@ -1,0 +1,98 @@
+// A camera's stream whose sizes, formats and settings change every few frames, through one handle of each kind as long
+// as scripts/soak asks: memory stays flat, and the chain of sums is that of a fresh run.
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <fstream>
+#include <functional>
+#include <vector>
+
+#include "fuzz/checked_frames.h"
+#include "support/api_frames.h"
+#include "support/frame_content.h"
+
+namespace {
+
+using namespace testing_support;
+
+constexpr std::size_t kReplayedSettings = 40;
+constexpr int kFrames = 4;
+
+struct Size {
+  int width, height;
+};
+constexpr Size kSizes[] = {{160, 90}, {176, 144}, {320, 180}, {322, 181}, {640, 360}};
+
+template <typename Options>
+Options DrawSettings(Random& random, const vidproc_frame_info* input) {
+  std::uint8_t bytes[64];
+  for (std::uint8_t& byte : bytes) byte = random.Byte();
+  fuzzing::Input drawn(bytes, sizeof(bytes));
+  auto options = fuzzing::DrawOptions<Options>(drawn);
+  options.luma_gain = 64, options.luma_offset = 0;  // others may be refused
+  for (vidproc_frame_info* const info : {&options.input, &options.output}) {
+    const Size size = random.Pick(kSizes);
+    info->width = size.width, info->height = size.height;
+  }
+  if (input != nullptr) options.input = *input;
+  return options;
+}
+
+/// The sum after each of the settings.
+std::vector<std::uint64_t> RunCamera(const std::function<bool(std::size_t)>& goesOn) {
+  vidproc::Pre pre;
+  vidproc::Post post;
+  fuzzing::Digest digest;
+  std::vector<std::uint64_t> chain;
+  while (goesOn(chain.size())) {
+    Random random(static_cast<std::uint32_t>(chain.size()));
+    const auto sent = DrawSettings<vidproc_pre_options>(random, nullptr);
+    const auto shown = DrawSettings<vidproc_post_options>(random, &sent.output);
+    pre.Configure(sent);
+    post.Configure(shown);
+    TightFrame camera(sent.input, 128), wire(sent.output, 0), screen(shown.output, 0);
+    for (int frame = 0; frame < kFrames; ++frame) {
+      const int width = sent.input.width;
+      Paint(Content::kDrift, width, static_cast<int>(camera.bytes.size()) / width, random, camera.bytes);
+      pre.Process(camera.Read(), wire.Write());
+      post.Process(wire.Read(), screen.Write());
+      digest.Add(wire.bytes.data(), wire.bytes.size());
+      digest.Add(screen.bytes.data(), screen.bytes.size());
+    }
+    chain.push_back(digest.Value());
+  }
+  return chain;
+}
+
+/// Of this process; 0 where the system does not tell.
+long ResidentKilobytes() {
+  std::ifstream status("/proc/self/status");
+  for (std::string word; status >> word;) {
+    long kilobytes = 0;
+    if (word == "VmRSS:" && status >> kilobytes) return kilobytes;
+  }
+  return 0;
+}
+
+TEST(Soak, MemoryIsFlatAndSumsAreReproducible) {
+  const char* const asked = std::getenv("VIDPROC_SOAK_SECONDS");
+  const std::chrono::seconds seconds(asked != nullptr ? std::atol(asked) : 0);
+  const auto begin = std::chrono::steady_clock::now();
+  long settled = 0;
+  const std::vector<std::uint64_t> chain = RunCamera([&](std::size_t settings) {
+    if (settings == 4 * kReplayedSettings) settled = ResidentKilobytes();
+    if (asked != nullptr && settings % 1000 == 0) std::printf("%6zu settings: %ld KB\n", settings, ResidentKilobytes());
+    return settings < kReplayedSettings || std::chrono::steady_clock::now() - begin < seconds;
+  });
+  EXPECT_TRUE(settled == 0 || ResidentKilobytes() < settled + settled / 10) << "from " << settled << " KB";
+  const std::vector<std::uint64_t> again = RunCamera([](std::size_t settings) { return settings < kReplayedSettings; });
+  for (std::size_t i = 0; i < again.size(); ++i) ASSERT_EQ(again[i], chain[i]) << "settings " << i;
+  if (asked != nullptr) {
+    std::printf("%zu settings, %zu frames, sum %016llx\n", chain.size(), kFrames * chain.size(),
+                static_cast<unsigned long long>(chain.back()));
+  }
+}
+
+}  // namespace

@@ -1,0 +1,50 @@
+// What every stream of the golden table keeps beside its bytes: frames take no memory, a lack of memory is told and
+// leaves nothing behind, and streams in other threads are none of its business. scripts/check_symbols sees that the
+// library has no lock to take.
+#include <gtest/gtest.h>
+
+#include <new>
+#include <thread>
+#include <vector>
+
+#include "golden/golden_cases.h"
+#include "support/allocation_log.h"
+#include "support/failing_malloc.h"
+
+namespace {
+
+using golden::Case;
+
+// Each kernel and route has ten cases or more.
+constexpr int kFrames = 1000;
+
+TEST(Streams, TakeNoMemoryInAFrame) {
+  for (const Case& item : golden::AllCases()) {
+    golden::Stream stream = item.start();
+    stream.Paint(0);
+    stream.process();  // the first frame after a set-up may take memory
+    const testing_support::AllocationLog log;
+    const testing_support::MallocCount mallocs;
+    for (int n = 0; n < kFrames; ++n) stream.process();
+    EXPECT_EQ(log.Total(), 0u) << item.name;
+    EXPECT_EQ(mallocs.Bytes(), 0u) << item.name;
+  }
+}
+
+TEST(Streams, DoNotDisturbEachOtherInEightThreads) {
+  const std::vector<Case> cases = golden::AllCases();
+  const std::vector<std::string> lines = golden::KeptLines();
+  ASSERT_EQ(lines.size(), cases.size());
+  std::vector<std::thread> threads;
+  for (std::size_t t = 0; t < 8; ++t) {
+    threads.emplace_back([&, t] {
+      for (std::size_t i = 0; i < cases.size(); ++i) {
+        const std::size_t own = (i + t * cases.size() / 8) % cases.size();
+        EXPECT_EQ(golden::LineOf(cases[own]), lines[own]);
+      }
+    });
+  }
+  for (std::thread& thread : threads) thread.join();
+}
+
+}  // namespace
