@@ -10,7 +10,7 @@
 #include "api/frame_layout.h"
 #include "api/option_checks.h"
 #include "memory.h"
-#include "vidproc/vidproc.h"
+#include "vidproc/vidproc.hpp"
 
 namespace fuzzing {
 

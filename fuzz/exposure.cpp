@@ -26,13 +26,10 @@ void PutLuma(Input& input, const vidproc_output& frame, std::uint8_t* packed, st
 }
 
 void WatchStream(Input& input) {
-  vidproc_exposure_options options;
-  vidproc_exposure_options_init(&options, sizeof(options));
+  vidproc::ExposureOptions options;
   options.input = {input.Between(VIDPROC_FORMAT_UYVY, VIDPROC_FORMAT_I422), input.Between(16, 90),
                    input.Between(16, 60), VIDPROC_SITING_LEFT};
-  vidproc_exposure* checked = nullptr;
-  Require(vidproc_exposure_create(&checked) == VIDPROC_OK, "a handle is made");
-  Require(vidproc_exposure_configure(checked, &options) == VIDPROC_OK, "sizes are taken");
+  vidproc::Exposure checked(options);
   void* plain = nullptr;
   VidProcAdjustAutoExposureInit(&plain, options.input.width, options.input.height, 0);
   std::ptrdiff_t strides[3] = {};
@@ -47,15 +44,12 @@ void WatchStream(Input& input) {
     if (input.OneIn(24)) level = input.Byte();
     if (n == 0 || input.OneIn(4)) PutLuma(input, frame.view, packed.Start(), level);
     const int expected = VidProcAdjustAutoExposure(plain, packed.Start());
-    vidproc_exposure_event event = -1;
-    const vidproc_input view = AsInput(frame.view);
-    agree = agree && vidproc_exposure_process(checked, &view, &event) == VIDPROC_OK &&
-            event == (expected == 1   ? VIDPROC_EXPOSURE_DRIFTED
-                      : expected == 0 ? VIDPROC_EXPOSURE_SETTLED
-                                      : VIDPROC_EXPOSURE_NONE);
+    const vidproc_exposure_event event = checked.Process(AsInput(frame.view));
+    agree = agree && event == (expected == 1   ? VIDPROC_EXPOSURE_DRIFTED
+                               : expected == 0 ? VIDPROC_EXPOSURE_SETTLED
+                                               : VIDPROC_EXPOSURE_NONE);
   }
   VidProcAdjustAutoExposureCleanup(&plain);
-  vidproc_exposure_destroy(checked);
   Require(agree, "both watchers tell the same");
 }
 

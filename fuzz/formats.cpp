@@ -56,17 +56,26 @@ PlacedFrame TightFrame(const vidproc_frame_info& info) {
   return {info, strides, kMostFrameBytes};
 }
 
+template <typename Handle>
+bool TakesOptions(Handle& handle, const auto& options) {
+  try {
+    handle.Configure(options);
+    return true;
+  } catch (const vidproc::Error&) {
+    return false;
+  }
+}
+
 template <typename Handle, typename Options>
-void Compare(Input& input, vidproc_status (*configure)(Handle*, const Options*),
-             vidproc_status (*process)(Handle*, const vidproc_input*, const vidproc_output*), Handle* drawnHandle,
-             Handle* canonicalHandle) {
+void Compare(Input& input) {
   const auto drawn = DrawOptions<Options>(input);
   Options canonical = drawn;
   canonical.input = Canonical(drawn.input);
   canonical.output = Canonical(drawn.output);
-  const vidproc_status status = configure(drawnHandle, &drawn);
-  Require(configure(canonicalHandle, &canonical) == status, "settings do not depend on the format");
-  if (status != VIDPROC_OK) return;
+  Handle drawnHandle, canonicalHandle;
+  const bool isTaken = TakesOptions(drawnHandle, drawn);
+  Require(TakesOptions(canonicalHandle, canonical) == isTaken, "settings do not depend on the format");
+  if (!isTaken) return;
   const bool isInPlace = std::memcmp(&drawn.input, &drawn.output, sizeof(drawn.input)) == 0 && input.OneIn(2);
   std::ptrdiff_t inStrides[3] = {}, outStrides[3] = {};
   DrawStrides(drawn.input, input, inStrides);
@@ -78,9 +87,8 @@ void Compare(Input& input, vidproc_status (*configure)(Handle*, const Options*),
   for (int frame = 0; frame < 3; ++frame) {
     canonicalIn.Fill(input);
     ForEachSample(in.view, canonicalIn.view, [](std::uint8_t& to, std::uint8_t from) { to = from; });
-    const vidproc_input source = AsInput(in.view), canonicalSource = AsInput(canonicalIn.view);
-    Require(process(drawnHandle, &source, &out.view) == VIDPROC_OK, "frames are taken");
-    Require(process(canonicalHandle, &canonicalSource, &canonicalOut.view) == VIDPROC_OK, "tight frames are taken");
+    drawnHandle.Process(AsInput(in.view), out.view);
+    canonicalHandle.Process(AsInput(canonicalIn.view), canonicalOut.view);
     ForEachSample(out.view, canonicalOut.view, [](std::uint8_t sample, std::uint8_t expected) {
       Require(sample == expected, "the same samples in every format");
     });
@@ -90,17 +98,8 @@ void Compare(Input& input, vidproc_status (*configure)(Handle*, const Options*),
 }  // namespace
 
 void FuzzFormats(Input input) {
-  if (input.OneIn(2)) {
-    vidproc_pre* handles[2] = {};
-    for (auto*& handle : handles) vidproc_pre_create(&handle);
-    Compare(input, vidproc_pre_configure, vidproc_pre_process, handles[0], handles[1]);
-    for (auto* handle : handles) vidproc_pre_destroy(handle);
-  } else {
-    vidproc_post* handles[2] = {};
-    for (auto*& handle : handles) vidproc_post_create(&handle);
-    Compare(input, vidproc_post_configure, vidproc_post_process, handles[0], handles[1]);
-    for (auto* handle : handles) vidproc_post_destroy(handle);
-  }
+  input.OneIn(2) ? Compare<vidproc::Pre, vidproc_pre_options>(input)
+                 : Compare<vidproc::Post, vidproc_post_options>(input);
 }
 
 }  // namespace fuzzing

@@ -4,6 +4,7 @@
 #include <iterator>
 #include <memory>
 
+#include "api/presets.h"
 #include "checked_frames.h"
 #include "targets.h"
 
@@ -12,76 +13,48 @@ namespace {
 
 constexpr int kMostCalls = 24;
 
-template <typename HandleType, typename OptionsType>
-struct Functions {
-  using Handle = HandleType;
-  using Options = OptionsType;
-  vidproc_status (*create)(Handle**);
-  void (*destroy)(Handle*);
-  vidproc_status (*init)(Options*, std::size_t);
-  vidproc_status (*configure)(Handle*, const Options*);
-  vidproc_status (*process)(Handle*, const vidproc_input*, const vidproc_output*);
-  vidproc_status (*reset)(Handle*);
-  const char* (*lastError)(const Handle*);
-  const char* (*presetName)(std::int32_t) = nullptr;
-  vidproc_status (*writePreset)(Options*, std::size_t, const char*) = nullptr;
-};
-
-constexpr Functions<vidproc_pre, vidproc_pre_options> kPre = {
-    vidproc_pre_create,     vidproc_pre_destroy, vidproc_pre_options_init,
-    vidproc_pre_configure,  vidproc_pre_process, vidproc_pre_reset,
-    vidproc_pre_last_error, vidproc_pre_preset,  vidproc_pre_options_preset};
-constexpr Functions<vidproc_post, vidproc_post_options> kPost = {
-    vidproc_post_create,     vidproc_post_destroy, vidproc_post_options_init,
-    vidproc_post_configure,  vidproc_post_process, vidproc_post_reset,
-    vidproc_post_last_error, vidproc_post_preset,  vidproc_post_options_preset};
-constexpr Functions<vidproc_exposure, vidproc_exposure_options> kExposure = {
-    vidproc_exposure_create,
-    vidproc_exposure_destroy,
-    vidproc_exposure_options_init,
-    vidproc_exposure_configure,
-    [](vidproc_exposure* exposure, const vidproc_input* input, const vidproc_output*) {
-      vidproc_exposure_event event = VIDPROC_EXPOSURE_NONE;
-      return vidproc_exposure_process(exposure, input, &event);
-    },
-    vidproc_exposure_reset,
-    vidproc_exposure_last_error};
-
 /// Frames of this many pixels are configured, larger ones only where that is refused.
 constexpr std::int64_t kMostPixels = 1 << 16;
 
 bool IsLarge(const vidproc_frame_info& info) { return std::int64_t{info.width} * info.height > kMostPixels; }
 
-template <typename Calls>
+template <typename Call>
+vidproc_status StatusOf(const Call& call) {
+  try {
+    call();
+    return VIDPROC_OK;
+  } catch (const vidproc::Error& error) {
+    Require(std::strchr(error.what(), ':') != nullptr, "a refusal has its text");
+    return error.Status();
+  }
+}
+
+template <typename Handle, typename Options>
 class Stream {
  public:
-  Stream(const Calls& calls, Input& input) : calls(calls), input(input) {
-    Require(calls.create(&handle) == VIDPROC_OK, "a handle is made");
-  }
-  ~Stream() { calls.destroy(handle); }
-  Stream(const Stream&) = delete;
-  Stream& operator=(const Stream&) = delete;
+  explicit Stream(Input& input) : input(input) {}
 
   void Call(Digest& digest) {
     const int call = input.Between(0, 9);
-    const vidproc_status status = call < 2    ? Configure()
-                                  : call == 2 ? calls.reset(handle)
-                                  : call == 8 ? ConfigurePreset()
-                                  : call == 9 ? AskNoise(digest)
-                                              : Process(digest);
-    Require((status == VIDPROC_OK) == (*calls.lastError(handle) == '\0'), "a refusal has its text");
-    digest.Add(status);
+    digest.Add(call < 2    ? Configure()
+               : call == 2 ? Reset()
+               : call == 8 ? ConfigurePreset()
+               : call == 9 ? AskNoise(digest)
+                           : Process(digest));
   }
 
  private:
-  using Options = typename Calls::Options;
+  vidproc_status Reset() {
+    handle.Reset();
+    return VIDPROC_OK;
+  }
 
   vidproc_status Configure() {
     auto drawn = DrawOptions<Options>(input);
     const std::size_t size = input.OneIn(8) ? input.Any() % 5000 : sizeof(Options);
     const auto memory = std::make_unique<std::uint32_t[]>(size / 4 + 1);
     auto* const options = reinterpret_cast<Options*>(memory.get());
-    const bool isKnown = calls.init(options, size) == VIDPROC_OK;
+    const bool isKnown = vidproc::api::WriteDefaults(TableOf<Options>(), options, size) == VIDPROC_OK;
     std::memcpy(&drawn, memory.get(), sizeof(drawn.struct_size));
     std::memcpy(memory.get(), &drawn, std::min(size, sizeof(drawn)));
     while (input.OneIn(4)) memory[input.Byte() % (size / 4 + 1)] = input.Any();
@@ -90,39 +63,38 @@ class Stream {
     if (drawn.struct_size > size || !isKnown) memory[0] = static_cast<std::uint32_t>(input.OneIn(2) ? 5000 : 0);
     bool isLarge = IsLarge(drawn.input);
     if constexpr (requires { drawn.output; }) isLarge = isLarge || IsLarge(drawn.output);
-    if (isLarge && vidproc::api::IsValid(drawn.input)) return calls.reset(handle);
-    const vidproc_status status = calls.configure(handle, options);
+    if (isLarge && vidproc::api::IsValid(drawn.input)) return Reset();
+    const vidproc_status status = StatusOf([&] { handle.Configure(*options); });
     if (status == VIDPROC_OK) configured = drawn;
     return status;
   }
 
   vidproc_status ConfigurePreset() {
-    if (calls.writePreset == nullptr) return calls.reset(handle);
-    const std::size_t size = input.OneIn(4) ? input.Any() % 5000 : sizeof(Options);
-    const auto memory = std::make_unique<std::uint32_t[]>(size / 4 + 1);
-    auto* const options = reinterpret_cast<Options*>(memory.get());
-    const bool isWritten = calls.writePreset(options, size, calls.presetName(input.Between(-1, 6))) == VIDPROC_OK;
-    if (!isWritten || size < sizeof(Options)) return calls.reset(handle);
-    const auto drawn = DrawOptions<Options>(input);
-    options->input = drawn.input;
-    if constexpr (requires { drawn.output; }) {
-      options->output = drawn.output;
-      options->dither_seed = 0;
+    if constexpr (requires(Options o) { o.output; }) {
+      const auto presets = kIsPre<Options> ? vidproc::api::kPrePresets : vidproc::api::kPostPresets;
+      const char* const name = vidproc::api::PresetName(presets, input.Between(-1, 6));
+      Options options;
+      const vidproc_status isKnown =
+          vidproc::api::WritePreset(TableOf<Options>(), presets, name, &options, sizeof(options));
+      Require((isKnown == VIDPROC_OK) == (name != nullptr), "presets have names");
+      if (name == nullptr) return Reset();
+      const auto drawn = DrawOptions<Options>(input);
+      options.input = drawn.input;
+      options.output = drawn.output;
+      options.dither_seed = 0;
+      handle.Configure(options);
+      configured = options;
+      return VIDPROC_OK;
+    } else {
+      return Reset();
     }
-    const vidproc_status status = calls.configure(handle, options);
-    Require(status == VIDPROC_OK, "a preset is taken");
-    configured = *options;
-    return status;
   }
 
   vidproc_status AskNoise(Digest& digest) {
     if constexpr (kIsPre<Options>) {
-      std::int32_t noise = 0;
-      const vidproc_status status = vidproc_pre_noise(handle, input.OneIn(8) ? nullptr : &noise);
-      digest.Add(noise);
-      return status;
+      return StatusOf([&] { digest.Add(handle.Noise()); });
     } else {
-      return calls.reset(handle);
+      return Reset();
     }
   }
 
@@ -151,25 +123,20 @@ class Stream {
       vidproc_output view = own.view;
       const int placement = input.Between(0, 5);
       if (placement == 0) {
-        const vidproc_output& f = in.view;
-        view = {own.view.format,
-                own.view.width,
-                own.view.height,
-                {f.plane[0], f.plane[1], f.plane[2]},
-                {f.stride[0], f.stride[1], f.stride[2]},
-                {f.bytes[0], f.bytes[1], f.bytes[2]}};
+        view = in.view;
+        view.format = own.view.format, view.width = own.view.width, view.height = own.view.height;
       } else if (placement == 1) {
         PutInto(in, view);
       }
       const std::uint64_t sourceBefore = in.DigestOfAll(), before = own.DigestOfAll();
-      const vidproc_status status = calls.process(handle, &source, &view);
+      const vidproc_status status = StatusOf([&] { handle.Process(source, view); });
       Require(status == VIDPROC_OK || (in.DigestOfAll() == sourceBefore && own.DigestOfAll() == before),
               "a refused frame is left alone");
       Require(placement < 2 || in.DigestOfAll() == sourceBefore, "an input of its own is only read");
       digest.Add(static_cast<std::int64_t>(placement < 2 ? in.DigestOfAll() : own.DigestOfAll()));
       return status;
     } else {
-      return calls.process(handle, &source, nullptr);
+      return StatusOf([&] { handle.Process(source); });
     }
   }
 
@@ -186,9 +153,8 @@ class Stream {
     view.bytes[to] = f.stride[from] > 0 ? count - offset : 0;
   }
 
-  const Calls& calls;
   Input& input;
-  typename Calls::Handle* handle = nullptr;
+  Handle handle;
   Options configured = {};
 };
 
@@ -196,9 +162,9 @@ class Stream {
 
 std::uint64_t RunInterface(Input& input, Run) {
   Digest digest;
-  Stream pre(kPre, input);
-  Stream post(kPost, input);
-  Stream exposure(kExposure, input);
+  Stream<vidproc::Pre, vidproc_pre_options> pre(input);
+  Stream<vidproc::Post, vidproc_post_options> post(input);
+  Stream<vidproc::Exposure, vidproc_exposure_options> exposure(input);
   for (int call = 0; call < kMostCalls && !input.IsEmpty(); ++call) {
     const int stream = input.Between(0, 4);
     stream < 2 ? pre.Call(digest) : stream < 4 ? post.Call(digest) : exposure.Call(digest);

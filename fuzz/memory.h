@@ -3,10 +3,11 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <memory>
+#include <vector>
 
 #include "digest.h"
 #include "input.h"
+#include "tests/support/frame_content.h"
 
 namespace fuzzing {
 
@@ -15,43 +16,22 @@ inline constexpr std::uint64_t kMostFrameBytes = 1 << 17;
 
 class Block {
  public:
-  explicit Block(std::size_t count) : bytes(new std::uint8_t[count]()), count(count) {}
+  explicit Block(std::size_t count) : bytes(count) {}
 
-  std::uint8_t* Start() { return bytes.get(); }
-  std::size_t Count() const { return count; }
-  void AddTo(Digest& digest) const { digest.Add(bytes.get(), count); }
+  std::uint8_t* Start() { return bytes.data(); }
+  std::size_t Count() const { return bytes.size(); }
+  void AddTo(Digest& digest) const { digest.Add(bytes.data(), bytes.size()); }
 
-  /// One of a few kinds of pictures.
   void Fill(Input& input) {
-    const int kind = input.Between(0, 4);
-    const std::uint8_t level = input.Byte();
-    std::uint32_t state = level * 2654435761u + 1;
-    for (std::size_t i = 0; i < count; ++i) {
-      state = state * 1664525 + 1013904223;
-      const std::uint32_t noise = state >> 16;
-      switch (kind) {
-        case 0:
-          bytes[i] = level;
-          break;
-        case 1:
-          bytes[i] = static_cast<std::uint8_t>(noise);
-          break;
-        case 2:
-          bytes[i] = noise % 2 == 0 ? 0 : 255;
-          break;
-        case 3:
-          bytes[i] = static_cast<std::uint8_t>(level + noise % 5 + i / 64);
-          break;
-        default:
-          bytes[i] = static_cast<std::uint8_t>(i / 24 % 2 * level);
-          break;
-      }
-    }
+    using testing_support::Content;
+    static constexpr Content kKinds[] = {Content::kNoise, Content::kExtreme, Content::kSmooth, Content::kSteps};
+    const Content kind = input.Pick(kKinds);
+    testing_support::Random random(input.Byte());
+    testing_support::Paint(kind, static_cast<int>(bytes.size()), 1, random, bytes);
   }
 
  private:
-  std::unique_ptr<std::uint8_t[]> bytes;
-  std::size_t count;
+  std::vector<std::uint8_t> bytes;
 };
 
 /// Bytes from the first byte of the first row to the last byte of the last one; rows is positive.

@@ -30,6 +30,13 @@ constexpr Kernel kKernels[] = {&Object::PreProcExecute,
                                &Object::PostProcExecute_SSE2,
                                &Object::Deblock8x8};
 
+constexpr std::size_t kPreScalers = 6;  ///< the first of them
+
+/// Whether the last output of an axis lies behind the last sample of the source.
+bool Leaves(std::uint32_t in, std::uint32_t out, std::int32_t up, std::int32_t down) {
+  return up < 1 || down < 1 || (std::int64_t{out} - 1) * down / up > std::int64_t{in} - 1;
+}
+
 /// Whether buffers of these sizes are small, or so large that none are made.
 bool IsAffordable(std::uint64_t height, std::uint64_t stride) {
   const std::uint64_t area = (height + 48) * (stride + 96);
@@ -187,13 +194,23 @@ class Objects {
       } else if (call == 14) {
         digest.Add(p.Go(input.Byte() % 2));
       } else {
-        digest.Add((p.*input.Pick(kKernels))());
+        RunKernel(p, input.Byte() % std::size(kKernels), frames);
       }
     }
     p.srcFrame = p.dstFrame = nullptr;
     digest.Add(p.ditherLevel);
     frames.AddTo(digest);
     bytesLeft -= frames.Count() + 1024;
+  }
+
+  void RunKernel(VideoProcessor& p, std::size_t kernel, const Frames& frames) {
+    const bool mayNotRun = kernel < kPreScalers && (Leaves(p.inWidth, p.outWidth, p.horizontalUp, p.horizontalDown) ||
+                                                    Leaves(p.inHeight, p.outHeight, p.verticalUp, p.verticalDown));
+    Digest before, after;
+    if (mayNotRun) frames.AddTo(before);
+    digest.Add((p.*kKernels[kernel])());
+    if (mayNotRun) frames.AddTo(after);
+    Require(before.Value() == after.Value(), "ratios that leave the frame are refused");
   }
 
   /// A plane of the given rows, null where it would be too large.
