@@ -1,9 +1,10 @@
-// Runs one frame of one contestant inside CountedFrame, for a profiler that counts instructions in there only:
+// Runs a frame of one contestant inside CountedFrame, for a profiler that counts instructions in there only:
 //
-//   valgrind --tool=callgrind --toggle-collect=CountedFrame vidproc_instruction_count NAME
+//   valgrind --tool=callgrind --toggle-collect=CountedFrame vidproc_instruction_count NAME [FRAMES]
 //
-// where NAME is one of vidproc_bench's. Without NAME it lists them.
+// where NAME is one of vidproc_bench's. Without NAME it lists them. FRAMES of them run one after the other.
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <map>
 #include <string>
@@ -35,7 +36,7 @@ void bench::Enter(const Contest& contest, const std::string& contestant, std::fu
 }
 
 int main(int argc, char** argv) {
-  if (argc != 2) {
+  if (argc != 2 && argc != 3) {
     for (const auto& [name, entry] : Entries()) std::puts(name.c_str());
     return 0;
   }
@@ -50,7 +51,10 @@ int main(int argc, char** argv) {
   bench::Bytes destination(bench::FrameBytes(contest.format, contest.out));
   // The first frame meets no history and no plan.
   run(frame(0), destination.data());
-  if (contest.inPlace) std::memcpy(destination.data(), frame(0), destination.size());
-  CountedFrame(run, frame(contest.frames > 1 ? 1 : 0), destination.data());
+  const int frames = argc == 3 ? std::atoi(argv[2]) : 1;
+  for (int n = 1; n <= frames; ++n) {
+    if (contest.inPlace) std::memcpy(destination.data(), frame(0), destination.size());
+    CountedFrame(run, frame(n % contest.frames), destination.data());
+  }
   return 0;
 }
