@@ -50,6 +50,30 @@ Options DrawOptions(Input& input) {
   return options;
 }
 
+/// One component of a frame.
+struct Samples {
+  std::uint8_t* first;
+  std::ptrdiff_t step, stride;
+  int width, height;
+  std::uint8_t& At(int x, int y) const { return first[y * stride + x * step]; }
+};
+
+/// Luma, Cb or Cr of a frame whose strides hold whole rows.
+inline Samples ComponentOf(const vidproc_output& f, int c) {
+  const bool is420 = f.format == VIDPROC_FORMAT_NV12 || f.format == VIDPROC_FORMAT_I420;
+  const int width = c == 0 ? f.width : (f.width + 1) / 2, height = c == 0 || !is420 ? f.height : (f.height + 1) / 2;
+  switch (f.format) {
+    case VIDPROC_FORMAT_UYVY:
+      return {f.plane[0] + (c == 0 ? 1 : 2 * (c - 1)), c == 0 ? 2 : 4, f.stride[0], width, height};
+    case VIDPROC_FORMAT_YUYV:
+      return {f.plane[0] + (c == 0 ? 0 : 2 * c - 1), c == 0 ? 2 : 4, f.stride[0], width, height};
+    case VIDPROC_FORMAT_NV12:
+      return {f.plane[c == 0 ? 0 : 1] + (c == 2), c == 0 ? 1 : 2, f.stride[c == 0 ? 0 : 1], width, height};
+    default:
+      return {f.plane[c], 1, f.stride[c], width, height};
+  }
+}
+
 inline vidproc_input AsInput(const vidproc_output& f) {
   return {f.format,
           f.width,

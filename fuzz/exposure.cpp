@@ -11,15 +11,14 @@ constexpr int kMostFrames = 120;
 
 /// Luma that settles, drifts and moves.
 void PutLuma(Input& input, const vidproc_output& frame, std::uint8_t* packed, std::uint8_t level) {
-  const bool isPacked = frame.format == VIDPROC_FORMAT_UYVY || frame.format == VIDPROC_FORMAT_YUYV;
-  const std::ptrdiff_t step = isPacked ? 2 : 1, first = frame.format == VIDPROC_FORMAT_UYVY ? 1 : 0;
+  const Samples samples = ComponentOf(frame, 0);
   const int slope = input.Between(0, 3), spread = 1 + input.Byte() % 16;
   std::uint32_t noise = input.Byte();
   for (int y = 0; y < frame.height; ++y) {
     for (int x = 0; x < frame.width; ++x) {
       noise = noise * 1664525 + 1013904223;
       const auto luma = static_cast<std::uint8_t>(level + (slope * x + y) / 4 + static_cast<int>(noise >> 24) % spread);
-      frame.plane[0][y * frame.stride[0] + x * step + first] = luma;
+      samples.At(x, y) = luma;
       packed[2 * (std::ptrdiff_t{y} * frame.width + x) + 1] = luma;
     }
   }

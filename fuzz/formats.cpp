@@ -1,36 +1,10 @@
 // The same picture in two layouts: a stream from any format to any format, with any strides and in place, gives the
 // samples of the stream of the tight frames that hold the same samples, packed for 4:2:2 and in two planes for 4:2:0.
-#include <optional>
-#include <vector>
-
 #include "checked_frames.h"
 #include "targets.h"
 
 namespace fuzzing {
 namespace {
-
-struct Samples {
-  std::uint8_t* first;
-  std::ptrdiff_t step, stride;
-  int width, height;
-  std::uint8_t& At(int x, int y) const { return first[y * stride + x * step]; }
-};
-
-/// Luma, Cb or Cr of a frame whose strides hold whole rows.
-Samples ComponentOf(const vidproc_output& f, int c) {
-  const bool is420 = f.format == VIDPROC_FORMAT_NV12 || f.format == VIDPROC_FORMAT_I420;
-  const int width = c == 0 ? f.width : (f.width + 1) / 2, height = c == 0 || !is420 ? f.height : (f.height + 1) / 2;
-  switch (f.format) {
-    case VIDPROC_FORMAT_UYVY:
-      return {f.plane[0] + (c == 0 ? 1 : 2 * (c - 1)), c == 0 ? 2 : 4, f.stride[0], width, height};
-    case VIDPROC_FORMAT_YUYV:
-      return {f.plane[0] + (c == 0 ? 0 : 2 * c - 1), c == 0 ? 2 : 4, f.stride[0], width, height};
-    case VIDPROC_FORMAT_NV12:
-      return {f.plane[c == 0 ? 0 : 1] + (c == 2), c == 0 ? 1 : 2, f.stride[c == 0 ? 0 : 1], width, height};
-    default:
-      return {f.plane[c], 1, f.stride[c], width, height};
-  }
-}
 
 /// Calls take(sample of a, sample of b) for every sample of two frames of one size and chroma sampling.
 template <typename Take>

@@ -4,7 +4,7 @@
 #include <cstdlib>
 #include <utility>
 
-#include "api/frame_layout.h"
+#include "fuzz/checked_frames.h"
 
 namespace golden {
 namespace {
@@ -12,7 +12,6 @@ namespace {
 using testing_support::Flush;
 using testing_support::Geometry;
 using testing_support::GuardedMemory;
-using testing_support::Placement;
 using testing_support::Processor;
 
 constexpr int kFrames = 3, kWatchedFrames = 90;
@@ -48,8 +47,8 @@ Frame PlanarFrame(int width, int height, int padding, Flush flush, std::uint8_t*
   const std::size_t chromaBytes = (chromaRows - 1) * stride + std::min(2 * pairs, stride);
   Frame frame(stride * (rows + chromaRows), static_cast<int>(stride));
   start[0] = frame.AddPlane(lumaBytes, flush);
-  start[1] = frame.AddPlane(chromaBytes, flush);
   frame.AddPiece(start[0], 0, lumaBytes);
+  start[1] = frame.AddPlane(chromaBytes, flush);
   frame.AddPiece(start[1], stride * rows, chromaBytes);
   return frame;
 }
@@ -77,21 +76,12 @@ Frame CheckedFrame(const vidproc_frame_info& info, const Placement& placement, v
   return frame;
 }
 
-vidproc_input AsInput(const vidproc_output& f) {
-  return {f.format,
-          f.width,
-          f.height,
-          {f.plane[0], f.plane[1], f.plane[2]},
-          {f.stride[0], f.stride[1], f.stride[2]},
-          {f.bytes[0], f.bytes[1], f.bytes[2]}};
-}
-
 template <typename Handle, typename Options>
 Stream StartProcessor(const Options& options, const Placement& placement) {
   vidproc_output source = {}, destination = {};
   Stream stream{
       CheckedFrame(options.input, placement, source), CheckedFrame(options.output, placement, destination), {}};
-  stream.process = [handle = std::make_shared<Handle>(options), input = AsInput(source), destination] {
+  stream.process = [handle = std::make_shared<Handle>(options), input = fuzzing::AsInput(source), destination] {
     handle->Process(input, destination);
   };
   return stream;
@@ -102,11 +92,13 @@ Stream StartProcessor(const Options& options, const Placement& placement) {
 std::uint8_t* Frame::AddPlane(std::size_t bytes, Flush flush) {
   testing_support::Random random(1);
   planes.push_back(std::make_unique<GuardedMemory>(bytes, flush, random));
+  planes.back()->Load();
   return planes.back()->Live();
 }
 
 void Frame::AddPiece(std::uint8_t* memory, std::size_t offset, std::size_t bytes) {
-  pieces.push_back({memory, offset, bytes});
+  pieces.push_back({memory, planes.back()->Expected() + (memory - planes.back()->Live()), offset, bytes});
+  std::fill_n(memory, bytes, std::uint8_t{0});
 }
 
 void Frame::Paint(int n) {
@@ -125,7 +117,11 @@ void Frame::Load() const {
 }
 
 void Frame::Store() {
-  for (const Piece& piece : pieces) std::copy_n(piece.memory, piece.bytes, block.data() + piece.offset);
+  for (const Piece& piece : pieces) {
+    std::copy_n(piece.memory, piece.bytes, block.data() + piece.offset);
+    std::copy_n(piece.memory, piece.bytes, piece.expected);
+  }
+  for (const auto& plane : planes) EXPECT_EQ(plane->FirstDifference(0, static_cast<std::size_t>(rowBytes)), "");
 }
 
 void Stream::Paint(int n) {
@@ -226,7 +222,7 @@ Stream StartChecked(const vidproc::ExposureOptions& options, const Placement& pl
   event.AddPiece(lowByte, 0, 1);
   Stream stream{std::move(in), std::move(event), {}};
   stream.watchesExposure = true;
-  stream.process = [watcher = std::make_shared<vidproc::Exposure>(options), input = AsInput(source), lowByte] {
+  stream.process = [watcher = std::make_shared<vidproc::Exposure>(options), input = fuzzing::AsInput(source), lowByte] {
     *lowByte = static_cast<std::uint8_t>(watcher->Process(input));
   };
   return stream;

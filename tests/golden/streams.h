@@ -8,11 +8,17 @@
 #include <vector>
 
 #include "fuzz/digest.h"
-#include "support/format_frame.h"
 #include "support/kernel_harness.h"
 #include "vidproc/vidproc.hpp"
 
 namespace golden {
+
+/// How a frame's planes lie in memory.
+struct Placement {
+  int padding = 0;  ///< bytes behind the shortest row that is allowed
+  bool bottomUp = false;
+  testing_support::Flush flush = testing_support::Flush::kEnd;
+};
 
 /// A frame's bytes twice: in one block, which is painted and summed, and where it is processed.
 class Frame {
@@ -21,19 +27,20 @@ class Frame {
 
   /// Memory for a plane with an unreadable page right behind it or before it.
   std::uint8_t* AddPlane(std::size_t bytes, testing_support::Flush flush);
-  /// Bytes of the block from `offset` on lie at `memory`.
+  /// Bytes of the block from `offset` on lie at `memory`, in the plane that was added last.
   void AddPiece(std::uint8_t* memory, std::size_t offset, std::size_t bytes);
 
   /// The n-th frame of a moving picture with edges, slopes and noise, drawn by integer arithmetic alone.
   void Paint(int n);
   void Load() const;
+  /// Takes the processed bytes into the block. What lies between them has to be as it was.
   void Store();
 
   std::vector<std::uint8_t> block;
 
  private:
   struct Piece {
-    std::uint8_t* memory;
+    std::uint8_t *memory, *expected;
     std::size_t offset, bytes;
   };
   int rowBytes;
@@ -69,8 +76,8 @@ Stream StartKernel(const testing_support::Kernel& kernel, const testing_support:
 Stream StartExported(Use use, const testing_support::Geometry& g, const Settings& s);
 Stream StartPlanes(const testing_support::Geometry& g, testing_support::Flush flush);
 
-Stream StartChecked(const vidproc::PreOptions& options, const testing_support::Placement& placement);
-Stream StartChecked(const vidproc::PostOptions& options, const testing_support::Placement& placement);
-Stream StartChecked(const vidproc::ExposureOptions& options, const testing_support::Placement& placement);
+Stream StartChecked(const vidproc::PreOptions& options, const Placement& placement);
+Stream StartChecked(const vidproc::PostOptions& options, const Placement& placement);
+Stream StartChecked(const vidproc::ExposureOptions& options, const Placement& placement);
 
 }  // namespace golden

@@ -101,7 +101,7 @@ void RunPipeline(Digits& digits) {
   const std::size_t stage = digits.Next(std::size(kStages) + 1);
   const Geometry g = DrawGeometry(digits);
   const Flush flush = DrawFlush(digits);
-  const Placement placement{g.inPadding, digits.Next(2) == 1, flush};
+  const golden::Placement placement{g.inPadding, digits.Next(2) == 1, flush};
   const auto start = [&](auto options, auto spoil) {
     options.input.format = from;
     options.output.format = to;
