@@ -25,6 +25,7 @@
 
 #include <cstdint>
 
+/// Marks what the shared library exports.
 #define VIDPROC_API __attribute__((visibility("default")))
 
 namespace vidproc {

@@ -23,6 +23,7 @@
 #include <stddef.h>
 #include <stdint.h>
 
+/// Version of this header.
 #define VIDPROC_VERSION_MAJOR 1
 #define VIDPROC_VERSION_MINOR 0
 #define VIDPROC_VERSION_PATCH 0
@@ -30,6 +31,7 @@
 #define VIDPROC_VERSION_NUMBER (VIDPROC_VERSION_MAJOR * 10000 + VIDPROC_VERSION_MINOR * 100 + VIDPROC_VERSION_PATCH)
 
 #ifndef VIDPROC_API
+/// Marks what the shared library exports.
 #define VIDPROC_API __attribute__((visibility("default")))
 #endif
 
@@ -114,6 +116,7 @@ typedef struct vidproc_input {
 
 /// A frame that is written. As vidproc_input; padding between rows is left alone.
 typedef struct vidproc_output {
+  /// As in vidproc_input.
   vidproc_format format;
   int32_t width;
   int32_t height;
@@ -278,6 +281,7 @@ typedef struct vidproc_post vidproc_post;
 /// too) with sharpening, luma gain and offset, then dither. The defaults do nothing but scale and convert. Fields are
 /// those of vidproc_pre_options; deblock_level is this side's own.
 typedef struct vidproc_post_options {
+  /// As in vidproc_pre_options.
   uint32_t struct_size;
   vidproc_frame_info input;
   vidproc_frame_info output;
@@ -323,6 +327,7 @@ enum {
   VIDPROC_EXPOSURE_SETTLED = 2   ///< brightness has come to rest; not before the 21st frame
 };
 
+/// What an exposure watcher looks at.
 typedef struct vidproc_exposure_options {
   uint32_t struct_size;      ///< bytes of this struct, written by vidproc_exposure_options_init
   vidproc_frame_info input;  ///< format and size; 16..16384 in both directions, at most 32896 whole blocks of 16 x 16

@@ -21,6 +21,7 @@ namespace vidproc {
 /// allowed: "invalid argument: output.width is 1, allowed 2 to 16384".
 class Error : public std::runtime_error {
  public:
+  /// @param detail  text of the handle, empty where there is none
   Error(vidproc_status refusal, const std::string& detail)
       : std::runtime_error(vidproc_status_text(refusal) + (detail.empty() ? "" : ": " + detail)), status(refusal) {}
 
@@ -32,6 +33,7 @@ class Error : public std::runtime_error {
 };
 
 #if __cplusplus >= 202002L
+/// Borrowed bytes.
 using ByteSpan = std::span<std::uint8_t>;
 using ConstByteSpan = std::span<const std::uint8_t>;
 #else
@@ -53,16 +55,19 @@ using ByteSpan = BasicByteSpan<std::uint8_t>;
 using ConstByteSpan = BasicByteSpan<const std::uint8_t>;
 #endif
 
+/// Structs of vidproc.h.
 using FrameInfo = vidproc_frame_info;
 using Input = vidproc_input;
 using Output = vidproc_output;
 
 namespace detail {
 
+/// Throws Error for any status but VIDPROC_OK.
 inline void Require(vidproc_status status, const std::string& text) {
   if (status != VIDPROC_OK) throw Error(status, text);
 }
 
+/// The same for a preset that is asked for by its name.
 inline void RequirePreset(vidproc_status status, const char* name) {
   Require(status, std::string("there is no preset ") + (name == nullptr ? "of no name" : name));
 }
@@ -77,12 +82,15 @@ struct PreOptions : vidproc_pre_options {
     detail::RequirePreset(vidproc_pre_options_preset(this, sizeof(vidproc_pre_options), preset), preset);
   }
 };
+/// As PreOptions.
 struct PostOptions : vidproc_post_options {
   PostOptions() : vidproc_post_options() { vidproc_post_options_init(this, sizeof(vidproc_post_options)); }
+  /// Of a preset; throws Error for an unknown one.
   explicit PostOptions(const char* preset) : vidproc_post_options() {
     detail::RequirePreset(vidproc_post_options_preset(this, sizeof(vidproc_post_options), preset), preset);
   }
 };
+/// Options with their defaults, of which there are none: format and size must be set.
 struct ExposureOptions : vidproc_exposure_options {
   ExposureOptions() : vidproc_exposure_options() {
     vidproc_exposure_options_init(this, sizeof(vidproc_exposure_options));
@@ -91,6 +99,7 @@ struct ExposureOptions : vidproc_exposure_options {
 
 namespace detail {
 
+/// The same for a block of `bytes` bytes that is to hold a frame.
 inline void RequireBlock(vidproc_status status, std::size_t bytes, const FrameInfo& info) {
   if (status == VIDPROC_OK) return;
   const std::size_t needed = vidproc_frame_bytes(&info);
@@ -140,22 +149,29 @@ struct ExposureFunctions {
 template <typename Functions>
 class Owner {
  public:
+  /// Not configured.
   Owner() { Require(Functions::Create(&handle), ""); }
+  /// Configured.
   explicit Owner(const typename Functions::Options& options) : Owner() { Configure(options); }
   ~Owner() { Functions::Destroy(handle); }
+  /// Takes the other's handle.
   Owner(Owner&& other) noexcept : handle(std::exchange(other.handle, nullptr)) {}
+  /// Exchanges the handles.
   Owner& operator=(Owner&& other) noexcept {
     std::swap(handle, other.handle);
     return *this;
   }
 
+  /// As vidproc_pre_configure and its like.
   void Configure(const typename Functions::Options& options) { Check(Functions::Configure(handle, options)); }
+  /// As vidproc_pre_reset and its like.
   void Reset() { Check(Functions::Reset(handle)); }
 
   /// The handle, for functions of vidproc.h; stays owned.
   typename Functions::Handle* Get() const noexcept { return handle; }
 
  protected:
+  /// Throws Error, with the handle's text, for any status but VIDPROC_OK.
   void Check(vidproc_status status) const { Require(status, Functions::LastError(handle)); }
 
  private:
@@ -168,6 +184,7 @@ class Owner {
 class Pre : public detail::Owner<detail::PreFunctions> {
  public:
   using Owner::Owner;
+  /// As vidproc_pre_process.
   void Process(const Input& input, const Output& output) { Check(vidproc_pre_process(Get(), &input, &output)); }
   /// Whether every frame comes out as it went in, see vidproc_pre_passes_through.
   bool PassesThrough() {
@@ -187,6 +204,7 @@ class Pre : public detail::Owner<detail::PreFunctions> {
 class Post : public detail::Owner<detail::PostFunctions> {
  public:
   using Owner::Owner;
+  /// As vidproc_post_process.
   void Process(const Input& input, const Output& output) { Check(vidproc_post_process(Get(), &input, &output)); }
   bool PassesThrough() {
     std::int32_t passes = 0;
@@ -220,6 +238,7 @@ inline Input InputOver(const FrameInfo& info, ConstByteSpan memory) {
   detail::RequireBlock(vidproc_input_map(&frame, &info, memory.data(), memory.size()), memory.size(), info);
   return frame;
 }
+/// The same, to be written.
 inline Output OutputOver(const FrameInfo& info, ByteSpan memory) {
   Output frame = {};
   detail::RequireBlock(vidproc_output_map(&frame, &info, memory.data(), memory.size()), memory.size(), info);
