@@ -6,11 +6,9 @@
 
 int main(void) {
   vidproc_pre_options options;
-  vidproc_pre_options_init(&options, sizeof(options));
+  vidproc_pre_options_preset(&options, sizeof(options), "webcam");
   options.input = (vidproc_frame_info){VIDPROC_FORMAT_I420, 1280, 720, VIDPROC_SITING_LEFT};
   options.output = (vidproc_frame_info){VIDPROC_FORMAT_NV12, 640, 360, VIDPROC_SITING_LEFT};
-  options.denoise_edge = 1;
-  options.temporal_strength = 100;
   const size_t cameraBytes = vidproc_frame_bytes(&options.input), encoderBytes = vidproc_frame_bytes(&options.output);
   unsigned char *camera = malloc(cameraBytes), *encoder = malloc(encoderBytes);
   vidproc_pre* pre = NULL;

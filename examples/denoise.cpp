@@ -6,11 +6,9 @@
 #include <vidproc/vidproc.hpp>
 
 int main() try {
-  vidproc::PreOptions options;
+  vidproc::PreOptions options("webcam");
   options.input = {VIDPROC_FORMAT_I420, 1280, 720, VIDPROC_SITING_LEFT};
   options.output = {VIDPROC_FORMAT_NV12, 640, 360, VIDPROC_SITING_LEFT};
-  options.denoise_edge = 1;
-  options.temporal_strength = 100;
   vidproc::Pre pre(options);
 
   std::vector<std::uint8_t> camera(vidproc::FrameBytes(options.input));
