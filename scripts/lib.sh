@@ -10,10 +10,11 @@ toolPackages=("${scenePackages[@]}" libcli11-dev nlohmann-json3-dev libavformat-
   libavutil-dev)
 testPackages=(libgtest-dev)
 clangPackages=(clang libclang-rt-dev llvm)
-lintPackages=(clang-format clang-tidy git)
+lintPackages=(clang-format clang-tidy git python3)
 emulationPackages=(libsimde-dev)
 benchPackages=("${scenePackages[@]}" libbenchmark-dev valgrind)
 measurePackages=(python3-numpy)
+docsPackages=(doxygen doxygen-awesome-css python3)
 packagingPackages=(debhelper dpkg-dev git lintian mmdebstrap)
 abiPackages=(abigail-tools binutils)
 peerPackages=(pkg-config libswscale-dev libavfilter-dev libpostproc-dev libzimg-dev libyuv-dev
