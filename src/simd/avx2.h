@@ -84,6 +84,8 @@ inline U8 Or(U8 a, U8 b) { return {_mm256_or_si256(a.raw, b.raw)}; }
 inline U8 Xor(U8 a, U8 b) { return {_mm256_xor_si256(a.raw, b.raw)}; }
 inline U8 Subtract(U8 a, U8 b) { return {_mm256_sub_epi8(a.raw, b.raw)}; }
 inline U8 AddSaturateSigned(U8 a, U8 b) { return {_mm256_adds_epi8(a.raw, b.raw)}; }
+inline U8 SubtractSaturateSigned(U8 a, U8 b) { return {_mm256_subs_epi8(a.raw, b.raw)}; }
+inline U8 AbsoluteSigned(U8 a) { return {_mm256_abs_epi8(a.raw)}; }
 inline U8 Average(U8 a, U8 b) { return {_mm256_avg_epu8(a.raw, b.raw)}; }
 inline U8 Max(U8 a, U8 b) { return {_mm256_max_epu8(a.raw, b.raw)}; }
 inline U8 Min(U8 a, U8 b) { return {_mm256_min_epu8(a.raw, b.raw)}; }

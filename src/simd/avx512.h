@@ -96,6 +96,8 @@ inline U8 Or(U8 a, U8 b) { return {_mm512_or_si512(a.raw, b.raw)}; }
 inline U8 Xor(U8 a, U8 b) { return {_mm512_xor_si512(a.raw, b.raw)}; }
 inline U8 Subtract(U8 a, U8 b) { return {_mm512_sub_epi8(a.raw, b.raw)}; }
 inline U8 AddSaturateSigned(U8 a, U8 b) { return {_mm512_adds_epi8(a.raw, b.raw)}; }
+inline U8 SubtractSaturateSigned(U8 a, U8 b) { return {_mm512_subs_epi8(a.raw, b.raw)}; }
+inline U8 AbsoluteSigned(U8 a) { return {_mm512_abs_epi8(a.raw)}; }
 inline U8 Average(U8 a, U8 b) { return {_mm512_avg_epu8(a.raw, b.raw)}; }
 inline U8 Max(U8 a, U8 b) { return {_mm512_max_epu8(a.raw, b.raw)}; }
 inline U8 Min(U8 a, U8 b) { return {_mm512_min_epu8(a.raw, b.raw)}; }

@@ -80,6 +80,10 @@ inline U8 Subtract(U8 a, U8 b) { return {vsubq_u8(a.raw, b.raw)}; }
 inline U8 AddSaturateSigned(U8 a, U8 b) {
   return {vreinterpretq_u8_s8(vqaddq_s8(vreinterpretq_s8_u8(a.raw), vreinterpretq_s8_u8(b.raw)))};
 }
+inline U8 SubtractSaturateSigned(U8 a, U8 b) {
+  return {vreinterpretq_u8_s8(vqsubq_s8(vreinterpretq_s8_u8(a.raw), vreinterpretq_s8_u8(b.raw)))};
+}
+inline U8 AbsoluteSigned(U8 a) { return {vreinterpretq_u8_s8(vabsq_s8(vreinterpretq_s8_u8(a.raw)))}; }
 inline U8 Average(U8 a, U8 b) { return {vrhaddq_u8(a.raw, b.raw)}; }
 inline U8 Max(U8 a, U8 b) { return {vmaxq_u8(a.raw, b.raw)}; }
 inline U8 Min(U8 a, U8 b) { return {vminq_u8(a.raw, b.raw)}; }

@@ -204,6 +204,12 @@ inline U8 Subtract(U8 a, U8 b) {
 inline U8 AddSaturateSigned(U8 a, U8 b) {
   return EachByte(a, b, [](int x, int y) { return ClampTo(SignedByte(x) + SignedByte(y), -128, 127); });
 }
+inline U8 SubtractSaturateSigned(U8 a, U8 b) {
+  return EachByte(a, b, [](int x, int y) { return ClampTo(SignedByte(x) - SignedByte(y), -128, 127); });
+}
+inline U8 AbsoluteSigned(U8 a) {
+  return EachByte(a, a, [](int x, int) { return SignedByte(x) < 0 ? -SignedByte(x) : SignedByte(x); });
+}
 inline U8 Average(U8 a, U8 b) {
   return EachByte(a, b, [](int x, int y) { return (x + y + 1) >> 1; });
 }

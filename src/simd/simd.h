@@ -8,6 +8,7 @@
 //   LoadHalves               the two halves of a vector from two places
 //   ShiftLeft(a, count)      count is not negative; from 16 on the result is 0
 //   AndNot(mask, a)          ~mask & a
+//   AbsoluteSigned           of signed bytes, as unsigned ones: of -128 128
 //   Average                  (a + b + 1) >> 1
 //   MultiplyLow              the low 16 bits of products
 //   MultiplyAdd              a[2i] * b[2i] + a[2i+1] * b[2i+1] of 16-bit lanes, in 32 bits

@@ -67,6 +67,8 @@ inline U8 Or(U8 a, U8 b) { return {_mm_or_si128(a.raw, b.raw)}; }
 inline U8 Xor(U8 a, U8 b) { return {_mm_xor_si128(a.raw, b.raw)}; }
 inline U8 Subtract(U8 a, U8 b) { return {_mm_sub_epi8(a.raw, b.raw)}; }
 inline U8 AddSaturateSigned(U8 a, U8 b) { return {_mm_adds_epi8(a.raw, b.raw)}; }
+inline U8 SubtractSaturateSigned(U8 a, U8 b) { return {_mm_subs_epi8(a.raw, b.raw)}; }
+inline U8 AbsoluteSigned(U8 a) { return {_mm_min_epu8(a.raw, _mm_sub_epi8(_mm_setzero_si128(), a.raw))}; }
 inline U8 Average(U8 a, U8 b) { return {_mm_avg_epu8(a.raw, b.raw)}; }
 inline U8 Max(U8 a, U8 b) { return {_mm_max_epu8(a.raw, b.raw)}; }
 inline U8 Min(U8 a, U8 b) { return {_mm_min_epu8(a.raw, b.raw)}; }

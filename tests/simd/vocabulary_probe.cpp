@@ -108,6 +108,8 @@ constexpr Operation kOperations[] = {
     {"bytes: Subtract", On<U8, [](U8 a, U8 b) { return Subtract(a, b); }>},
     {"bytes: AddSaturate", On<U8, [](U8 a, U8 b) { return AddSaturate(a, b); }>},
     {"bytes: AddSaturateSigned", On<U8, [](U8 a, U8 b) { return AddSaturateSigned(a, b); }>},
+    {"bytes: SubtractSaturateSigned", On<U8, [](U8 a, U8 b) { return SubtractSaturateSigned(a, b); }>},
+    {"bytes: AbsoluteSigned", On<U8, [](U8 a, U8) { return AbsoluteSigned(a); }>},
     {"bytes: Average", On<U8, [](U8 a, U8 b) { return Average(a, b); }>},
     {"bytes: Max", On<U8, [](U8 a, U8 b) { return Max(a, b); }>},
     {"bytes: Min", On<U8, [](U8 a, U8 b) { return Min(a, b); }>},

@@ -15,8 +15,18 @@
 namespace vidproc::VIDPROC_TARGET {
 namespace {
 
-/// The weight that a table gives to the difference of sample and centre.
-inline U8 WeightOf(U8 sample, U8 centre, U8 table) { return LookUpBelow16(table, AbsoluteDifference(sample, centre)); }
+/// Differences from a centre as signed bytes. Large ones saturate, at a value that has no weight.
+class DifferenceFrom {
+ public:
+  explicit DifferenceFrom(U8 centre) : signedCentre(Xor(centre, SplatU8(kSign))) {}
+  U8 operator()(U8 sample) const { return SubtractSaturateSigned(Xor(sample, SplatU8(kSign)), signedCentre); }
+
+ private:
+  static constexpr int kSign = 0x80;
+  U8 signedCentre;
+};
+
+inline U8 WeightOf(U8 difference, U8 table) { return LookUpBelow16(table, AbsoluteSigned(difference)); }
 
 /// A phase's taps in registers.
 template <int kOuter>
@@ -37,11 +47,11 @@ class ByteTaps {
  private:
   /// Edges preserved.
   U8 Adapt(U8 centre, const U8 (&sample)[kOuter + 1]) const {
+    const DifferenceFrom differenceFrom(centre);
     Halves sum{SplatI16(0), SplatI16(0)};
     for (int k = 0; k < kOuter; k += 2) {
-      const U8 weight0 = WeightOf(sample[k], centre, table[k]);
-      const U8 weight1 = WeightOf(sample[k + 1], centre, table[k + 1]);
-      sum = Add(sum, MultiplyPairsOf(weight0, weight1, Subtract(sample[k], centre), Subtract(sample[k + 1], centre)));
+      const U8 first = differenceFrom(sample[k]), second = differenceFrom(sample[k + 1]);
+      sum = Add(sum, MultiplyPairsOf(WeightOf(first, table[k]), WeightOf(second, table[k + 1]), first, second));
     }
     return Add(centre, RoundToSignedBytes<7>(sum));
   }
@@ -82,6 +92,7 @@ inline void WithByteTaps(const DenoiseTaps& outer, const Filter& filter) {
   if (outer.count <= 4) return filter(ByteTaps<4>(outer));
   if (outer.count <= 6) return filter(ByteTaps<6>(outer));
   if (outer.count <= 8) return filter(ByteTaps<8>(outer));
+  if (outer.count <= 10) return filter(ByteTaps<10>(outer));
   if (outer.count <= 12) return filter(ByteTaps<12>(outer));
   filter(ByteTaps<kMaxTaps>(outer));
 }
