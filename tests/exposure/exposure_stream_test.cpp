@@ -1,5 +1,5 @@
-// Streams of frames through the auto-exposure service at every level against the reference: steps of brightness,
-// scene changes, moving objects, noise, sizes with incomplete blocks.
+// Streams of frames through the auto-exposure service at every level against the reference, result and counters: steps
+// of brightness, scene changes, moving objects, noise, sizes with incomplete blocks.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -52,6 +52,12 @@ class Camera {
   bool moving = false;
 };
 
+reference::ExposureState StateOf(const void* watcher) {
+  const auto& s = *static_cast<const vidproc::AutoExposureState*>(watcher);
+  return {s.frameCount,   s.settling,     s.candidateLevel, s.currentLevel,
+          s.settledLevel, s.stableFrames, s.driftFrames,    s.sceneChangeFrames};
+}
+
 TEST(ExposureStreamTest, EqualsReference) {
   constexpr int kSizes[][2] = {{64, 48}, {160, 120}, {16, 16}, {50, 37},  {33, 100},
                                {15, 40}, {40, 15},   {1, 1},   {176, 144}};
@@ -72,7 +78,8 @@ TEST(ExposureStreamTest, EqualsReference) {
       results.insert(result);
       for (std::size_t l = 0; l < levels.size(); ++l) {
         vidproc::CapLevel(levels[l]);
-        ASSERT_EQ(VidProcAdjustAutoExposure(watchers[l], frame.Live()), result)
+        const int actual = VidProcAdjustAutoExposure(watchers[l], frame.Live());
+        ASSERT_TRUE(actual == result && StateOf(watchers[l]) == expected.State())
             << vidproc::LevelName(levels[l]) << " seed " << seed << " frame " << i << " of " << width << "x" << height;
       }
     }

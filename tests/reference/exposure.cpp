@@ -58,64 +58,65 @@ ExposureWatcher::Measure ExposureWatcher::MeasureFrame(const std::uint8_t* frame
 
 int ExposureWatcher::Watch(const std::uint8_t* frame) {
   int result = -1;
-  if (frameCount < kWarmUpFrames) {
-    if (frameCount == 0) Remember(frame);
+  if (state.frameCount < kWarmUpFrames) {
+    if (state.frameCount == 0) Remember(frame);
   } else {
     const Measure measure = MeasureFrame(frame);
-    if (settling) {
+    if (state.settling != 0) {
       result = Settle(measure.brightness);
       Remember(frame);
     } else {
       result = WatchDrift(measure.brightness, frame);
     }
     CountSceneChange(measure.matchingBlocks, frame);
+    state.currentLevel = measure.brightness;
   }
-  ++frameCount;
+  ++state.frameCount;
   return result;
 }
 
 int ExposureWatcher::Settle(int brightness) {
-  if (std::abs(candidateLevel - brightness) > 9) {
-    stableFrames = 0;
-    settledLevel = 0;
-    candidateLevel = brightness;
+  if (std::abs(state.candidateLevel - brightness) > 9) {
+    state.stableFrames = 0;
+    state.settledLevel = 0;
+    state.candidateLevel = brightness;
   } else {
-    ++stableFrames;
-    settledLevel += brightness;
+    ++state.stableFrames;
+    state.settledLevel += brightness;
   }
-  if (stableFrames <= 7) return -1;
-  settling = false;
-  settledLevel = (settledLevel + 4) >> 3;
-  driftFrames = 0;
+  if (state.stableFrames <= 7) return -1;
+  state.settling = 0;
+  state.settledLevel = (state.settledLevel + 4) >> 3;
+  state.driftFrames = 0;
   return 0;
 }
 
 int ExposureWatcher::WatchDrift(int brightness, const std::uint8_t* frame) {
-  candidateLevel = brightness;
-  if (std::abs(settledLevel - brightness) <= 27) {
-    if (--driftFrames < 0) {
-      driftFrames = 0;
+  state.candidateLevel = brightness;
+  if (std::abs(state.settledLevel - brightness) <= 27) {
+    if (--state.driftFrames < 0) {
+      state.driftFrames = 0;
       return -1;
     }
   } else {
-    ++driftFrames;
+    ++state.driftFrames;
   }
-  if (driftFrames <= 8) return -1;
-  settling = true;
-  stableFrames = 0;
-  settledLevel = 0;
+  if (state.driftFrames <= 8) return -1;
+  state.settling = 1;
+  state.stableFrames = 0;
+  state.settledLevel = 0;
   Remember(frame);
   return 1;
 }
 
 void ExposureWatcher::CountSceneChange(int matchingBlocks, const std::uint8_t* frame) {
   if (matchingBlocks < width * height / 256 / 5) {
-    ++sceneChangeFrames;
-  } else if (--sceneChangeFrames < 0) {
-    sceneChangeFrames = 0;
+    ++state.sceneChangeFrames;
+  } else if (--state.sceneChangeFrames < 0) {
+    state.sceneChangeFrames = 0;
   }
-  if (sceneChangeFrames > 5) {
-    sceneChangeFrames = 0;
+  if (state.sceneChangeFrames > 5) {
+    state.sceneChangeFrames = 0;
     Remember(frame);
   }
 }

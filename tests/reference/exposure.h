@@ -17,12 +17,23 @@ struct BlockComparison {
 /// Both are packed 2vuy with rows `pitch` bytes apart.
 BlockComparison CompareBlocks(const std::uint8_t* now, const std::uint8_t* before, int pitch);
 
+struct ExposureState {
+  int frameCount = 0;
+  int settling = 1;
+  int candidateLevel = 100, currentLevel = 100;
+  int settledLevel = 0;
+  int stableFrames = 0, driftFrames = 0, sceneChangeFrames = 0;
+
+  bool operator==(const ExposureState&) const = default;
+};
+
 class ExposureWatcher {
  public:
   ExposureWatcher(int width, int height) : width(width), height(height) {}
 
   /// One packed 2vuy frame; 1 a drift was confirmed, 0 the brightness settled, -1 otherwise.
   int Watch(const std::uint8_t* frame);
+  const ExposureState& State() const { return state; }
 
  private:
   struct Measure {
@@ -38,13 +49,7 @@ class ExposureWatcher {
 
   int width;
   int height;
-  int frameCount = 0;
-  bool settling = true;
-  int candidateLevel = 100;
-  int settledLevel = 0;
-  int stableFrames = 0;
-  int driftFrames = 0;
-  int sceneChangeFrames = 0;
+  ExposureState state;
   std::vector<std::uint8_t> reference;
 };
 
