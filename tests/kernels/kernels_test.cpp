@@ -114,9 +114,9 @@ TEST_P(KernelTest, VariantsOfTheByteForms) {
 TEST_P(KernelTest, LargeFrames) {
   const Kernel& kernel = GetParam();
   constexpr Geometry kGeometries[] = {
-      {640, 360, 640, 360},   {854, 480, 640, 360, 20, 0}, {1280, 720, 640, 360, 0, 32},
-      {1920, 1080, 640, 360}, {1920, 1080, 1280, 720},     {240, 135, 1920, 1080},
-      {33000, 3, 33000, 3},   {33000, 2, 16500, 2},        {3, 2100, 3, 2100},
+      {640, 360, 640, 360},    {854, 480, 640, 360, 20, 0}, {1280, 720, 640, 360, 0, 32}, {1920, 1080, 640, 360},
+      {1920, 1080, 1280, 720}, {240, 135, 1920, 1080},      {33000, 3, 33000, 3},         {33000, 2, 16500, 2},
+      {3, 2100, 3, 2100},      {40000, 3, 1501, 150},       {65535, 3, 65535, 3},         {65576, 2, 65576, 2, 0, 10},
   };
   std::uint32_t seed = 1000;
   for (const Geometry& geometry : kGeometries) {
@@ -134,7 +134,8 @@ TEST_P(KernelTest, LargeFrames) {
     const int frames = kernel.temporal ? 2 : 1;
     for (int frame = 0; frame < frames; ++frame) {
       FrameSettings settings = DrawFrameSettings(kernel, random);
-      if (geometry.inWidth > 32768) settings.ditherLevel = 7;  // the noise's pitch needs more than 16 bits
+      if (geometry.inWidth > 32768)
+        settings.ditherLevel = 12;  // the noise's pitch, or its width, needs more than 16 bits
       settings.content = frame == 0 ? Content::kSmooth : Content::kDrift;
       ASSERT_TRUE(stream.Run(kernel, settings, random, "seed " + std::to_string(seed)));
     }
