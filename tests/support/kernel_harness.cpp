@@ -276,15 +276,7 @@ bool Stream::Run(const Kernel& kernel, const FrameSettings& settings, Random& ra
 
   std::ostringstream text;
   text << label << ", " << kernel.name << " " << g.inWidth << "x" << g.inHeight << "+" << g.inPadding << " to "
-       << g.outWidth << "x" << g.outHeight << "+" << g.outPadding << ", soften " << configuration.softenLevel
-       << " strength " << configuration.enhanceStrength << " window " << configuration.windowKind << " 16taps "
-       << int{configuration.use16Taps} << " banks " << static_cast<int>(configuration.banks) << "/"
-       << configuration.bankSeed << ", adaptive " << int{settings.adaptive} << " temporal "
-       << int{settings.temporalStrength} << ">>" << int{settings.temporalShift} << " luma " << settings.lumaGain << "/"
-       << settings.lumaOffset << " dither " << settings.ditherLevel << "/" << settings.ditherSeed << " deblock "
-       << int{settings.deblockLevel} << "/" << int{settings.deblockTestPattern} << " content "
-       << static_cast<int>(settings.content) << " overlap " << static_cast<int>(settings.overlap) << " flush "
-       << static_cast<int>(settings.flush) << " crops " << settings.crops;
+       << g.outWidth << "x" << g.outHeight << "+" << g.outPadding;
   for (std::size_t i = 0; i < forms.size(); ++i) {
     VideoProcessor& p = *processors[i];
     const std::string where = "at " + forms[i].Name() + ": " + text.str();
@@ -304,8 +296,9 @@ bool Stream::Run(const Kernel& kernel, const FrameSettings& settings, Random& ra
 FrameSettings DrawFrameSettings(const Kernel& kernel, Random& random) {
   FrameSettings s;
   s.adaptive = random.OneIn(6) ? random.Byte() : static_cast<std::uint8_t>(random.Between(0, 9));
-  s.temporalStrength = static_cast<std::uint8_t>(random.Between(0, 127));
-  s.temporalShift = static_cast<std::uint8_t>(random.Between(0, 8));
+  // Set-ups allow strengths up to 127 and shifts up to 8; hand-written fields may hold any byte.
+  s.temporalStrength = random.OneIn(6) ? random.Byte() : static_cast<std::uint8_t>(random.Between(0, 127));
+  s.temporalShift = random.OneIn(6) ? random.Byte() : static_cast<std::uint8_t>(random.Between(0, 8));
   s.motionSmoothing = kernel.motionGate ? 1 : 0;
   s.lumaGain = static_cast<std::int16_t>(random.Between(-127, 127));
   s.lumaOffset = static_cast<std::int16_t>(random.Between(-255, 255));
