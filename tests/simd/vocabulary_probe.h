@@ -7,11 +7,11 @@ namespace simd_probe {
 
 constexpr int kBlockBytes = 256;
 
-/// Two inputs and what an operation makes of them; not every operation uses or fills all.
+/// Two inputs and what an operation makes of them.
 struct Blocks {
   alignas(64) std::uint8_t a[kBlockBytes];
   alignas(64) std::uint8_t b[kBlockBytes];
-  alignas(64) std::uint8_t out[2 * kBlockBytes];
+  alignas(64) std::uint8_t out[kBlockBytes];
 };
 
 struct Operation {

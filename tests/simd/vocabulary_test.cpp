@@ -1,4 +1,5 @@
-// Every operation of every vocabulary that this machine runs gives what plain C++ gives, on random and extreme values.
+// The arithmetic of every vocabulary that this machine runs gives what plain C++ gives for values that no kernel may
+// have met yet. Loads, stores and the order of lanes show in every frame.
 #include <gtest/gtest.h>
 
 #include <algorithm>
