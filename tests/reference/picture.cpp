@@ -8,38 +8,11 @@
 namespace reference {
 namespace {
 
-constexpr std::int64_t kSixteenths = 16;
-
-std::int64_t FloorDivide(std::int64_t a, std::int64_t b) { return a / b - (a % b < 0 ? 1 : 0); }
-
 /// Samples k of an axis lie at (2 * step * k + twiceOffset) / 2 in luma samples of the picture.
 struct Lattice {
   int step;
   int twiceOffset;
 };
-
-struct Position {
-  int index;
-  int phase;
-};
-
-/// Where output sample k lies on the input's lattice, when `in` luma samples become `out` after the input has been
-/// halved `halvings` times; to the nearest sixteenth.
-Position Centred(std::int64_t k, const Lattice& input, const Lattice& output, std::int64_t in, std::int64_t out,
-                 int halvings) {
-  const std::int64_t scaledOut = out << halvings;
-  const std::int64_t denominator = 2 * input.step * scaledOut;
-  const std::int64_t numerator =
-      kSixteenths * (2 * output.step * k + output.twiceOffset) * in - kSixteenths * input.twiceOffset * scaledOut;
-  const std::int64_t sixteenths = FloorDivide(2 * numerator + denominator, 2 * denominator);
-  return {static_cast<int>(FloorDivide(sixteenths, 16)),
-          static_cast<int>(sixteenths - 16 * FloorDivide(sixteenths, 16))};
-}
-
-Position FromCorner(std::int64_t k, std::int64_t in, std::int64_t out) {
-  const std::int64_t index = k * in / out;
-  return {static_cast<int>(index), static_cast<int>((k * in - index * out) * 16 / out)};
-}
 
 /// One axis of one component.
 struct Axis {
@@ -49,14 +22,17 @@ struct Axis {
   int halvings;
   bool fromCorner;
 
-  Position At(int k) const {
-    return fromCorner ? FromCorner(k, in, std::int64_t{out} << halvings) : Centred(k, input, output, in, out, halvings);
+  Place At(int k) const {
+    const int scaledOut = out << halvings;
+    return fromCorner ? CornerPlace(k, scaledOut, in)
+                      : CentredPlace(k, scaledOut, in, input.step, input.twiceOffset / 2.0, output.step,
+                                     output.twiceOffset / 2.0);
   }
   bool IsIdentity(int inputSize) const {
     if (inputSize != componentSize) return false;
     for (int k = 0; k < componentSize; ++k) {
-      const Position position = At(k);
-      if (position.index != k || position.phase != 0) return false;
+      const Place place = At(k);
+      if (place.source != k || place.phase != 0) return false;
     }
     return true;
   }
@@ -68,32 +44,30 @@ struct SizedBank {
   Bank phases;
 };
 
-std::uint8_t WeighedSum(const SizedBank& bank, int phase, const std::function<int(int)>& sample) {
-  std::int64_t sum = std::int64_t{1} << (bank.bits - 1);
-  for (int t = 0; t < bank.taps; ++t) {
-    sum += std::int64_t{bank.phases[phase][t]} * sample(t - (bank.taps / 2 - 1));
-  }
-  return static_cast<std::uint8_t>(std::clamp<std::int64_t>(sum >> bank.bits, 0, 255));
+/// The rows under a vertical filter around row y.
+std::vector<const std::uint8_t*> RowsAround(const Plane& plane, int y, int taps) {
+  std::vector<const std::uint8_t*> rows;
+  for (int t = 0; t < taps; ++t) rows.push_back(plane.NearestRow(y + t - (taps / 2 - 1)));
+  return rows;
 }
+
+Row RowOf(const Plane& plane, int y) { return {plane.NearestRow(y), plane.NearestRow(y) + plane.width}; }
 
 Plane FilterColumns(const Plane& in, const Axis& axis, const SizedBank& bank) {
   Plane out(in.width, axis.componentSize);
   for (int y = 0; y < out.height; ++y) {
-    const Position at = axis.At(y);
-    for (int x = 0; x < out.width; ++x) {
-      out.At(x, y) = WeighedSum(bank, at.phase, [&](int t) { return in.Nearest(x, at.index + t); });
-    }
+    const Place at = axis.At(y);
+    out.SetRow(y, FilterVertically(RowsAround(in, at.source, bank.taps), bank.phases[at.phase], bank.bits, in.width));
   }
   return out;
 }
 
 Plane FilterRows(const Plane& in, const Axis& axis, const SizedBank& bank) {
   Plane out(axis.componentSize, in.height);
+  std::vector<Place> places;
+  for (int x = 0; x < out.width; ++x) places.push_back(axis.At(x));
   for (int y = 0; y < out.height; ++y) {
-    for (int x = 0; x < out.width; ++x) {
-      const Position at = axis.At(x);
-      out.At(x, y) = WeighedSum(bank, at.phase, [&](int t) { return in.Nearest(at.index + t, y); });
-    }
+    out.SetRow(y, ScaleHorizontally(RowOf(in, y), bank.phases, bank.taps, bank.bits, places, 1));
   }
   return out;
 }
@@ -190,10 +164,13 @@ std::uint8_t& Plane::At(int x, int y) {
   return samples.at(static_cast<std::size_t>(y) * static_cast<std::size_t>(width) + static_cast<std::size_t>(x));
 }
 
-std::uint8_t Plane::Nearest(int x, int y) const {
-  const auto row = static_cast<std::size_t>(std::clamp(y, 0, height - 1));
-  return samples.at(row * static_cast<std::size_t>(width) + static_cast<std::size_t>(std::clamp(x, 0, width - 1)));
+std::uint8_t Plane::Nearest(int x, int y) const { return NearestRow(y)[std::clamp(x, 0, width - 1)]; }
+
+const std::uint8_t* Plane::NearestRow(int y) const {
+  return samples.data() + std::ptrdiff_t{std::clamp(y, 0, height - 1)} * width;
 }
+
+void Plane::SetRow(int y, const Row& row) { std::copy(row.begin(), row.end(), &At(0, y)); }
 
 Picture Scale(const Picture& in, const ScaleSettings& set) {
   const ComponentScaler scaler(set);
@@ -220,67 +197,47 @@ Picture Scale(const Picture& in, const ScaleSettings& set) {
 
 namespace {
 
-/// Small changes, and by the wrapping square some very large ones, pass for rest.
-bool IsStill(int before, int now) { return Wrap16((before - now) * (before - now)) < 256; }
+constexpr int kBorder = 16;
 
-class PlaneDenoiser {
- public:
-  PlaneDenoiser(const DenoiseSettings& settings, bool pairsAtBorders) : set(settings), pairs(pairsAtBorders) {}
-
-  Plane Run(const Plane& in, bool hasHistory, Plane& history, Plane& previousInput, Plane& previousVertical) const {
-    if (!hasHistory) previousInput = in;
-    Plane vertical(in.width, in.height);
-    for (int y = 0; y < in.height; ++y) {
-      for (int x = 0; x < in.width; ++x) {
-        const bool still = !set.motionSmoothing || IsStill(previousInput.At(x, y), in.Nearest(x, y));
-        vertical.At(x, y) = Adapt(set.vertical, set.verticalTaps, still, [&](int t) { return in.Nearest(x, y + t); });
-      }
-    }
-    if (!hasHistory) previousVertical = vertical;
-    Plane out(in.width, in.height);
-    for (int y = 0; y < in.height; ++y) {
-      for (int x = 0; x < in.width; ++x) {
-        const bool still = !set.motionSmoothing || IsStill(previousVertical.At(x, y), vertical.At(x, y));
-        const int value = Adapt(set.horizontal, set.horizontalTaps, still,
-                                [&](int t) { return vertical.Nearest(Fold(x + t, in.width), y); });
-        out.At(x, y) = hasHistory ? BlendWith(history.At(x, y), value) : ClampToByte(value);
-      }
-    }
-    previousInput = in;
-    previousVertical = vertical;
-    history = out;
-    return out;
+/// A row and what lies beyond its ends: its nearest sample or, by pairs, the samples of its nearest pair.
+Row WithBorders(const std::uint8_t* row, int width, bool pairs) {
+  Row wide;
+  for (int x = -kBorder; x < width + kBorder; ++x) {
+    const int before = pairs ? x & 1 : 0, after = pairs ? width - 2 + ((x - width) & 1) : width - 1;
+    wide.push_back(row[x < 0 ? before : x < width ? x : after]);
   }
+  return wide;
+}
 
- private:
-  int Fold(int x, int width) const {
-    if (!pairs || (x >= 0 && x < width)) return x;
-    return x < 0 ? x & 1 : width - 2 + ((x - width) & 1);
+Row DenoiseAlongRow(const DenoiseSettings& set, const std::uint8_t* row, const std::uint8_t* previous, int width,
+                    bool pairs) {
+  const Row before = WithBorders(previous, width, pairs);
+  const Row wide = DenoiseHorizontally(WithBorders(row, width, pairs), set.horizontal, set.horizontalTaps, set.edge,
+                                       set.motionSmoothing ? before.data() : nullptr, 1);
+  return {wide.begin() + kBorder, wide.end() - kBorder};
+}
+
+Plane DenoisePlane(const Plane& in, const DenoiseSettings& set, bool pairs, bool hasHistory, Plane& history,
+                   Plane& previousInput, Plane& previousVertical) {
+  if (!hasHistory) previousInput = in;
+  Plane vertical = in;
+  for (int y = 0; y < in.height && set.edge > 0; ++y) {
+    vertical.SetRow(y, DenoiseVertically(RowsAround(in, y, set.verticalTaps), set.vertical, set.edge,
+                                         set.motionSmoothing ? previousInput.NearestRow(y) : nullptr, in.width));
   }
-
-  std::uint8_t Adapt(const std::int16_t* taps, int count, bool still, const std::function<int(int)>& sample) const {
-    const int centre = sample(0);
-    if (set.edge == 0) return static_cast<std::uint8_t>(centre);
-    int sum = 0;
-    int others = 0;
-    for (int t = 0; t < count; ++t) {
-      const int distance = t - (count / 2 - 1);
-      if (distance == 0) continue;
-      const int square = still ? CappedSquare(sample(distance) - centre) : 0;
-      const int weight = (DifferenceWeight(square, set.edge - 1) * taps[t] + 128) >> 8;
-      others += weight;
-      sum += weight * sample(distance);
-    }
-    return ClampToByte((sum + (128 - others) * centre + 64) >> 7);
+  if (!hasHistory) previousVertical = vertical;
+  Plane out = vertical;
+  for (int y = 0; y < in.height; ++y) {
+    Row row = RowOf(vertical, y);
+    if (set.edge > 0) row = DenoiseAlongRow(set, row.data(), previousVertical.NearestRow(y), in.width, pairs);
+    if (hasHistory) row = BlendRow(row, history.NearestRow(y), set.temporalStrength, set.temporalShift);
+    out.SetRow(y, row);
   }
-
-  std::uint8_t BlendWith(int history, int value) const {
-    return Blend(value, history, HistoryWeight(CappedSquare(history - value), set.temporalShift, set.temporalStrength));
-  }
-
-  const DenoiseSettings& set;
-  const bool pairs;
-};
+  previousInput = in;
+  previousVertical = vertical;
+  history = out;
+  return out;
+}
 
 }  // namespace
 
@@ -288,9 +245,9 @@ Picture Denoise(const Picture& in, const DenoiseSettings& set, DenoiseState& sta
   Picture out;
   out.chroma = in.chroma;
   for (Plane Picture::*component : {&Picture::y, &Picture::cb, &Picture::cr}) {
-    const PlaneDenoiser denoiser(set, set.pairsAtBorders && component == &Picture::y);
-    out.*component = denoiser.Run(in.*component, state.hasHistory, state.history.*component,
-                                  state.previousInput.*component, state.previousVertical.*component);
+    out.*component =
+        DenoisePlane(in.*component, set, set.pairsAtBorders && component == &Picture::y, state.hasHistory,
+                     state.history.*component, state.previousInput.*component, state.previousVertical.*component);
   }
   state.hasHistory = true;
   return out;

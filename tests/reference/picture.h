@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "reference/noise.h"
+#include "reference/rows.h"
 
 namespace reference {
 
@@ -21,6 +22,8 @@ struct Plane {
       : width(width), height(height), samples(static_cast<std::size_t>(width) * static_cast<std::size_t>(height)) {}
   std::uint8_t& At(int x, int y);
   std::uint8_t Nearest(int x, int y) const;
+  const std::uint8_t* NearestRow(int y) const;
+  void SetRow(int y, const Row& row);
 };
 
 /// How chroma samples lie: every how many luma rows there is one row of them, and whether they sit in the middle of

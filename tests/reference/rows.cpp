@@ -48,6 +48,11 @@ void TakeSamples(const Row& in, int source, int component, int taps, int step, i
 
 }  // namespace
 
+Place CornerPlace(std::int64_t k, std::int64_t up, std::int64_t down) {
+  const std::int64_t source = k * down / up;
+  return {static_cast<int>(source), static_cast<int>((k * down - source * up) * 16 / up)};
+}
+
 Place CentredPlace(int k, int up, int down, double inSpacing, double inFirst, double outSpacing, double outFirst) {
   const double place = (outSpacing * k + outFirst) * down / up;
   // Ratios of these tests divide exactly enough: the sum is off by far less than what separates it from a whole number.

@@ -14,6 +14,9 @@ struct Place {
   int phase;
 };
 
+/// Where output k of a scaling by up / down from the corner lies: full sixteenths after a sample.
+Place CornerPlace(std::int64_t k, std::int64_t up, std::int64_t down);
+
 /// Where sample k of one grid lies in the other when the pictures' centres meet: coordinates count in luma samples of
 /// each picture, sample i at spacing * i + first.
 Place CentredPlace(int k, int up, int down, double inSpacing, double inFirst, double outSpacing, double outFirst);

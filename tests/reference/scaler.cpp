@@ -7,23 +7,12 @@
 
 #include "reference/borders.h"
 #include "reference/lane.h"
+#include "reference/rows.h"
 
 namespace reference {
 namespace {
 
 constexpr int kMaxTaps = 16;
-
-struct Position {
-  int index;
-  int phase;
-};
-
-Position SourcePosition(int output, int up, int down) {
-  const std::int64_t a = std::int64_t{output} * down;
-  const std::int64_t index = a / up;
-  const double phase = static_cast<double>(16 * a) / up - static_cast<double>(16 * index);
-  return {static_cast<int>(index), static_cast<int>(phase)};
-}
 
 std::vector<std::uint8_t> PackRows(const std::uint8_t* frame, std::size_t stride, int rowBytes, int rows) {
   std::vector<std::uint8_t> packed;
@@ -130,10 +119,10 @@ class Scaler {
     std::int16_t* result = plane.data();
     const int centre = set.verticalTaps / 2 - 1;
     for (int r = 0; r < set.outHeight; ++r) {
-      const Position at = SourcePosition(r, set.verticalUp, set.verticalDown);
+      const Place at = CornerPlace(r, set.verticalUp, set.verticalDown);
       const std::uint8_t* rows[kMaxTaps];
       for (int t = 0; t < set.verticalTaps; ++t) {
-        const int row = std::clamp(at.index - centre + t, 0, set.inHeight - 1);
+        const int row = std::clamp(at.source - centre + t, 0, set.inHeight - 1);
         rows[t] = source.data() + Size(row, inBytes);
       }
       for (int b = 0; b < inBytes; ++b) {
@@ -157,11 +146,11 @@ class Scaler {
     std::vector<Column> plan(static_cast<std::size_t>(outBytes));
     for (const auto& [first, step] : {std::array{0, 4}, std::array{1, 2}, std::array{2, 4}}) {  // Cb, Y, Cr
       for (int k = 0; k * step + first < outBytes; ++k) {
-        const Position at = SourcePosition(k, set.horizontalUp, set.horizontalDown);
+        const Place at = CornerPlace(k, set.horizontalUp, set.horizontalDown);
         Column& column = plan.data()[k * step + first];
         column.phase = at.phase;
         for (int t = 0; t < set.horizontalTaps; ++t) {
-          column.taps[t] = FoldColumn(first + step * (at.index - (set.horizontalTaps / 2 - 1) + t), inBytes);
+          column.taps[t] = FoldColumn(first + step * (at.source - (set.horizontalTaps / 2 - 1) + t), inBytes);
         }
       }
     }
