@@ -5,7 +5,6 @@
 
 #include <algorithm>
 #include <iterator>
-#include <numeric>
 
 #include "reference/filter_design.h"
 
@@ -20,12 +19,6 @@ void FillLanes(const reference::FilterBank& bank, std::int16_t (&lanes)[16][kTap
       std::fill_n(lanes[phase][tap], 8, static_cast<std::int16_t>(bank[phase][tap]));
     }
   }
-}
-
-void SetRatio(std::uint32_t inSize, std::uint32_t outSize, std::int32_t& up, std::int32_t& down) {
-  const std::uint32_t divisor = std::gcd(inSize, outSize);
-  up = static_cast<std::int32_t>(outSize / divisor);
-  down = static_cast<std::int32_t>(inSize / divisor);
 }
 
 const Kernel& KernelThatRuns(int (VideoProcessor::*run)()) {
@@ -93,8 +86,8 @@ Processor HandleModel::MakeFields() const {
   p->outWidth = set.outWidth;
   p->outHeight = set.outHeight;
   p->outStride = set.outStride;
-  SetRatio(set.inWidth, set.outWidth, p->horizontalUp, p->horizontalDown);
-  SetRatio(set.inHeight, set.outHeight, p->verticalUp, p->verticalDown);
+  SetRatio(set.inWidth, set.outWidth, false, p->horizontalUp, p->horizontalDown);
+  SetRatio(set.inHeight, set.outHeight, false, p->verticalUp, p->verticalDown);
   const int taps = use16Taps != 0 ? 16 : 8, strength = static_cast<int>(set.enhanceStrength);
   reference::ResamplingDesign design = {windowKind, set.softenLevel, 3, taps, precisionBits};
   FillLanes(reference::MakeScalerBank(design, strength, taps), p->horizontalFilterLanes);

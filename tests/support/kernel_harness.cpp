@@ -35,13 +35,6 @@ void DrawBank(std::int16_t (&lanes)[16][kTaps][8], BankKind kind, int precisionB
   }
 }
 
-void SetRatio(std::uint32_t inSize, std::uint32_t outSize, bool crops, std::int32_t& up, std::int32_t& down) {
-  const bool keepsScale = crops && outSize <= inSize;
-  const auto divisor = static_cast<std::int32_t>(std::gcd(inSize, outSize));
-  up = keepsScale ? 1 : static_cast<std::int32_t>(outSize) / divisor;
-  down = keepsScale ? 1 : static_cast<std::int32_t>(inSize) / divisor;
-}
-
 }  // namespace
 
 std::vector<vidproc::Level> AvailableLevels() {
@@ -106,6 +99,13 @@ struct Stream::Frames {
 
 Stream::Stream(bool preProcessor) : forms(AvailableForms()) {
   for (std::size_t i = 0; i < forms.size(); ++i) processors.emplace_back(new VideoProcessor(preProcessor, 0));
+}
+
+void SetRatio(std::uint32_t inSize, std::uint32_t outSize, bool crops, std::int32_t& up, std::int32_t& down) {
+  const bool keepsScale = crops && outSize <= inSize;
+  const auto divisor = static_cast<std::int32_t>(std::gcd(inSize, outSize));
+  up = keepsScale ? 1 : static_cast<std::int32_t>(outSize) / divisor;
+  down = keepsScale ? 1 : static_cast<std::int32_t>(inSize) / divisor;
 }
 
 void SetUpProcessor(VideoProcessor& p, const Configuration& configuration) {

@@ -104,6 +104,9 @@ struct Configuration {
   std::uint32_t bankSeed = 0;
 };
 
+/// The reduced ratio of an axis; with `crops`, an axis that shrinks takes the source's corner as it is.
+void SetRatio(std::uint32_t inSize, std::uint32_t outSize, bool crops, std::int32_t& up, std::int32_t& down);
+
 /// Sets a processor up as the exported functions do, but for noise, which is off.
 void SetUpProcessor(VideoProcessor& processor, const Configuration& configuration);
 Processor MakeProcessor(bool preProcessor, const Configuration& configuration);
@@ -123,7 +126,7 @@ struct FrameSettings {
   Content content = Content::kNoise;
   Overlap overlap = Overlap::kApart;
   Flush flush = Flush::kEnd;
-  bool crops = false;  ///< ratios written by hand: axes that shrink take the source's corner as it is
+  bool crops = false;  ///< ratios written by hand, see SetRatio
 };
 
 /// The reference's settings as a processor's fields stand.
