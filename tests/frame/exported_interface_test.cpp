@@ -145,7 +145,7 @@ class Sequence {
     frame.temporalShift = static_cast<std::uint8_t>(random.Between(0, 10));
     frame.lumaGain = static_cast<std::int16_t>(random.Between(-200, 200));
     frame.lumaOffset = static_cast<std::int16_t>(random.Between(-300, 300));
-    frame.deblock = random.OneIn(5) ? static_cast<std::uint8_t>(random.Between(15, 60)) : 0;
+    frame.deblock = random.OneIn(3) ? random.Pick<std::uint8_t>({20, 21, 35, 60}) : 0;
     return frame;
   }
 

@@ -49,9 +49,9 @@ struct Frames {
   std::vector<unsigned char> destination = std::vector<unsigned char>(std::size_t{2} * kWidth * kHeight, 0);
 };
 
-Frames ExecutePre(const Handle& handle) {
+Frames ExecutePre(const Handle& handle, unsigned char use16Taps = 0) {
   Frames frames;
-  PreProcExecute(handle.value, frames.source.data(), frames.destination.data(), 1, 0, 0, 80, 3, 64, 0);
+  PreProcExecute(handle.value, frames.source.data(), frames.destination.data(), 1, use16Taps, 0, 80, 3, 64, 0);
   return frames;
 }
 
@@ -198,6 +198,16 @@ TEST(Execute, LumaSettingsAreStoredEveryFrame) {
   for (const Handle* handle : {&pre, &post, &interleaved}) {
     EXPECT_EQ(handle->Get().lumaGain[0], 50);
     EXPECT_EQ(handle->Get().lumaOffset[0], -3);
+  }
+}
+
+TEST(Execute, AnyChangeOfTapsForgetsTheEnhancementStrength) {
+  Handle handle;
+  for (const std::uint8_t use16Taps : {std::uint8_t{1}, std::uint8_t{2}, std::uint8_t{0}}) {
+    ASSERT_EQ(SetUpHalf(PreProcInit, handle, 6), 1);
+    EXPECT_EQ(handle->enhanceStrength, 6u) << "the set-up after a change rebuilds";
+    ExecutePre(handle, use16Taps);
+    EXPECT_EQ(handle->enhanceStrength, 0u) << "the switch is compared as a byte";
   }
 }
 

@@ -6,10 +6,13 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <vector>
 
 #include "fuzz/digest.h"
+#include "kernels/kernel_table.h"
+#include "noise/frame_noise.h"
 #include "support/failing_malloc.h"
 #include "support/kernel_harness.h"
 
@@ -132,6 +135,29 @@ TEST_F(NoiseTest, EqualsReference) {
       ASSERT_EQ(memory.FirstDifference(to, noise.pitch), "")
           << vidproc::LevelName(level) << " round " << round << " strength " << noise.strength << " " << noise.width
           << "x" << noise.height << " pitch " << noise.pitch << " from " << from << " to " << to;
+    }
+  }
+}
+
+/// Cuts of any size, in gaps between noise rows and across bands alike, give what the whole frame gives.
+TEST_F(NoiseTest, PiecesAddUp) {
+  Random random(8);
+  const auto field = std::make_unique<vidproc::NoiseField>();
+  const reference::Noise noise = MakeNoise(12, 5, 70, 49, 192);
+  Bytes source;
+  Paint(Content::kNoise, 192, 60, random, source);
+  Bytes expected = source;
+  reference::AddNoise(noise, source.data(), expected.data(), source.size());
+  for (const vidproc::Level level : AvailableLevels()) {
+    const FormsInUse inUse({level, false});
+    for (const int longest : {60, 99, 2999}) {
+      vidproc::StartNoise(*field, noise.tiles, 12, noise.seed, 192, 70, 49);
+      Bytes actual = source;
+      for (std::size_t at = 0, count = 0; at < actual.size(); at += count) {
+        count = std::min(static_cast<std::size_t>(random.Between(0, longest)), actual.size() - at);
+        vidproc::Kernels().addNoise(*field, actual.data() + at, at, count);
+      }
+      EXPECT_EQ(actual, expected) << vidproc::LevelName(level) << ", pieces of up to " << longest;
     }
   }
 }
