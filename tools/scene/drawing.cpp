@@ -3,6 +3,7 @@
 
 #include <new>
 #include <numbers>
+#include <stdexcept>
 
 namespace vidproc::drawing {
 namespace {
@@ -41,6 +42,17 @@ Canvas::Canvas(int width, int height)
 std::uint8_t* Canvas::Pixels() {
   cairo_surface_flush(surface.get());
   return cairo_image_surface_get_data(surface.get());
+}
+
+std::string Png(const Canvas& picture) {
+  std::string bytes;
+  const auto append = [](void* closure, const unsigned char* data, unsigned int size) {
+    static_cast<std::string*>(closure)->append(reinterpret_cast<const char*>(data), size);
+    return CAIRO_STATUS_SUCCESS;
+  };
+  const cairo_status_t status = cairo_surface_write_to_png_stream(picture.Surface(), append, &bytes);
+  if (status != CAIRO_STATUS_SUCCESS) throw std::runtime_error(cairo_status_to_string(status));
+  return bytes;
 }
 
 void SetColour(cairo_t* context, Rgb colour, double alpha) {

@@ -54,6 +54,9 @@ class Canvas {
   ContextPtr context;
 };
 
+/// The picture as a PNG file's bytes. Throws std::runtime_error.
+std::string Png(const Canvas& picture);
+
 void SetColour(cairo_t* context, Rgb colour, double alpha = 1);
 void SetLinear(cairo_t* context, Point from, Point to, std::initializer_list<Stop> stops);
 void SetRadial(cairo_t* context, Point centre, double radius, std::initializer_list<Stop> stops);

@@ -26,58 +26,45 @@ void AddCpu(CLI::App& command, bool& quiet) {
   command.add_flag("-q,--quiet", quiet, "print errors only");
 }
 
-void AddPre(CLI::App& app, Options& options) {
-  CLI::App& command = *app.add_subcommand("pre", "Pre-process camera frames: denoise, scale, sharpen, dither");
-  command.callback([&options] { options.command = Command::kPre; });
+/// A command that turns frames into others: what it reads and writes, and between them its own settings.
+template <typename AddSettings>
+void AddFrameCommand(CLI::App& parent, const char* name, const char* help, Command kind, Options& options,
+                     AddSettings addSettings) {
+  CLI::App& command = *parent.add_subcommand(name, help);
+  command.callback([&options, kind] { options.command = kind; });
   AddInput(command, options.input);
   AddOutput(command, options.output);
-  AddPreSettings(command, options.pre);
-  AddCpu(command, options.quiet);
-}
-
-void AddPost(CLI::App& app, Options& options) {
-  CLI::App& command = *app.add_subcommand("post", "Post-process decoded frames: deblock, scale, sharpen, dither");
-  command.callback([&options] { options.command = Command::kPost; });
-  AddInput(command, options.input);
-  AddOutput(command, options.output);
-  AddPostSettings(command, options.post);
+  addSettings(command);
   AddCpu(command, options.quiet);
 }
 
 void AddObject(CLI::App& app, Options& options) {
-  using Kind = ObjectOptions::Kind;
   CLI::App& object = *app.add_subcommand("object", "The same by the older processor object, to compare with");
   object.require_subcommand(1);
-  const auto add = [&](const char* name, Kind kind, const char* help) -> CLI::App& {
-    CLI::App& command = *object.add_subcommand(name, help);
-    command.callback([&options, kind] {
-      options.command = Command::kObject;
-      options.object.kind = kind;
-      options.output.fit = Fit::kStretch;
-    });
-    AddInput(command, options.input);
-    AddOutput(command, options.output);
-    command.remove_option(command.get_option("--fit"));
-    if (kind != Kind::kNv12) {
-      AddNumber(command, "--enhance", options.object.enhance, 0, 32, "sharpening, 0 to 32");
-      AddNumber(command, "--soften", options.object.soften, 0, 64, "softening, 0 to 64");
-      AddNumber(command, "--dither", options.object.dither, 0, 12, "luma noise, 0 to 12");
-    }
-    AddCpu(command, options.quiet);
-    return command;
+  ObjectOptions& settings = options.object;
+  const auto addCommon = [&settings](CLI::App& command) {
+    AddNumber(command, "--enhance", settings.enhance, 0, 32, "sharpening, 0 to 32");
+    AddNumber(command, "--soften", settings.soften, 0, 64, "softening, 0 to 64");
+    AddNumber(command, "--dither", settings.dither, 0, 12, "luma noise, 0 to 12");
   };
-  CLI::App& pre = add("pre", Kind::kPre, "Its pre-processor, 2vuy");
-  AddNumber(pre, "--adaptive", options.object.adaptive, 0, 8, "edge-preserving taps, 1 (averages most) to 8; 0 off");
-  pre.add_flag("--taps16", options.object.taps16, "16 + 8 taps instead of 8 + 4");
-  pre.add_flag("--motion-smoothing", options.object.motionSmoothing, "full low-pass where the picture moves");
-  AddValue(
-      pre, "--temporal", "STRENGTH[:SHIFT]", "STRENGTH 0 to 127, or with :SHIFT 0 to 8",
-      "weight of the frame before (default 80:3)", [&options](const std::string& text) {
-        return TakeList(text, {{&options.object.temporalStrength, {0, 127}}, {&options.object.temporalShift, {0, 8}}});
-      });
-  CLI::App& post = add("post", Kind::kPost, "Its post-processor, 2vuy");
-  AddNumber(post, "--deblock", options.object.deblock, 21, 51, "smooth 8x8 block edges, 21 to 51");
-  add("nv12", Kind::kNv12, "Its scaler of 4:2:0 frames");
+  AddFrameCommand(object, "pre", "Its pre-processor, 2vuy", Command::kObjectPre, options, [&](CLI::App& command) {
+    addCommon(command);
+    AddNumber(command, "--adaptive", settings.adaptive, 0, 8, "edge-preserving taps, 1 (averages most) to 8; 0 off");
+    command.add_flag("--taps16", settings.taps16, "16 + 8 taps instead of 8 + 4");
+    command.add_flag("--motion-smoothing", settings.motionSmoothing, "full low-pass where the picture moves");
+    AddValue(command, "--temporal", "STRENGTH[:SHIFT]", "STRENGTH 0 to 127, or with :SHIFT 0 to 8",
+             "weight of the frame before (default 80:3)", [&settings](const std::string& text) {
+               return TakeNumbers(text, ':', 1, {{settings.temporalStrength, 0, 127}, {settings.temporalShift, 0, 8}});
+             });
+  });
+  AddFrameCommand(object, "post", "Its post-processor, 2vuy", Command::kObjectPost, options, [&](CLI::App& command) {
+    addCommon(command);
+    AddNumber(command, "--deblock", settings.deblock, 21, 51, "smooth 8x8 block edges, 21 to 51");
+  });
+  AddFrameCommand(object, "nv12", "Its scaler of 4:2:0 frames", Command::kObjectNv12, options, [](CLI::App&) {});
+  for (CLI::App* command : object.get_subcommands([](CLI::App*) { return true; })) {
+    command->remove_option(command->get_option("--fit"));  // it stretches
+  }
 }
 
 void AddOthers(CLI::App& app, Options& options) {
@@ -150,8 +137,7 @@ void CheckInput(InputOptions& input) {
 /// Rules that span several options.
 void Check(Options& options) {
   const OutputOptions& output = options.output;
-  const bool makesFrames =
-      options.command == Command::kPre || options.command == Command::kPost || options.command == Command::kObject;
+  const bool makesFrames = MakesFrames(options.command);
   if (makesFrames && output.path.empty() && output.comparePath.empty() && output.statsPath.empty() &&
       output.md5Path.empty()) {
     throw BadUsage("-o", "name a file to write (.mp4, .mkv, .y4m, .png, .uyvy, .nv12), - for Y4M or /dev/null");
@@ -182,8 +168,10 @@ std::optional<Options> ParseOptions(int argc, char** argv) {
                "vidproc");
   app.set_version_flag("--version", std::string("vidproc ") + vidproc_version_string());
   app.require_subcommand(1);
-  AddPre(app, options);
-  AddPost(app, options);
+  AddFrameCommand(app, "pre", "Pre-process camera frames: denoise, scale, sharpen, dither", Command::kPre, options,
+                  [&](CLI::App& command) { AddPreSettings(command, options.pre); });
+  AddFrameCommand(app, "post", "Post-process decoded frames: deblock, scale, sharpen, dither", Command::kPost, options,
+                  [&](CLI::App& command) { AddPostSettings(command, options.post); });
   AddOthers(app, options);
   AddObject(app, options);
   std::string page;

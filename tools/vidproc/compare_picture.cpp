@@ -1,10 +1,14 @@
 // See compare_picture.h.
 #include "compare_picture.h"
 
+extern "C" {
+#include <libavutil/imgutils.h>
+}
+
 #include <algorithm>
 #include <cmath>
 
-#include "image.h"
+#include "frame_converter.h"
 #include "picture.h"
 
 namespace vidproc::tool {
@@ -16,6 +20,18 @@ constexpr Rgb kBackground{24, 26, 30}, kLabel{235, 235, 235};
 constexpr int kNarrowest = 400, kWidest = 960;  ///< of a frame's column
 constexpr int kGap = 4, kBar = 28;              ///< between the columns, and above each frame
 constexpr double kLetters = 15, kEnlarged = 4;
+
+/// The frame as RGB; its own fields tell what its samples mean.
+Canvas ToCanvas(const AVFrame& frame) {
+  const ColourTags rgb = {.matrix = AVCOL_SPC_RGB, .range = AVCOL_RANGE_JPEG};
+  FrameConverter converter("", AV_PIX_FMT_0RGB32, rgb);
+  const FramePtr pixels = converter.Convert(FramePtr(OrBadAlloc(av_frame_clone(&frame))));
+  Canvas canvas(frame.width, frame.height);
+  av_image_copy_plane(canvas.Pixels(), canvas.RowBytes(), pixels->data[0], pixels->linesize[0], 4 * frame.width,
+                      frame.height);
+  canvas.PixelsChanged();
+  return canvas;
+}
 
 /// The shape of the picture on the screen, width by height.
 double Shape(const AVFrame& frame) {

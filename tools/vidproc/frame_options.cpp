@@ -1,11 +1,8 @@
 // Options of what is done to frames; see option_groups.h.
-#include <algorithm>
 #include <cstdint>
 #include <string>
-#include <utility>
 #include <vector>
 
-#include "commands.h"
 #include "option_groups.h"
 #include "option_values.h"
 
@@ -42,12 +39,7 @@ template <typename Settings>
 void AddFinish(CLI::App& command, Settings& settings) {
   AddValue(command, "--luma", "GAIN:OFFSET", "GAIN:OFFSET with a gain of 1 to 127 and an offset of -255 to 255",
            "luma becomes (luma - OFFSET) x GAIN / 64", [&settings](const std::string& text) {
-             const auto pair = ParseNumbers(text, ':');
-             if (!pair || pair->size() != 2) return false;
-             const std::int64_t gain = (*pair)[0], offset = (*pair)[1];
-             settings.luma_gain = static_cast<std::int32_t>(std::clamp<std::int64_t>(gain, 1, 127));
-             settings.luma_offset = static_cast<std::int32_t>(std::clamp<std::int64_t>(offset, -255, 255));
-             return settings.luma_gain == gain && settings.luma_offset == offset;
+             return TakeNumbers(text, ':', 2, {{settings.luma_gain, 1, 127}, {settings.luma_offset, -255, 255}});
            });
   AddNumber(command, "--dither", settings.dither_level, 0, 12, "luma noise against banding, 0 to 12 (default 0)");
 }
@@ -55,18 +47,10 @@ void AddFinish(CLI::App& command, Settings& settings) {
 /// Set before all other options, which change what it says.
 template <typename Settings>
 void AddPreset(CLI::App& command, Settings& settings, const char* (*nameOf)(std::int32_t)) {
-  std::vector<std::pair<std::string, std::string>> names;
-  for (std::int32_t number = 0; nameOf(number) != nullptr; ++number) names.emplace_back(nameOf(number), nameOf(number));
-  std::string list;
-  for (const auto& [name, same] : names) list += (list.empty() ? "" : ", ") + name;
-  AddValue(command, "--preset", "NAME", "one of " + list,
-           "settings to start from: " + list + " (default " + names.front().first + ")",
-           [&settings, names](const std::string& text) {
-             for (const auto& [name, same] : names) {
-               if (name == text) settings = Settings(text.c_str());
-             }
-             return std::any_of(names.begin(), names.end(), [&](const auto& one) { return one.first == text; });
-           });
+  std::vector<std::string> names;
+  for (std::int32_t number = 0; nameOf(number) != nullptr; ++number) names.emplace_back(nameOf(number));
+  AddWord(command, "--preset", "NAME", names, "settings to start from (default " + names.front() + ")",
+          [&settings](const std::string& name) { settings = Settings(name.c_str()); });
 }
 
 /// Explicit denoising: neighbours and history as other options say them.
@@ -75,9 +59,7 @@ bool TakeDenoising(const std::string& text, vidproc::PreOptions& pre) {
     pre.denoise_auto = 100;
     return true;
   }
-  if (text.starts_with("auto:")) {
-    return TakeList(text.substr(5), {{&pre.denoise_auto, {1, 400}}});
-  }
+  if (text.starts_with("auto:")) return TakeNumber(text.substr(5), 1, 400, pre.denoise_auto);
   pre.denoise_auto = 0;
   pre.denoise_edge = 0;
   pre.temporal_strength = 0;
@@ -86,10 +68,11 @@ bool TakeDenoising(const std::string& text, vidproc::PreOptions& pre) {
   pre.denoise_taps = 16;
   pre.temporal_strength = 100;
   pre.temporal_shift = 0;
-  return TakeList(text, {{&pre.denoise_edge, {1, 8}},
-                         {&pre.denoise_softening, {0, 255}},
-                         {&pre.denoise_taps, {8, 16}},
-                         {&pre.denoise_passes, {1, 3}}}) &&
+  return TakeNumbers(text, ':', 1,
+                     {{pre.denoise_edge, 1, 8},
+                      {pre.denoise_softening, 0, 255},
+                      {pre.denoise_taps, 8, 16},
+                      {pre.denoise_passes, 1, 3}}) &&
          pre.denoise_taps % 8 == 0;
 }
 
@@ -99,15 +82,15 @@ void AddDenoising(CLI::App& command, vidproc::PreOptions& pre) {
            "auto[:PERCENT] follows the camera's noise; off; or EDGE[:SOFTENING[:TAPS[:PASSES]]] averages neighbours "
            "that differ little, EDGE 1 most and 8 least, as in 1:100:16:1, and takes --temporal 100:0",
            [&pre](const std::string& text) { return TakeDenoising(text, pre); });
-  AddValue(
-      command, "--temporal", "STRENGTH[:SHIFT]", "off, or STRENGTH 0 to 127, or with :SHIFT 0 to 8",
-      "weight of the frame before, and how soon change outweighs it; without --denoise it alone denoises",
-      [&pre](const std::string& text) {
-        pre.denoise_auto = 0;
-        pre.temporal_shift = 0;
-        if (text == "off") pre.temporal_strength = 0;
-        return text == "off" || TakeList(text, {{&pre.temporal_strength, {0, 127}}, {&pre.temporal_shift, {0, 8}}});
-      });
+  AddValue(command, "--temporal", "STRENGTH[:SHIFT]", "off, or STRENGTH 0 to 127, or with :SHIFT 0 to 8",
+           "weight of the frame before, and how soon change outweighs it; without --denoise it alone denoises",
+           [&pre](const std::string& text) {
+             pre.denoise_auto = 0;
+             pre.temporal_shift = 0;
+             if (text == "off") pre.temporal_strength = 0;
+             return text == "off" ||
+                    TakeNumbers(text, ':', 1, {{pre.temporal_strength, 0, 127}, {pre.temporal_shift, 0, 8}});
+           });
   command.add_flag_callback(
       "--motion-smoothing", [&pre] { pre.motion_smoothing = 1; }, "average all neighbours where the picture moves");
 }

@@ -2,7 +2,6 @@
 #include "frame_reader.h"
 
 extern "C" {
-#include <libavutil/imgutils.h>
 #include <libavutil/pixdesc.h>
 }
 
@@ -56,20 +55,6 @@ bool IsHighDynamicRange(const AVFrame& frame) {
 }
 
 }  // namespace
-
-void DescribeFrame(const StreamInfo& info, AVPixelFormat format, const std::uint8_t* bytes, std::int64_t pts,
-                   AVFrame& frame) {
-  av_frame_unref(&frame);
-  frame.format = format;
-  frame.width = info.size.width;
-  frame.height = info.size.height;
-  const int size = av_image_get_buffer_size(format, frame.width, frame.height, 1);
-  frame.buf[0] = OrBadAlloc(av_buffer_alloc(static_cast<std::size_t>(size)));
-  std::copy_n(bytes, size, frame.buf[0]->data);
-  av_image_fill_arrays(frame.data, frame.linesize, frame.buf[0]->data, format, frame.width, frame.height, 1);
-  frame.pts = pts;
-  SetColour(frame, info.colour);
-}
 
 FrameReader::FrameReader(const InputOptions& options, std::span<const AVPixelFormat> accepted)
     : source(OpenSource(options)), info(source->Info()), hasSkipped(options.skip > 0) {

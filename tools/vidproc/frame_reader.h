@@ -39,10 +39,6 @@ class FrameSource {
 std::unique_ptr<FrameSource> OpenDecoder(const InputOptions& options);
 std::unique_ptr<FrameSource> OpenSyntheticScene(Size size, std::uint32_t seed, double noise);
 
-/// Fields that every frame of a source without its own frame objects shares; the bytes are borrowed.
-void DescribeFrame(const StreamInfo& info, AVPixelFormat format, const std::uint8_t* bytes, std::int64_t pts,
-                   AVFrame& frame);
-
 class FrameReader {
  public:
   /// Opens the input and reads its first frame. What frames lose on the way is noted. Throws ToolError.

@@ -26,7 +26,7 @@ Rectangle Centred(Size size, Size bounds) {
   return {(bounds.width - size.width) / 4 * 2, (bounds.height - size.height) / 4 * 2, size};
 }
 
-Size Completed(const SizeRequest& request, Size input) {
+Size Completed(Size request, Size input) {
   constexpr int kMost = 16384;
   if (request.width == 0 && request.height == 0) return input;
   if (request.width == 0) return {EvenShare(request.height, input.width, input.height, kMost), request.height};
@@ -36,7 +36,7 @@ Size Completed(const SizeRequest& request, Size input) {
 
 }  // namespace
 
-FrameShape ShapeFrames(const StreamInfo& input, const SizeRequest& request, Fit fit) {
+FrameShape ShapeFrames(const StreamInfo& input, Size request, Fit fit) {
   const Size wanted = Completed(request, input.size);
   const bool isComplete = request.width > 0 && request.height > 0;
   FrameShape shape{{0, 0, input.size}, wanted, {0, 0, wanted}, input.sampleAspect};

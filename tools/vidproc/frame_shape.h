@@ -14,6 +14,6 @@ struct FrameShape {
 };
 
 /// Positions are even, so that chroma samples stay whole, and sizes that are not asked for too where possible.
-FrameShape ShapeFrames(const StreamInfo& input, const SizeRequest& request, Fit fit);
+FrameShape ShapeFrames(const StreamInfo& input, Size request, Fit fit);
 
 }  // namespace vidproc::tool

@@ -13,8 +13,6 @@ extern "C" {
 namespace vidproc::tool {
 namespace {
 
-constexpr int kRowAlignment = 64;
-
 vidproc_format FormatOf(AVPixelFormat format) {
   switch (format) {
     case AV_PIX_FMT_UYVY422:
@@ -66,9 +64,11 @@ FrameInfo InfoOf(AVPixelFormat format, Size size, AVChromaLocation location) {
 Input InputOf(const AVFrame& frame, const Rectangle& part) { return ViewOf<Input>(frame, part); }
 Output OutputOf(AVFrame& frame, const Rectangle& part) { return ViewOf<Output>(frame, part); }
 
-FramePool::FramePool(AVPixelFormat format, Size size) : format(format), size(size) {
-  const int bytes = av_image_get_buffer_size(format, size.width, size.height, kRowAlignment);
-  pool.reset(OrBadAlloc(av_buffer_pool_init(static_cast<std::size_t>(bytes) + kRowAlignment, nullptr)));
+FramePool::FramePool(AVPixelFormat format, Size size, int rowAlignment)
+    : format(format), size(size), rowAlignment(rowAlignment) {
+  constexpr std::size_t kPadding = 64;  // that FFmpeg's filters may read
+  const int bytes = av_image_get_buffer_size(format, size.width, size.height, rowAlignment);
+  pool.reset(OrBadAlloc(av_buffer_pool_init(static_cast<std::size_t>(bytes) + kPadding, nullptr)));
 }
 
 FramePtr FramePool::Take() {
@@ -78,7 +78,7 @@ FramePtr FramePool::Take() {
   frame->height = size.height;
   frame->buf[0] = OrBadAlloc(av_buffer_pool_get(pool.get()));
   av_image_fill_arrays(frame->data, frame->linesize, frame->buf[0]->data, format, size.width, size.height,
-                       kRowAlignment);
+                       rowAlignment);
   return frame;
 }
 

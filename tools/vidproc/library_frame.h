@@ -23,12 +23,14 @@ Output OutputOf(AVFrame& frame, const Rectangle& part);
 /// Frames of one format and size, whose memory is used again.
 class FramePool {
  public:
-  FramePool(AVPixelFormat format, Size size);
+  /// @param rowAlignment  of the length of rows in bytes; 1: rows without gaps
+  FramePool(AVPixelFormat format, Size size, int rowAlignment = 64);
   FramePtr Take();
 
  private:
   AVPixelFormat format;
   Size size;
+  int rowAlignment;
   FfmpegPtr<AVBufferPool> pool;
 };
 

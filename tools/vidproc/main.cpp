@@ -18,16 +18,14 @@ void Run(int argc, char** argv) {
   if (!options) return;
   if (options->quiet) SilenceNotes();
   switch (options->command) {
-    case Command::kPre:
-    case Command::kPost:
-    case Command::kObject:
-      return RunFrames(*options);
     case Command::kExposure:
       return RunExposure(*options);
     case Command::kFilters:
       return RunFilters(*options);
     case Command::kInfo:
       return RunInfo();
+    default:
+      return RunFrames(*options);
   }
 }
 

@@ -1,41 +1,30 @@
 // Values of options; see option_values.h.
 #include "option_values.h"
 
-#include <charconv>
-#include <system_error>
-#include <utility>
+#include <algorithm>
 
 namespace vidproc::tool {
+namespace {
 
-std::optional<std::int64_t> ParseNumber(const std::string& text) {
-  std::int64_t value = 0;
-  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
-  if (error != std::errc() || end != text.data() + text.size()) return std::nullopt;
-  return value;
+constexpr int kNarrowest = 2, kLargest = 16384;
+constexpr const char* kSides = " with a width of 2 to 16384 and a height of 1 to 16384";
+
+bool TakeSize(std::string_view text, Size& size) {
+  return TakeNumbers(text, 'x', 2, {{size.width, kNarrowest, kLargest}, {size.height, 1, kLargest}});
 }
 
-std::optional<std::vector<std::int64_t>> ParseNumbers(const std::string& text, char separator) {
-  std::vector<std::int64_t> numbers;
-  std::size_t begin = 0;
-  while (true) {
-    const std::size_t end = text.find(separator, begin);
-    const std::optional<std::int64_t> number = ParseNumber(text.substr(begin, end - begin));
-    if (!number) return std::nullopt;
-    numbers.push_back(*number);
-    if (end == std::string::npos) return numbers;
-    begin = end + 1;
-  }
-}
+}  // namespace
 
-bool TakeList(const std::string& text, const std::vector<std::pair<std::int32_t*, std::pair<int, int>>>& places) {
-  const auto numbers = ParseNumbers(text, ':');
-  if (!numbers || numbers->size() > places.size()) return false;
-  for (std::size_t i = 0; i < numbers->size(); ++i) {
-    const auto& [place, range] = places[i];
-    if ((*numbers)[i] < range.first || (*numbers)[i] > range.second) return false;
-    *place = static_cast<std::int32_t>((*numbers)[i]);
+bool TakeNumbers(std::string_view text, char separator, std::size_t least, const std::vector<NumberPlace>& places) {
+  std::size_t taken = 0;
+  for (const auto& [value, low, high] : places) {
+    const std::size_t end = text.find(separator);
+    if (!TakeNumber(text.substr(0, end), low, high, value)) return false;
+    ++taken;
+    if (end == std::string_view::npos) return taken >= least;
+    text.remove_prefix(end + 1);
   }
-  return true;
+  return false;
 }
 
 CLI::Option* AddValue(CLI::App& command, const std::string& name, const std::string& type, const std::string& allowed,
@@ -52,24 +41,36 @@ CLI::Option* AddValue(CLI::App& command, const std::string& name, const std::str
       ->type_name(type);
 }
 
-CLI::Option* AddPath(CLI::App& command, const std::string& name, const std::string& type, std::string& path,
-                     const std::string& help) {
-  return AddValue(command, name, type, "the name of a file: it is empty", help, [&path](const std::string& text) {
+void AddWord(CLI::App& command, const std::string& name, const std::string& type, const std::vector<std::string>& words,
+             const std::string& help, std::function<void(const std::string& word)> take) {
+  const std::string list = CLI::detail::join(words, ", ");
+  AddValue(command, name, type, "one of " + list, help + ": " + list,
+           [words, take = std::move(take)](const std::string& text) {
+             const bool isKnown = std::find(words.begin(), words.end(), text) != words.end();
+             if (isKnown) take(text);
+             return isKnown;
+           });
+}
+
+void AddPath(CLI::App& command, const std::string& name, const std::string& type, std::string& path,
+             const std::string& help) {
+  AddValue(command, name, type, "the name of a file: it is empty", help, [&path](const std::string& text) {
     path = text;
     return !text.empty();
   });
 }
 
 CLI::Option* AddSize(CLI::App& command, const std::string& name, Size& size, const std::string& help) {
-  return AddValue(command, name, "WxH", "WxH with a width of 2 to 16384 and a height of 1 to 16384", help,
-                  [&size](const std::string& text) {
-                    const auto sides = ParseNumbers(text, 'x');
-                    if (!sides || sides->size() != 2) return false;
-                    const std::int64_t width = (*sides)[0], height = (*sides)[1];
-                    if (width < 2 || width > 16384 || height < 1 || height > 16384) return false;
-                    size = {static_cast<int>(width), static_cast<int>(height)};
-                    return true;
-                  });
+  return AddValue(command, name, "WxH", std::string("WxH") + kSides, help,
+                  [&size](const std::string& text) { return TakeSize(text, size); });
+}
+
+void AddOpenSize(CLI::App& command, const std::string& name, Size& size, const std::string& help) {
+  AddValue(command, name, "WxH", std::string("WxH, Wx or xH") + kSides, help, [&size](const std::string& text) {
+    if (text.starts_with('x')) return TakeNumber(text.substr(1), 1, kLargest, size.height);
+    if (text.ends_with('x')) return TakeNumber(text.substr(0, text.size() - 1), kNarrowest, kLargest, size.width);
+    return TakeSize(text, size);
+  });
 }
 
 }  // namespace vidproc::tool

@@ -10,7 +10,9 @@
 
 namespace vidproc::tool {
 
-enum class Command { kPre, kPost, kExposure, kFilters, kInfo, kObject };
+enum class Command { kPre, kPost, kObjectPre, kObjectPost, kObjectNv12, kExposure, kFilters, kInfo };
+inline bool IsObject(Command command) { return command >= Command::kObjectPre && command <= Command::kObjectNv12; }
+inline bool MakesFrames(Command command) { return command <= Command::kObjectNv12; }
 
 struct InputOptions {
   std::string path;  ///< empty: the synthetic scene; "-": standard input
@@ -25,12 +27,6 @@ struct InputOptions {
   std::int64_t seed = 1;
 };
 
-/// 0: by the picture's shape; both 0: the input's size.
-struct SizeRequest {
-  int width = 0;
-  int height = 0;
-};
-
 enum class Fit { kShrink, kPad, kCrop, kStretch };
 
 struct OutputOptions {
@@ -40,7 +36,7 @@ struct OutputOptions {
   std::string effort;  ///< of libx264 and libx265, one of their presets; empty: their default
   std::optional<double> crf;
   AVPixelFormat format = AV_PIX_FMT_NONE;  ///< none: what the codec takes and the input is nearest to
-  SizeRequest size;
+  Size size;                               ///< a side of 0: by the picture's shape; both: the input's
   Fit fit = Fit::kShrink;
   std::string comparePath;
   std::string statsPath;
@@ -49,7 +45,6 @@ struct OutputOptions {
 
 /// Settings of the processor object, whose values are explained in its header.
 struct ObjectOptions {
-  enum class Kind { kPre, kPost, kNv12 } kind = Kind::kPre;
   int enhance = 0;
   int soften = 0;
   int dither = 0;

@@ -5,45 +5,26 @@ extern "C" {
 #include <libavutil/imgutils.h>
 }
 
-#include <chrono>
 #include <string>
 #include <type_traits>
+#include <utility>
 
 #include "errors.h"
 
 namespace vidproc::tool {
 namespace {
 
-template <typename Work>
-std::int64_t Timed(Work work) {
-  const auto start = std::chrono::steady_clock::now();
-  work();
-  return std::chrono::duration_cast<std::chrono::nanoseconds>(std::chrono::steady_clock::now() - start).count();
-}
-
 /// Handle is vidproc::Pre or vidproc::Post.
 template <typename Handle, typename HandleOptions>
 class InterfaceProcessing final : public Processing {
  public:
-  InterfaceProcessing(HandleOptions settings, std::int64_t seed, const StreamInfo& input, const FrameShape& shape,
-                      AVPixelFormat format)
-      : settings(settings), seed(seed), shape(shape), colour(input.colour), pool(format, shape.output) {
+  InterfaceProcessing(const HandleOptions& settings, std::int64_t seed, const StreamInfo& input,
+                      const FrameShape& frameShape, AVPixelFormat format)
+      : Processing(frameShape, input.colour, FramePool(format, frameShape.output)), settings(settings), seed(seed) {
     const AVChromaLocation location = input.colour.chromaLocation;
     this->settings.input = InfoOf(input.format, shape.source.size, location);
     this->settings.output = InfoOf(format, shape.target.size, location);
     Configure();
-  }
-
-  FramePtr Run(const AVFrame& input) override {
-    FramePtr output = pool.Take();
-    output->pts = input.pts;
-    output->sample_aspect_ratio = shape.sampleAspect;
-    SetColour(*output, colour);
-    if (!(shape.target.size == shape.output)) PaintBlack(*output);
-    if (settings.dither_level > 0) Configure();
-    ++frames;
-    nanoseconds = Timed([&] { handle.Process(InputOf(input, shape.source), OutputOf(*output, shape.target)); });
-    return output;
   }
 
   std::optional<int> Noise() override {
@@ -54,6 +35,13 @@ class InterfaceProcessing final : public Processing {
   }
 
  private:
+  void Process(const AVFrame& input, AVFrame& output) override {
+    if (!(shape.target.size == shape.output)) PaintBlack(output);
+    if (settings.dither_level > 0) Configure();
+    ++frames;
+    Time([&] { handle.Process(InputOf(input, shape.source), OutputOf(output, shape.target)); });
+  }
+
   /// The noise of one configuration stays the same; every frame has its own here, and the same in every run.
   void Configure() {
     settings.dither_seed = static_cast<std::int32_t>((seed + frames) & 255);
@@ -73,24 +61,34 @@ class InterfaceProcessing final : public Processing {
 
   HandleOptions settings;
   std::int64_t seed;
-  FrameShape shape;
-  ColourTags colour;
-  FramePool pool;
   Handle handle;
   std::int64_t frames = 0;
 };
 
+using PreProcessing = InterfaceProcessing<vidproc::Pre, vidproc::PreOptions>;
+using PostProcessing = InterfaceProcessing<vidproc::Post, vidproc::PostOptions>;
+
 }  // namespace
+
+Processing::Processing(const FrameShape& shape, const ColourTags& colour, FramePool pool)
+    : shape(shape), colour(colour), pool(std::move(pool)) {}
+
+FramePtr Processing::Run(const AVFrame& input) {
+  FramePtr output = pool.Take();
+  output->pts = input.pts;
+  output->sample_aspect_ratio = shape.sampleAspect;
+  SetColour(*output, colour);
+  Process(input, *output);
+  return output;
+}
 
 std::unique_ptr<Processing> MakeProcessing(const Options& options, const StreamInfo& input, const FrameShape& shape,
                                            AVPixelFormat outputFormat) {
   const std::int64_t seed = options.input.seed;
   if (options.command == Command::kPre) {
-    return std::make_unique<InterfaceProcessing<vidproc::Pre, vidproc::PreOptions>>(options.pre, seed, input, shape,
-                                                                                    outputFormat);
+    return std::make_unique<PreProcessing>(options.pre, seed, input, shape, outputFormat);
   }
-  return std::make_unique<InterfaceProcessing<vidproc::Post, vidproc::PostOptions>>(options.post, seed, input, shape,
-                                                                                    outputFormat);
+  return std::make_unique<PostProcessing>(options.post, seed, input, shape, outputFormat);
 }
 
 }  // namespace vidproc::tool

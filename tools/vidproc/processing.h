@@ -1,6 +1,7 @@
 // What is done to every frame.
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <memory>
 #include <optional>
@@ -16,13 +17,27 @@ class Processing {
  public:
   virtual ~Processing() = default;
   /// A new frame with the input's time stamp.
-  virtual FramePtr Run(const AVFrame& input) = 0;
+  FramePtr Run(const AVFrame& input);
   /// Time that the library took for the last frame.
   std::int64_t Nanoseconds() const { return nanoseconds; }
   /// The input's noise in hundredths of a luma level, where the settings make the library estimate it.
   virtual std::optional<int> Noise() { return std::nullopt; }
 
  protected:
+  Processing(const FrameShape& shape, const ColourTags& colour, FramePool pool);
+  virtual void Process(const AVFrame& input, AVFrame& output) = 0;
+  template <typename Work>
+  void Time(Work work) {
+    const auto start = std::chrono::steady_clock::now();
+    work();
+    nanoseconds = std::chrono::nanoseconds(std::chrono::steady_clock::now() - start).count();
+  }
+
+  const FrameShape shape;
+
+ private:
+  ColourTags colour;
+  FramePool pool;
   std::int64_t nanoseconds = 0;
 };
 
@@ -30,7 +45,8 @@ class Processing {
 std::unique_ptr<Processing> MakeProcessing(const Options& options, const StreamInfo& input, const FrameShape& shape,
                                            AVPixelFormat outputFormat);
 
-/// The processor object's own routes. Frames are 2vuy (UYVY), of kNv12 NV12, and of even width.
-std::unique_ptr<Processing> MakeObjectProcessing(const Options& options, const FrameShape& shape);
+/// The processor object's own routes. Frames are of the input's format, 2vuy (UYVY) or NV12, and of even width.
+std::unique_ptr<Processing> MakeObjectProcessing(const Options& options, const StreamInfo& input,
+                                                 const FrameShape& shape);
 
 }  // namespace vidproc::tool

@@ -12,7 +12,6 @@
 #include "errors.h"
 #include "file_io.h"
 #include "frame_reader.h"
-#include "image.h"
 #include "library_frame.h"
 #include "plot.h"
 #include "progress.h"
@@ -120,7 +119,7 @@ void RunExposure(const Options& options) {
   progress.Clear();
   if (!options.json && !hasEvents) PrintLine("no event in " + std::to_string(progress.Frames()) + " frames");
   if (plot) {
-    WritePng(*plot, PlotBrightness(samples, info.name));
+    plot->Write(drawing::Png(PlotBrightness(samples, info.name)));
     plot->Commit();
   }
 }

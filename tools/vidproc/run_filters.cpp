@@ -13,7 +13,6 @@
 
 #include "commands.h"
 #include "file_io.h"
-#include "image.h"
 #include "pipeline/axis_pass.h"
 #include "plot.h"
 
@@ -171,7 +170,7 @@ void RunFilters(const Options& options) {
   if (banks.empty()) std::puts("no filter: samples stay as they are");
   FlushStandardOutput();
   if (!plot) return;
-  WritePng(*plot, PlotBanks(banks, title));
+  plot->Write(drawing::Png(PlotBanks(banks, title)));
   plot->Commit();
 }
 

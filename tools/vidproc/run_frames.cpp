@@ -19,7 +19,6 @@
 #include "frame_reader.h"
 #include "frame_shape.h"
 #include "frame_writer.h"
-#include "image.h"
 #include "processing.h"
 #include "progress.h"
 
@@ -97,25 +96,19 @@ std::string StatsLine(std::int64_t frame, double seconds, Processing& processing
   return line.dump() + "\n";
 }
 
-std::string NameOf(const Options& options) {
-  return options.command == Command::kPre ? "pre" : options.command == Command::kPost ? "post" : "object";
-}
-
-OutputOptions Md5Options(const std::string& path) {
-  OutputOptions options;
-  options.path = path;
-  options.muxer = "framemd5";
-  return options;
+std::string NameOf(Command command) {
+  return command == Command::kPre ? "pre" : command == Command::kPost ? "post" : "object";
 }
 
 Writers OpenWriters(const OutputOptions& options, const std::optional<OutputFormat>& format, const StreamInfo& made) {
   Writers writers;
   if (format) writers.push_back(std::make_unique<FrameWriter>(options, *format, made));
   if (!options.md5Path.empty()) {
-    const OutputOptions md5 = Md5Options(options.md5Path);
-    OutputFormat md5Format = ChooseFormat(md5);
-    md5Format.wanted = made.format;
-    writers.push_back(std::make_unique<FrameWriter>(md5, md5Format, made));
+    OutputOptions md5;
+    md5.path = options.md5Path;
+    md5.muxer = "framemd5";
+    md5.format = made.format;
+    writers.push_back(std::make_unique<FrameWriter>(md5, ChooseFormat(md5), made));
   }
   return writers;
 }
@@ -128,10 +121,10 @@ AVPixelFormat FormatToMake(const std::optional<OutputFormat>& format, const Stre
   return IsLibraryFormat(wanted) ? wanted : input.format;
 }
 
-std::span<const AVPixelFormat> AcceptedFormats(const Options& options) {
+std::span<const AVPixelFormat> AcceptedFormats(Command command) {
   static constexpr AVPixelFormat kUyvy[] = {AV_PIX_FMT_UYVY422}, kNv12[] = {AV_PIX_FMT_NV12};
-  if (options.command != Command::kObject) return kLibraryFormats;
-  if (options.object.kind == ObjectOptions::Kind::kNv12) return kNv12;
+  if (!IsObject(command)) return kLibraryFormats;
+  if (command == Command::kObjectNv12) return kNv12;
   return kUyvy;
 }
 
@@ -143,19 +136,16 @@ void RunFrames(const Options& options) {
   if (!output.path.empty()) format = ChooseFormat(output);
   InputOptions input = options.input;
   if (format && format->isOnePicture && input.frames == 0) input.frames = 1;
-  FrameReader reader(input, AcceptedFormats(options));
+  FrameReader reader(input, AcceptedFormats(options.command));
 
-  const FrameShape shape = ShapeFrames(reader.Info(), output.size, output.fit);
+  const bool isObject = IsObject(options.command);
+  const FrameShape shape = ShapeFrames(reader.Info(), output.size, isObject ? Fit::kStretch : output.fit);
   StreamInfo made = reader.Info();
   made.size = shape.output;
   made.sampleAspect = shape.sampleAspect;
-  std::unique_ptr<Processing> processing;
-  if (options.command == Command::kObject) {
-    processing = MakeObjectProcessing(options, shape);
-  } else {
-    made.format = FormatToMake(format, reader.Info());
-    processing = MakeProcessing(options, reader.Info(), shape, made.format);
-  }
+  if (!isObject) made.format = FormatToMake(format, reader.Info());
+  const std::unique_ptr<Processing> processing = isObject ? MakeObjectProcessing(options, reader.Info(), shape)
+                                                          : MakeProcessing(options, reader.Info(), shape, made.format);
   const Writers writers = OpenWriters(output, format, made);
   std::optional<OutputFile> stats, compare;
   if (!output.statsPath.empty()) stats.emplace(output.statsPath);
@@ -175,7 +165,7 @@ void RunFrames(const Options& options) {
     return result;
   });
   progress.Clear();
-  if (compare) WritePng(*compare, ComparePicture(*before, *after, NameOf(options)));
+  if (compare) compare->Write(drawing::Png(ComparePicture(*before, *after, NameOf(options.command))));
   for (std::optional<OutputFile>* file : {&stats, &compare}) {
     if (*file) (*file)->Close();
   }
