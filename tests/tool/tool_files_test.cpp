@@ -199,6 +199,21 @@ TEST_F(ToolFilesTest, TurnsWhatIsToBeShownTurned) {
   }
 }
 
+TEST_F(ToolFilesTest, KeepsTheSizeThatAStreamBeginsWith) {
+  Made(raw + "-q --size 16x12", "f1.png");
+  Put("f2.ppm", "P6 64 48 255\n" + std::string(kLuma * 3, '\x99'));
+  Made("post f2.ppm -q", "f2.png");
+  fs::copy(Path("f1.png"), Path("f3.png"));
+  const Outcome outcome = Tool("post f%d.png -o out.yuv");
+  EXPECT_NE(outcome.err.find("f%d.png: the frame size changes from 16x12 to 64x48 at frame 1"), std::string::npos)
+      << outcome.err;
+  constexpr std::size_t kSmall = 16 * 12 * 3 / 2;
+  const std::string made = File("out.yuv");
+  ASSERT_EQ(made.size(), 3 * kSmall);
+  EXPECT_EQ(made.substr(0, kSmall), made.substr(2 * kSmall));
+  EXPECT_EQ(made.substr(kSmall, 16 * 12), std::string(16 * 12, '\x93'));  // 16 + 0x99 * 219 / 255
+}
+
 TEST_F(ToolFilesTest, ReadsAndWritesPictures) {
   ASSERT_EQ(Tool(raw + "-q -o f%03d.png").status, 0);
   ASSERT_TRUE(fs::exists(Path("f004.png")));

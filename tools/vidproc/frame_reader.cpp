@@ -161,14 +161,10 @@ FramePtr FrameReader::Read() {
   if (framesRead == limit) return nullptr;
   FramePtr frame = next ? std::move(next) : Decode();
   if (!frame) return nullptr;
-  const Size size{frame->width, frame->height};
-  if (!(size == decodedSize)) {
-    throw CannotRead(info.name, "the frame size changes from " + ToString(decodedSize) + " to " + ToString(size) +
-                                    " at frame " + std::to_string(framesDecoded - 1) + "; cut it there");
-  }
+  if (!isRescaled && !(Size{frame->width, frame->height} == decodedSize)) KeepSize(*frame);
   const AVPixelFormat format = WithoutRange(static_cast<AVPixelFormat>(frame->format));
   Stamp(*frame);
-  if (format == info.format && source->Upright().empty()) {
+  if (format == info.format && source->Upright().empty() && !isRescaled) {
     frame->format = format;
     SetColour(*frame, info.colour);
   } else {
@@ -178,6 +174,16 @@ FramePtr FrameReader::Read() {
   frame->sample_aspect_ratio = info.sampleAspect;
   ++framesRead;
   return frame;
+}
+
+/// From the first frame of another size on, all are scaled to what the stream began with.
+void FrameReader::KeepSize(const AVFrame& frame) {
+  Note(info.name + ": the frame size changes from " + ToString(decodedSize) + " to " +
+       ToString({frame.width, frame.height}) + " at frame " + std::to_string(framesDecoded - 1) +
+       "; frames are scaled back");
+  const std::string upright = source->Upright().empty() ? "" : source->Upright() + ",";
+  converter.emplace(upright + "scale=" + ToString(info.size), info.format, info.colour);
+  isRescaled = true;
 }
 
 std::vector<PacketPtr> FrameReader::TakeSound() {

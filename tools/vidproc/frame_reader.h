@@ -58,12 +58,14 @@ class FrameReader {
   void AssumeColour(const AVFrame& first);
   void NoteLosses(const AVFrame& first) const;
   void Stamp(AVFrame& frame);
+  void KeepSize(const AVFrame& frame);
 
   std::unique_ptr<FrameSource> source;
   StreamInfo info;
-  std::optional<FrameConverter> converter;  ///< absent where frames go in as they are
+  std::optional<FrameConverter> converter;
   FramePtr next;
-  Size decodedSize;
+  Size decodedSize;  ///< of the first frame
+  bool isRescaled = false;
   bool hasSkipped;
   std::int64_t limit;
   std::int64_t framesRead = 0;
