@@ -205,25 +205,32 @@ TEST_F(PictureTest, DrawsTapsWhereTheyStand) {
 }
 
 TEST_F(PictureTest, ConvertsRgbByTheRightMatrixAndRange) {
-  std::string picture = "P6 16 16 255\n";
-  for (int i = 0; i < 256; ++i) picture += i < 128 ? std::string{0, '\xbf', 0} : std::string(3, '\xff');
-  Put("in.ppm", picture);
-  const std::string frame = Made("post in.ppm", "a.i422");
-  const auto at = [&](std::size_t place) { return static_cast<unsigned char>(frame.at(place)); };
-  EXPECT_NEAR(at(0), 112, 1);  // BT.601, limited
-  EXPECT_NEAR(at(256), 72, 1);
-  EXPECT_NEAR(at(256 + 128), 58, 1);
-  EXPECT_EQ(at(255), 235);
-  const std::string note = Tool("post in.ppm -o x.y4m").err;
-  EXPECT_NE(note.find("in.ppm is RGB; converted to BT.601, limited range"), std::string::npos) << note;
+  const struct {
+    int rows;
+    std::string matrix;
+    int y, cb, cr;  ///< of the green below
+  } cases[] = {{720, "BT.709", 133, 63, 52}, {16, "BT.601", 112, 72, 58}};
+  for (const auto& [rows, matrix, y, cb, cr] : cases) {
+    const std::size_t luma = std::size_t{16} * static_cast<std::size_t>(rows);
+    std::string picture = "P6 16 " + std::to_string(rows) + " 255\n";
+    for (std::size_t i = 0; i < luma; ++i) picture += i < luma / 2 ? std::string{0, '\xbf', 0} : std::string(3, '\xff');
+    Put("in.ppm", picture);
+    const std::string frame = Made("post in.ppm", "a.i422"), note = Tool("post in.ppm -o x.y4m").err;
+    const auto at = [&](std::size_t place) { return static_cast<unsigned char>(frame.at(place)); };
+    EXPECT_NEAR(at(0), y, 1) << matrix;
+    EXPECT_NEAR(at(luma), cb, 1) << matrix;
+    EXPECT_NEAR(at(luma * 3 / 2), cr, 1) << matrix;
+    EXPECT_EQ(at(luma - 1), 235);
+    EXPECT_NE(note.find("in.ppm is RGB; converted to " + matrix + ", limited range"), std::string::npos) << note;
+  }
   ASSERT_NO_FATAL_FAILURE(Draw("post in.ppm -o", "b.png"));
   for (const int colour : {0, 1, 2}) EXPECT_NEAR(Pixel(3, 3)[colour], colour == 1 ? 0xbf : 0, 2);
   EXPECT_EQ(Count(0, 9, 16, 16, 255, 255), 16 * 7);
-  // White of full range stays white.
-  const std::string full = std::string(256, '\xff') + std::string(128, '\x80');
+  // Full range stays full.
+  const std::string full = std::string(256, '\x40') + std::string(128, '\x80');
   Put("full.y4m", "YUV4MPEG2 W16 H16 F30:1 C420jpeg XCOLORRANGE=FULL\nFRAME\n" + full);
-  ASSERT_NO_FATAL_FAILURE(Draw("post full.y4m -o", "white.png"));
-  EXPECT_EQ(Count(0, 0, 16, 16, 255, 255), 16 * 16);
+  ASSERT_NO_FATAL_FAILURE(Draw("post full.y4m -o", "grey.png"));
+  EXPECT_EQ(Count(0, 0, 16, 16, 0x40, 0x40), 16 * 16);
   EXPECT_EQ(Made("post full.y4m", "full.yuv"), full);
 }
 
