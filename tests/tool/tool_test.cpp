@@ -3,6 +3,7 @@
 #include <sys/stat.h>
 
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "tool/tool_fixture.h"
@@ -26,8 +27,14 @@ TEST_F(ToolTest, AnswersAboutItself) {
     EXPECT_EQ(outcome.err, "") << one.arguments;
   }
   const std::string completion = "vidproc help bash >completion && source ./completion && ";
-  const std::string ask = "COMP_WORDS=(vidproc pre --si) COMP_CWORD=2 && _vidproc && echo ${COMPREPLY[@]}";
-  EXPECT_EQ(Shell("bash -c '" + completion + ask + "'").out, "--size\n");
+  for (const auto& [words, reply] : {std::pair{"pre --si", "--size\n"},
+                                     {"ob", "object\n"},
+                                     {"object po", "post\n"},
+                                     {"object post --debl", "--deblock\n"},
+                                     {"object post -o x --enh", "--enhance\n"}}) {
+    const std::string ask = std::string("COMP_WORDS=(vidproc ") + words + ") && COMP_CWORD=$((${#COMP_WORDS[@]} - 1))";
+    EXPECT_EQ(Shell("bash -c '" + completion + ask + " && _vidproc && echo ${COMPREPLY[@]}'").out, reply) << words;
+  }
 }
 
 TEST_F(ToolTest, RefusesValuesOutOfRange) {

@@ -62,14 +62,17 @@ std::string CommandNames(const CLI::App& app) {
 }
 
 void PrintBash(const CLI::App& app) {
-  std::printf(
-      "# bash completion for vidproc\n_vidproc() {\n  local words\n  case \"${COMP_WORDS[1]}:$COMP_CWORD\" in\n");
-  std::printf("    *:1) words='%s %s' ;;\n", CommandNames(app).c_str(), OptionNames(app).c_str());
+  std::printf("# bash completion for vidproc\n_vidproc() {\n  local words\n");
+  std::printf("  case \"$COMP_CWORD ${COMP_WORDS[1]} ${COMP_WORDS[2]}\" in\n");
+  std::printf("    '1 '*) words='%s %s' ;;\n", CommandNames(app).c_str(), OptionNames(app).c_str());
   for (const CLI::App* command : Commands(app)) {
-    const std::string inner = CommandNames(*command);
-    if (!inner.empty()) std::printf("    %s:2) words='%s' ;;\n", command->get_name().c_str(), inner.c_str());
-    const CLI::App* const last = inner.empty() ? command : Commands(*command).front();
-    std::printf("    %s:*) words='%s' ;;\n", command->get_name().c_str(), OptionNames(*last).c_str());
+    const char* name = command->get_name().c_str();
+    const std::string innerNames = CommandNames(*command);
+    std::printf("    %s' %s '*) words='%s' ;;\n", innerNames.empty() ? "*" : "2", name,
+                (innerNames.empty() ? OptionNames(*command) : innerNames).c_str());
+    for (const CLI::App* inner : Commands(*command)) {
+      std::printf("    *' %s %s') words='%s' ;;\n", name, inner->get_name().c_str(), OptionNames(*inner).c_str());
+    }
   }
   std::printf("    *) words= ;;\n  esac\n");
   std::printf("  mapfile -t COMPREPLY < <(compgen -W \"$words\" -- \"${COMP_WORDS[COMP_CWORD]}\")\n}\n");
