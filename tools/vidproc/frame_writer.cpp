@@ -90,6 +90,7 @@ void FrameWriter::OpenCodec(const OutputOptions& options, const AVCodec& codec) 
     if (isTiny) encoder->slices = 1;  // by itself it takes four at least
     Check(av_opt_set_int(encoder->priv_data, "slicecrc", 1, 0));
   }
+  if (codecName == "libx265") Check(av_opt_set(encoder->priv_data, "x265-params", "log-level=error", 0));
   if (options.crf || codecName == "libx264") {
     Check(av_opt_set_double(encoder->priv_data, "crf", options.crf.value_or(kCrf), 0));
   }
