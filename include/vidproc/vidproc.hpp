@@ -206,6 +206,7 @@ class Post : public detail::Owner<detail::PostFunctions> {
   using Owner::Owner;
   /// As vidproc_post_process.
   void Process(const Input& input, const Output& output) { Check(vidproc_post_process(Get(), &input, &output)); }
+  /// Whether every frame comes out as it went in, see vidproc_post_passes_through.
   bool PassesThrough() {
     std::int32_t passes = 0;
     Check(vidproc_post_passes_through(Get(), &passes));
