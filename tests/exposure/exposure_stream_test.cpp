@@ -89,6 +89,20 @@ TEST(ExposureStreamTest, EqualsReference) {
   EXPECT_EQ(results, (std::set<int>{-1, 0, 1})) << "the streams no longer reach every state";
 }
 
+TEST(ExposureStreamTest, GreyStepsAtTheTolerancesEqualReference) {
+  for (const int step : {-28, -27, 9, 10, 27, 28}) {
+    reference::ExposureWatcher expected(32, 32);
+    void* watcher = nullptr;
+    VidProcAdjustAutoExposureInit(&watcher, 32, 32, 0);
+    for (int i = 0; i < 80; ++i) {
+      Bytes frame(2 * 32 * 32, static_cast<std::uint8_t>(i < 40 ? 128 : 128 + step));
+      ASSERT_EQ(VidProcAdjustAutoExposure(watcher, frame.data()), expected.Watch(frame.data())) << step << ", " << i;
+      ASSERT_TRUE(StateOf(watcher) == expected.State()) << step << ", frame " << i;
+    }
+    VidProcAdjustAutoExposureCleanup(&watcher);
+  }
+}
+
 /// A frame and a later one, block by block: of one value to the widest contrast; alike, opposite or unlike.
 void DrawBlocks(int columns, int rows, int pitch, Random& random, Bytes& before, Bytes& now) {
   for (int block = 0; block < columns * rows; ++block) {
