@@ -1,5 +1,6 @@
-// The row kernels at every level and in every form against the plain passes over a row: rows of all lengths between
-// forbidden pages, banks of every kind and at the bounds of what the byte forms can hold.
+// The scaling row kernels at every level and in every form against the plain passes over a row: rows of all lengths
+// between forbidden pages, banks of every kind and at the bounds of what the byte forms can hold. Those that denoise
+// have one form, and banks of one kind: pipeline/model_test.cpp compares them.
 #include "reference/rows.h"
 
 #include <gtest/gtest.h>
@@ -16,7 +17,6 @@
 #include "levels/general_forms.h"
 #include "plan/horizontal_row_layout.h"
 #include "plan/row_taps.h"
-#include "reference/lane.h"
 #include "support/kernel_harness.h"
 
 namespace {
@@ -80,33 +80,9 @@ std::vector<const std::uint8_t*> RowsOf(GuardedRow& together, int count, int byt
   return rows;
 }
 
-/// What a kernel may overrun is anything.
-class StateRow {
- public:
-  explicit StateRow(const Row& content) : size(content.size()), memory(content) {
-    memory.resize(size + vidproc::kRowSlack);
-  }
-  std::uint8_t* Bytes() { return memory.data(); }
-  Row Content() const { return {memory.begin(), memory.begin() + static_cast<std::ptrdiff_t>(size)}; }
-
- private:
-  std::size_t size;
-  Row memory;
-};
-
 Row DrawRow(int bytes, Random& random) {
   Row row;
   Paint(random.Pick({Content::kNoise, Content::kExtreme, Content::kSmooth, Content::kSteps}), bytes, 1, random, row);
-  return row;
-}
-
-/// A row that differs from the other by little, or by as much as the motion test wraps at.
-Row DrawNear(const Row& other, Random& random) {
-  Row row = other;
-  for (std::uint8_t& byte : row) {
-    const int change = random.Pick({0, 1, -3, 14, 15, 16, 17, -15, -16, 181, 182, -181, -182, 90});
-    byte = reference::ClampToByte(byte + change);
-  }
   return row;
 }
 
@@ -236,92 +212,6 @@ TEST(RowKernelTest, ScaleRow) {
     GuardedRow out(Row(static_cast<std::size_t>(outputs * step)), 0, 0, random);
     vidproc::Kernels().scaleRow({&layout.Plan(), working.Bytes(), out.Bytes()});
     out.ExpectRow(reference::ScaleHorizontally(in, bank, taps, shift, places, step));
-  });
-}
-
-/// Phase 0 of an edge-preserving bank: taps around the centre, none negative, 128 in all.
-void DrawDenoiseTaps(int taps, Random& random, std::int16_t* c) {
-  std::fill_n(c, kMaxTaps, std::int16_t{0});
-  const int centre = taps / 2 - 1;
-  int left = 128;
-  const int reach = random.Between(0, centre);
-  for (int distance = 1; distance <= reach; ++distance) {
-    const int part = random.OneIn(6) ? 0 : random.Between(0, std::min(left / 2, 127 / reach));
-    c[centre - distance] = c[centre + distance] = static_cast<std::int16_t>(part);
-    left -= 2 * part;
-  }
-  c[centre] = static_cast<std::int16_t>(left);
-}
-
-TEST(RowKernelTest, DenoiseRowVertically) {
-  RunCases([](Random& random) {
-    const int taps = random.Pick({4, 8});
-    const int edge = random.Between(1, 8);
-    const int bytes = DrawLength(1, random);
-    const bool smoothsMotion = random.OneIn(2);
-    std::int16_t coefficients[kMaxTaps];
-    DrawDenoiseTaps(taps, random, coefficients);
-    std::vector<Row> rows{DrawRow(bytes, random)};
-    while (rows.size() < static_cast<std::size_t>(taps)) {
-      rows.push_back(random.OneIn(4) ? DrawRow(bytes, random) : DrawNear(rows[0], random));
-    }
-    const Row before = DrawNear(rows.data()[taps / 2 - 1], random);
-    StateRow previous(before);
-    GuardedRow source = PutRowsTogether(rows, random);
-    GuardedRow out(Row(rows[0].size()), 0, 0, random);
-    const std::vector<const std::uint8_t*> sources = RowsOf(source, taps, bytes);
-    const std::uint8_t* const centre = sources.data()[taps / 2 - 1];
-
-    const vidproc::DenoiseTaps plan = vidproc::PlanDenoiseTaps(coefficients, taps, edge);
-    vidproc::VerticalDenoiseJob job{
-        &plan, centre, {}, {centre, nullptr}, smoothsMotion ? previous.Bytes() : nullptr, bytes, out.Bytes()};
-    for (int i = 0; i < plan.count; ++i) job.rows[i] = sources.data()[taps / 2 - 1 + plan.offset[i]];
-    vidproc::Kernels().denoiseRowVertically(job);
-    out.ExpectRow(
-        reference::DenoiseVertically(sources, coefficients, edge, smoothsMotion ? before.data() : nullptr, bytes));
-    EXPECT_EQ(previous.Content(), smoothsMotion ? rows.data()[taps / 2 - 1] : before);
-  });
-}
-
-TEST(RowKernelTest, DenoiseRowHorizontally) {
-  RunCases([](Random& random) {
-    const int step = random.Pick({1, 2});
-    const int taps = random.Pick({8, 16});
-    const int edge = random.Between(1, 8);
-    const int strength = random.Between(0, 127);
-    const int shift = random.Between(0, 8);
-    const bool smoothsMotion = random.OneIn(2);
-    const bool blends = !random.OneIn(3);
-    const bool keepsHistory = blends || random.OneIn(2);
-    const bool wantsOut = !keepsHistory || !random.OneIn(3);
-    std::int16_t coefficients[kMaxTaps];
-    DrawDenoiseTaps(taps, random, coefficients);
-    const Row in = DrawRow(DrawLength(step, random), random);
-    const Row before = DrawNear(in, random);
-    const Row historyBefore = DrawNear(in, random);
-    const int bytes = static_cast<int>(in.size());
-    GuardedRow working(in, vidproc::kRowMargin, vidproc::kRowMargin, random);
-    vidproc::Kernels().repeatEdges(working.Bytes(), bytes, step);
-    StateRow previous(before);
-    StateRow history(historyBefore);
-    GuardedRow out(Row(in.size()), 0, 0, random);
-
-    const bool spatial = !random.OneIn(8);
-    const vidproc::DenoiseTaps plan =
-        spatial ? vidproc::PlanDenoiseTaps(coefficients, taps, edge) : vidproc::DenoiseTaps{};
-    const vidproc::HistoryBlend blend = vidproc::PlanHistoryBlend(strength, shift);
-    vidproc::Kernels().denoiseRowHorizontally({&plan, working.Bytes(), smoothsMotion ? previous.Bytes() : nullptr,
-                                               blends ? &blend : nullptr, keepsHistory ? history.Bytes() : nullptr,
-                                               step, bytes, wantsOut ? out.Bytes() : nullptr});
-    Row expected = in;
-    if (spatial) {
-      expected =
-          reference::DenoiseHorizontally(in, coefficients, taps, edge, smoothsMotion ? before.data() : nullptr, step);
-    }
-    if (blends) expected = reference::BlendRow(expected, historyBefore.data(), strength, shift);
-    out.ExpectRow(wantsOut ? expected : Row(in.size()));
-    EXPECT_EQ(history.Content(), keepsHistory ? expected : historyBefore);
-    EXPECT_EQ(previous.Content(), smoothsMotion ? in : before);
   });
 }
 
