@@ -1,5 +1,6 @@
 // The bounds of the proofs of exactness: a bank or setting that just passes and one that just fails, each run in both
-// forms at every level. A bound that is too wide lets the faster form make other bytes from the one that fails.
+// forms at every level. A bound that is too wide lets the faster form make other bytes from the one that fails. The
+// bounds of strengths, shifts and of deblocking's taps are met by the kernels' tests.
 #include "plan/exactness.h"
 
 #include <gtest/gtest.h>
@@ -229,59 +230,6 @@ TEST(AdaptiveTaps, BanksThatWeighTheirCoefficients) {
     WritePhase(p->horizontalFilterLanes, 0, c.horizontal);
     ExpectFormsToAgree(*p, &VideoProcessor::PreProcAdaptive16TapExecute, c.name);
   }
-}
-
-TEST(ByteColumns, SettingsAtTheBounds) {
-  struct Case {
-    int adaptive, strength, shift;
-    bool curveFits, blendFits;
-  };
-  constexpr Case kCases[] = {
-      {0, 127, 7, false, true}, {1, 127, 7, true, true},  {8, 127, 7, true, true},    {9, 127, 7, false, true},
-      {8, 128, 7, true, false}, {8, 255, 0, true, false}, {8, 127, 8, true, false},   {8, 127, 15, true, false},
-      {8, 0, 0, true, true},    {1, 127, 0, true, true},  {255, 127, 7, false, true},
-  };
-  for (const Case& c : kCases) {
-    EXPECT_EQ(vidproc::AdaptiveCurveFitsBytes(c.adaptive), c.curveFits) << c.adaptive;
-    EXPECT_EQ(vidproc::BlendFitsBytes(c.strength, c.shift), c.blendFits) << c.strength << ", " << c.shift;
-    const Processor p = MakeFilter(true);
-    WritePhase(p->verticalFilterLanes, 0, {20, 60, 40, 8});
-    WritePhase(p->horizontalFilterLanes, 0, {0, 4, 20, 60, 40, 4, 0, 0});
-    p->adaptive = static_cast<std::uint8_t>(c.adaptive);
-    p->temporalStrength = static_cast<std::uint8_t>(c.strength);
-    p->temporalShift = static_cast<std::uint8_t>(c.shift);
-    ExpectFormsToAgree(*p, &VideoProcessor::PreProcAdaptiveExecute,
-                       "adaptive " + std::to_string(c.adaptive) + ", strength " + std::to_string(c.strength) +
-                           ", shift " + std::to_string(c.shift));
-  }
-}
-
-TEST(TemporalTable, StrengthsAtTheBound) {
-  for (const int strength : {0, 127, 128, 200, 255}) {
-    EXPECT_EQ(vidproc::TemporalTableIsExact(strength), strength <= 127);
-    for (const int shift : {0, 4, 8, 15, 16, 200}) {
-      const Processor p = MakeFilter(true);
-      p->temporalStrength = static_cast<std::uint8_t>(strength);
-      p->temporalShift = static_cast<std::uint8_t>(shift);
-      ExpectFormsToAgree(*p, &VideoProcessor::PreProcTemporalExecute,
-                         "strength " + std::to_string(strength) + ", shift " + std::to_string(shift));
-    }
-  }
-}
-
-TEST(SymmetricSums, TapsAtTheBounds) {
-  const struct {
-    const char* name;
-    std::int16_t taps[8];
-    bool isExact;
-  } kCases[] = {
-      {"outer taps of 128", {64, 0, 0, 9, 0, 0, 64, 0}, true},
-      {"outer taps of 130", {64, 1, 0, 9, 0, 1, 64, 0}, false},
-      {"a tap below 0", {-1, 20, 20, 9, 20, 20, -1, 0}, false},
-      {"unequal taps", {10, 20, 20, 9, 20, 20, 11, 0}, false},
-      {"an eighth tap", {10, 20, 20, 9, 20, 20, 10, 1}, false},
-  };
-  for (const auto& c : kCases) EXPECT_EQ(vidproc::SymmetricSumsAreExact(c.taps), c.isExact) << c.name;
 }
 
 }  // namespace
