@@ -26,13 +26,18 @@ void FuzzFormats(Input input);
 void FuzzBanks(Input input);
 /// The exposure watchers of both interfaces beside each other.
 void FuzzExposure(Input input);
+/// The tool's options and readers; only where the tool is built.
+void FuzzTool(Input input);
 
 struct Target {
   const char* name;
   void (*run)(Input input);
 };
-inline constexpr Target kTargets[] = {{"object", FuzzObject}, {"interface", FuzzInterface},
-                                      {"levels", FuzzLevels}, {"formats", FuzzFormats},
-                                      {"banks", FuzzBanks},   {"exposure", FuzzExposure}};
+inline constexpr Target kTargets[] = {
+#ifdef VIDPROC_FUZZES_TOOL
+    {"tool", FuzzTool},
+#endif
+    {"object", FuzzObject},   {"interface", FuzzInterface}, {"levels", FuzzLevels},
+    {"formats", FuzzFormats}, {"banks", FuzzBanks},         {"exposure", FuzzExposure}};
 
 }  // namespace fuzzing
