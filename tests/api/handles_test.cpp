@@ -139,32 +139,29 @@ TEST(Handles, HistoryEndsWithAReset) {
   }
 }
 
-template <typename Handle>
-void ExpectNullIsRefused(vidproc_status (*create)(Handle**), vidproc_status (*reset)(Handle*),
-                         const char* (*lastError)(const Handle*), void (*destroy)(Handle*), const char* text) {
-  EXPECT_EQ(create(nullptr), VIDPROC_ERROR_INVALID_ARGUMENT);
-  EXPECT_EQ(reset(nullptr), VIDPROC_ERROR_INVALID_ARGUMENT);
-  EXPECT_STREQ(lastError(nullptr), text);
-  destroy(nullptr);
+template <typename Functions>
+void ExpectNullIsRefused(const char* text) {
+  using Handle = typename Functions::Handle;
+  EXPECT_EQ(Functions::Create(nullptr), VIDPROC_ERROR_INVALID_ARGUMENT);
+  EXPECT_EQ(Functions::Reset(nullptr), VIDPROC_ERROR_INVALID_ARGUMENT);
+  EXPECT_STREQ(Functions::LastError(nullptr), text);
+  Functions::Destroy(nullptr);
   Handle* handle = reinterpret_cast<Handle*>(&handle);
   {
     const AllocationLog log({0});
-    EXPECT_EQ(create(&handle), VIDPROC_ERROR_OUT_OF_MEMORY);
+    EXPECT_EQ(Functions::Create(&handle), VIDPROC_ERROR_OUT_OF_MEMORY);
   }
   EXPECT_EQ(handle, nullptr);
-  ASSERT_EQ(create(&handle), VIDPROC_OK);
-  EXPECT_STREQ(lastError(handle), "");
-  EXPECT_EQ(reset(handle), VIDPROC_OK);
-  destroy(handle);
+  ASSERT_EQ(Functions::Create(&handle), VIDPROC_OK);
+  EXPECT_STREQ(Functions::LastError(handle), "");
+  EXPECT_EQ(Functions::Reset(handle), VIDPROC_OK);
+  Functions::Destroy(handle);
 }
 
 TEST(Handles, AreRefusedWhileNullOrNotConfigured) {
-  ExpectNullIsRefused(vidproc_pre_create, vidproc_pre_reset, vidproc_pre_last_error, vidproc_pre_destroy,
-                      "pre is null");
-  ExpectNullIsRefused(vidproc_post_create, vidproc_post_reset, vidproc_post_last_error, vidproc_post_destroy,
-                      "post is null");
-  ExpectNullIsRefused(vidproc_exposure_create, vidproc_exposure_reset, vidproc_exposure_last_error,
-                      vidproc_exposure_destroy, "exposure is null");
+  ExpectNullIsRefused<vidproc::detail::PreFunctions>("pre is null");
+  ExpectNullIsRefused<vidproc::detail::PostFunctions>("post is null");
+  ExpectNullIsRefused<vidproc::detail::ExposureFunctions>("exposure is null");
   const auto options = WithSizes<vidproc::PostOptions>(8, 8, 8, 8);
   TightFrame in(options.input, 0), out(options.output, 7);
   const vidproc_input input = in.Read();

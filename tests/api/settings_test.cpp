@@ -164,27 +164,10 @@ TEST(Settings, DefaultsDoNothingButScale) {
   EXPECT_EQ(vidproc_pre_options_init(&pre, 4097), VIDPROC_ERROR_INVALID_ARGUMENT);
   std::memset(&pre, 0x55, sizeof(pre));
   ASSERT_EQ(vidproc_pre_options_init(&pre, sizeof(pre)), VIDPROC_OK);
-  const vidproc_pre_options expected = {sizeof(pre),
-                                        {},
-                                        {},
-                                        VIDPROC_ALIGNMENT_CENTRES,
-                                        VIDPROC_FILTER_AUTOMATIC,
-                                        8,
-                                        0,
-                                        3,
-                                        0,
-                                        64,
-                                        0,
-                                        0,
-                                        -1,
-                                        0,
-                                        10,
-                                        8,
-                                        0,
-                                        0,
-                                        0,
-                                        1,
-                                        0};
+  // No formats and sizes; then alignment, filter, taps, softening, lobes, sharpening, luma, dither and denoising.
+  const std::int32_t expected[] = {sizeof(pre), 0,  0, 0, 0,  0, 0,  0, 0, 0, 0, 8, 0, 3,
+                                   0,           64, 0, 0, -1, 0, 10, 8, 0, 0, 0, 1, 0};
+  static_assert(sizeof(expected) == sizeof(pre));
   EXPECT_EQ(std::memcmp(&pre, &expected, sizeof(pre)), 0);
   vidproc_post_options post;
   std::memset(&post, 0x55, sizeof(post));

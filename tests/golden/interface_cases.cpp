@@ -99,6 +99,9 @@ void AddFilters(Cases& cases) {
       options.sharpening = size[0] % 7;
       cases.Add(options);
     }
+    auto corners = Sizes<PreOptions>(54, 36, 90, 41, filter);
+    corners.alignment = VIDPROC_ALIGNMENT_CORNERS;
+    cases.Add(corners);
     auto post = Sizes<PostOptions>(64, 36, 96, 54, filter);
     post.sharpening = 4;
     post.lobes = 2;
