@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "targets.h"
+#include "tests/support/frame_content.h"
 
 namespace {
 
@@ -27,6 +28,17 @@ TEST_P(Corpus, Passes) {
     std::ifstream stream(file, std::ios::binary);
     const std::string bytes{std::istreambuf_iterator<char>(stream), {}};
     GetParam().run({reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size()});
+  }
+}
+
+/// What an input of chance shows, and none that was kept for the lines it reaches.
+TEST_P(Corpus, DrawnInputsPass) {
+  for (std::uint32_t seed = 0; seed < 100; ++seed) {
+    SCOPED_TRACE(seed);
+    testing_support::Random random(seed);
+    std::vector<std::uint8_t> bytes(512);
+    for (std::uint8_t& byte : bytes) byte = random.Byte();
+    GetParam().run({bytes.data(), bytes.size()});
   }
 }
 
