@@ -41,6 +41,11 @@ void WatchStream(Input& input) {
   bool agree = true;
   for (int n = 0; n < kMostFrames && !input.IsEmpty(); ++n) {
     if (input.OneIn(24)) level = input.Byte();
+    if (input.OneIn(100)) {
+      checked.Reset();
+      VidProcAdjustAutoExposureCleanup(&plain);
+      VidProcAdjustAutoExposureInit(&plain, options.input.width, options.input.height, 0);
+    }
     if (n == 0 || input.OneIn(4)) PutLuma(input, frame.view, packed.Start(), level);
     const int expected = VidProcAdjustAutoExposure(plain, packed.Start());
     const vidproc_exposure_event event = checked.Process(AsInput(frame.view));
