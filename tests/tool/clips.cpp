@@ -18,17 +18,14 @@ std::string Element(std::uint32_t id, const std::string& content) {
   return Number(id, idBytes) + '\x01' + Number(content.size(), 7) + content;
 }
 
-std::string Track(int number, int type, const std::string& codec, const std::string& settings) {
-  return Element(0xae, Element(0xd7, Number(static_cast<unsigned>(number), 1)) +
-                           Element(0x73c5, Number(static_cast<unsigned>(number), 1)) +
-                           Element(0x83, Number(static_cast<unsigned>(type), 1)) + Element(0x86, codec) + settings);
+std::string Track(char number, char type, const std::string& codec, const std::string& settings) {
+  return Element(0xae, Element(0xd7, {number}) + Element(0x73c5, {number}) + Element(0x83, {type}) +
+                           Element(0x86, codec) + settings);
 }
 
-/// A cluster of one block, a frame's or a packet's.
-std::string Cluster(std::int64_t millisecond, int track, const std::string& bytes) {
-  const std::string head = {static_cast<char>(0x80 | track), 0, 0, static_cast<char>(0x80)};
-  return Element(0x1f43b675,
-                 Element(0xe7, Number(static_cast<std::uint64_t>(millisecond), 4)) + Element(0xa3, head + bytes));
+std::string Block(int track, std::int64_t millisecond, const std::string& bytes) {
+  return Element(0xa3, Number(0x80U | static_cast<unsigned>(track), 1) +
+                           Number(static_cast<std::uint64_t>(millisecond), 2) + Number(0x80, 1) + bytes);
 }
 
 }  // namespace
@@ -39,17 +36,14 @@ std::string MatroskaClip(const std::vector<std::int64_t>& milliseconds, const st
   const std::string rate = Element(0xb5, Number(0x45fa0000, 4));  // 8000 as a float
   std::string tracks = Track(1, 1, "V_UNCOMPRESSED", Element(0xe0, size + Element(0x2eb524, "I420")));
   if (soundPackets > 0) tracks += Track(2, 2, soundCodec, Element(0xe1, rate + Element(0x6264, Number(16, 1))));
-  std::vector<std::pair<std::int64_t, std::string>> clusters;
+  std::string cluster = Element(0xe7, Number(0, 1));
   for (std::size_t i = 0; i < milliseconds.size(); ++i) {
-    clusters.emplace_back(milliseconds[i], Cluster(milliseconds[i], 1, frames[i % frames.size()]));
+    cluster += Block(1, milliseconds[i], frames[i % frames.size()]);
   }
-  for (int i = 0; i < soundPackets; ++i) {
-    clusters.emplace_back(20 * i, Cluster(20 * i, 2, std::string(320, static_cast<char>(i))));
-  }
-  std::stable_sort(clusters.begin(), clusters.end(), [](const auto& a, const auto& b) { return a.first < b.first; });
-  std::string segment = Element(0x1549a966, Element(0x2ad7b1, Number(1000000, 4))) + Element(0x1654ae6b, tracks);
-  for (const auto& [time, cluster] : clusters) segment += cluster;
-  return Element(0x1a45dfa3, Element(0x4282, "matroska")) + Element(0x18538067, segment);
+  for (int i = 0; i < soundPackets; ++i) cluster += Block(2, 20 * i, std::string(320, static_cast<char>(i)));
+  return Element(0x1a45dfa3, Element(0x4282, "matroska")) +
+         Element(0x18538067, Element(0x1549a966, Element(0x2ad7b1, Number(1000000, 4))) + Element(0x1654ae6b, tracks) +
+                                 Element(0x1f43b675, cluster));
 }
 
 ClipFacts Examine(const std::string& path) {

@@ -97,22 +97,7 @@ TEST_F(ToolTest, PreProcessesAsTheLibraryDoes) {
   EXPECT_EQ(results.size(), std::size(cases)) << "a setting has no effect";
 }
 
-TEST_F(ToolTest, PostProcessesAsTheLibraryDoes) {
-  const std::string frames = RawFrames(kIn, 3);
-  Put("in.yuv", frames);
-  for (const int deblocking : {0, 21, 255}) {
-    vidproc::PostOptions post("camera");
-    post.input = kIn;
-    post.output = kOut;
-    post.deblock_level = deblocking;
-    post.sharpening = 2;
-    const std::string option = deblocking > 0 ? " --deblock " + std::to_string(deblocking) : "";
-    EXPECT_TRUE(Made("post --sharpen 2" + kSizes + option, "out.yuv") == Processed<vidproc::Post>(post, frames))
-        << deblocking;
-  }
-}
-
-TEST_F(ToolTest, TakesAndMakesEveryFormat) {
+TEST_F(ToolTest, PostProcessesEveryFormatAsTheLibraryDoes) {
   const std::string endings[] = {"uyvy", "yuyv", "nv12", "yuv", "i422"};
   const std::string names[] = {"uyvy", "yuyv", "nv12", "yuv420p", "i422"};
   for (std::size_t from = 0; from < std::size(kFormats); ++from) {
@@ -120,13 +105,16 @@ TEST_F(ToolTest, TakesAndMakesEveryFormat) {
       vidproc::PostOptions post("camera");
       post.input = {kFormats[from], 36, 22, VIDPROC_SITING_LEFT};
       post.output = {kFormats[to], 50, 31, VIDPROC_SITING_LEFT};
+      post.deblock_level = from == 0 ? 0 : from == 1 ? 21 : 255;
+      post.sharpening = static_cast<int>(to);
+      std::string options = " --input-res 36x22 --size 50x31 --fit stretch --sharpen " + std::to_string(to);
+      if (from > 0) options += " --deblock " + std::to_string(post.deblock_level);
       const std::string frames = RawFrames(post.input, 2), expected = Processed<vidproc::Post>(post, frames);
       Put("in." + endings[from], frames);
       Put("in.bin", frames);
-      const std::string sizes = " --input-res 36x22 --size 50x31 --fit stretch";
-      EXPECT_TRUE(Made("post in." + endings[from] + sizes, "out." + endings[to]) == expected) << from << " " << to;
+      EXPECT_TRUE(Made("post in." + endings[from] + options, "out." + endings[to]) == expected) << from << " " << to;
       const std::string named = " --input-csp " + names[from] + " -f rawvideo --output-csp " + names[to];
-      EXPECT_TRUE(Made("post -i in.bin" + sizes + named, "out.bin") == expected) << from << " " << to;
+      EXPECT_TRUE(Made("post -i in.bin" + options + named, "out.bin") == expected) << from << " " << to;
     }
   }
 }
