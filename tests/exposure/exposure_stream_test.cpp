@@ -91,11 +91,11 @@ TEST(ExposureStreamTest, EqualsReference) {
 
 TEST(ExposureStreamTest, GreyStepsAtTheTolerancesEqualReference) {
   for (const int step : {-28, -27, 9, 10, 27, 28}) {
-    reference::ExposureWatcher expected(32, 32);
+    reference::ExposureWatcher expected(48, 32);
     void* watcher = nullptr;
-    VidProcAdjustAutoExposureInit(&watcher, 32, 32, 0);
+    VidProcAdjustAutoExposureInit(&watcher, 48, 32, 0);
     for (int i = 0; i < 80; ++i) {
-      Bytes frame(2 * 32 * 32, static_cast<std::uint8_t>(i < 40 ? 128 : 128 + step));
+      Bytes frame(2 * 48 * 32, static_cast<std::uint8_t>(i < 40 ? 128 : 128 + step));
       ASSERT_EQ(VidProcAdjustAutoExposure(watcher, frame.data()), expected.Watch(frame.data())) << step << ", " << i;
       ASSERT_TRUE(StateOf(watcher) == expected.State()) << step << ", frame " << i;
     }

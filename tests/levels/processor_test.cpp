@@ -90,6 +90,13 @@ TEST(Processor, NeedsInitComparesEachOfItsEightValues) {
   }
 }
 
+TEST(Processor, ClampsTemporalSettings) {
+  VideoProcessor processor(1, 0);
+  EXPECT_EQ(processor.SetTemporalFilter(128, 9), 0);
+  EXPECT_EQ(processor.temporalStrength, 127);
+  EXPECT_EQ(processor.temporalShift, 8);
+}
+
 TEST(Processor, LuminanceVectors) {
   const struct {
     short gain, offset;

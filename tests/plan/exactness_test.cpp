@@ -1,6 +1,6 @@
 // The bounds of the proofs of exactness: a bank or setting that just passes and one that just fails, each run in both
 // forms at every level. A bound that is too wide lets the faster form make other bytes from the one that fails. The
-// bounds of strengths, shifts and of deblocking's taps are met by the kernels' tests.
+// frames for those of strengths, shifts and of deblocking's taps are drawn by the kernels' tests.
 #include "plan/exactness.h"
 
 #include <gtest/gtest.h>
@@ -230,6 +230,15 @@ TEST(AdaptiveTaps, BanksThatWeighTheirCoefficients) {
     WritePhase(p->horizontalFilterLanes, 0, c.horizontal);
     ExpectFormsToAgree(*p, &VideoProcessor::PreProcAdaptive16TapExecute, c.name);
   }
+}
+
+TEST(ByteColumns, SettingsAtTheBounds) {
+  EXPECT_TRUE(vidproc::AdaptiveCurveFitsBytes(1) && vidproc::AdaptiveCurveFitsBytes(8));
+  EXPECT_FALSE(vidproc::AdaptiveCurveFitsBytes(0) || vidproc::AdaptiveCurveFitsBytes(9));
+  EXPECT_TRUE(vidproc::BlendFitsBytes(127, 7));
+  EXPECT_FALSE(vidproc::BlendFitsBytes(128, 7) || vidproc::BlendFitsBytes(127, 8));
+  EXPECT_TRUE(vidproc::TemporalTableIsExact(127));
+  EXPECT_FALSE(vidproc::TemporalTableIsExact(128));
 }
 
 }  // namespace
