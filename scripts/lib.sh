@@ -17,6 +17,7 @@ measurePackages=(python3-numpy)
 docsPackages=(doxygen doxygen-awesome-css python3)
 packagingPackages=(debhelper dpkg-dev git lintian mmdebstrap)
 abiPackages=(abigail-tools binutils)
+obsPackages=(pkg-config libobs-dev libx11-dev xvfb xauth)
 peerPackages=(pkg-config libswscale-dev libavfilter-dev libpostproc-dev libzimg-dev libyuv-dev
   libgstreamer-plugins-base1.0-dev)
 
