@@ -1,5 +1,4 @@
 // Options of what is read and written; see option_groups.h.
-#include <exception>
 #include <string>
 
 #include "option_groups.h"
@@ -26,25 +25,13 @@ void AddName(CLI::App& command, const std::string& name, const std::string& type
   });
 }
 
-bool TakeCrf(const std::string& text, std::optional<double>& crf) {
-  try {
-    std::size_t end = 0;
-    crf = std::stod(text, &end);
-    return end == text.size() && *crf >= 0 && *crf <= 63;
-  } catch (const std::exception&) {
-    return false;
-  }
-}
-
 }  // namespace
 
 void AddInput(CLI::App& command, InputOptions& input) {
   AddPath(command, "-i,--input,IN", "", input.path,
           "what to read: a clip, Y4M, raw frames, pictures (f%03d.png), - for standard input; absent: --synthetic");
   command.add_flag("--synthetic", input.synthetic, "render a camera scene instead of reading");
-  AddSize(command, "--synthetic-size", input.syntheticSize, "size of the synthetic scene (default 1280x720)");
-  AddNumber(command, "--synthetic-noise", input.syntheticNoise, 0, 1000,
-            "noise of the synthetic scene in percent of a webcam's (default 100)");
+  AddScene(command, input);
   AddPixelFormat(command, "--input-csp", input.rawFormat,
                  "IN holds raw frames of this format (default: by its ending)");
   AddSize(command, "--input-res", input.rawSize, "size of raw frames");
@@ -60,6 +47,12 @@ void AddInput(CLI::App& command, InputOptions& input) {
             "start of the noise of --dither and of the synthetic scene (default 1)");
 }
 
+void AddScene(CLI::App& command, InputOptions& input) {
+  AddSize(command, "--synthetic-size", input.syntheticSize, "size of the synthetic scene (default 1280x720)");
+  AddNumber(command, "--synthetic-noise", input.syntheticNoise, 0, 1000,
+            "noise of the synthetic scene in percent of a webcam's (default 100)");
+}
+
 void AddOutput(CLI::App& command, OutputOptions& output) {
   AddPath(command, "-o,--output", "OUT", output.path,
           "what to write, by its ending: .mp4, .mkv, .y4m, .png, f%03d.png, raw .uyvy .nv12 .yuv, others that FFmpeg "
@@ -69,7 +62,7 @@ void AddOutput(CLI::App& command, OutputOptions& output) {
   AddName(command, "-c,--codec", "NAME", output.codec,
           "FFmpeg's encoder: libx264, ffv1, ... (default: the container's)");
   AddValue(command, "--crf", "N", "a number from 0 to 63", "quality of libx264 and others, less is better (default 18)",
-           [&output](const std::string& text) { return TakeCrf(text, output.crf); });
+           [&output](const std::string& text) { return TakeNumber(text, 0, 63, output.crf.emplace()); });
   AddWord(command, "--encoder-preset", "NAME",
           {"ultrafast", "superfast", "veryfast", "faster", "fast", "medium", "slow", "slower", "veryslow", "placebo"},
           "effort of libx264 and libx265", [&output](const std::string& word) { output.effort = word; });

@@ -8,6 +8,8 @@
 namespace vidproc::tool {
 
 void AddInput(CLI::App& command, InputOptions& input);
+/// Of these only what the synthetic scene looks like.
+void AddScene(CLI::App& command, InputOptions& input);
 void AddOutput(CLI::App& command, OutputOptions& output);
 
 void AddPreSettings(CLI::App& command, vidproc::PreOptions& pre);

@@ -15,6 +15,15 @@ bool TakeSize(std::string_view text, Size& size) {
 
 }  // namespace
 
+bool TakeNumber(std::string_view text, double low, double high, double& value) {
+  double number = 0;
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+  const bool isInside = number >= low && number <= high;  // which "nan" is not
+  if (error != std::errc() || end != text.data() + text.size() || !isInside) return false;
+  value = number;
+  return true;
+}
+
 bool TakeNumbers(std::string_view text, char separator, std::size_t least, const std::vector<NumberPlace>& places) {
   std::size_t taken = 0;
   for (const auto& [value, low, high] : places) {

@@ -27,6 +27,9 @@ bool TakeNumber(std::string_view text, std::int64_t low, std::int64_t high, Numb
   return true;
 }
 
+/// The same for a number with or without a fraction.
+bool TakeNumber(std::string_view text, double low, double high, double& value);
+
 struct NumberPlace {
   std::int32_t& value;
   int low;

@@ -5,11 +5,8 @@ extern "C" {
 #include <libavutil/imgutils.h>
 }
 
-#include <string>
 #include <type_traits>
 #include <utility>
-
-#include "errors.h"
 
 namespace vidproc::tool {
 namespace {
@@ -45,12 +42,7 @@ class InterfaceProcessing final : public Processing {
   /// The noise of one configuration stays the same; every frame has its own here, and the same in every run.
   void Configure() {
     settings.dither_seed = static_cast<std::int32_t>((seed + frames) & 255);
-    try {
-      handle.Configure(settings);
-    } catch (const vidproc::Error& error) {
-      if (error.Status() == VIDPROC_ERROR_OUT_OF_MEMORY) throw std::bad_alloc();
-      throw ToolError(kUsage, std::string("these settings are refused: ") + error.what());
-    }
+    tool::Configure(handle, settings);
   }
 
   static void PaintBlack(AVFrame& frame) {

@@ -4,14 +4,28 @@
 #include <chrono>
 #include <cstdint>
 #include <memory>
+#include <new>
 #include <optional>
+#include <string>
 
+#include "errors.h"
 #include "frame_converter.h"
 #include "frame_shape.h"
 #include "library_frame.h"
 #include "options.h"
 
 namespace vidproc::tool {
+
+/// Configures a vidproc::Pre or vidproc::Post. Throws ToolError for settings that the library refuses.
+template <typename Handle, typename HandleOptions>
+void Configure(Handle& handle, const HandleOptions& settings) {
+  try {
+    handle.Configure(settings);
+  } catch (const vidproc::Error& error) {
+    if (error.Status() == VIDPROC_ERROR_OUT_OF_MEMORY) throw std::bad_alloc();
+    throw ToolError(kUsage, std::string("these settings are refused: ") + error.what());
+  }
+}
 
 class Processing {
  public:
