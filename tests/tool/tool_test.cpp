@@ -15,11 +15,18 @@ using namespace testing_support;
 TEST_F(ToolTest, AnswersAboutItself) {
   const struct {
     std::string arguments, words;
-  } cases[] = {{"--help", "exposure"},         {"pre --help", "--denoise HOW"},
-               {"post --help", "--deblock N"}, {"--version", "vidproc 1."},
-               {"info", "level in use"},       {"help man", ".SH \"vidproc pre\""},
-               {"help bash", "complete "},     {"object pre --help", "--adaptive"},
-               {"help man", "\\-\\-framemd5"}, {"help bash", " --output-csp "}};
+  } cases[] = {{"--help", "exposure"},
+               {"pre --help", "--denoise HOW"},
+               {"post --help", "--deblock N"},
+               {"--version", "vidproc 1."},
+               {"info", "level in use"},
+               {"help man", ".SH \"vidproc pre\""},
+               {"help bash", "complete "},
+               {"object pre --help", "--adaptive"},
+               {"help man", "\\-\\-framemd5"},
+               {"help bash", " --output-csp "},
+               {"bench --streams 2 --synthetic-size 64x48 --size 32x24 --seconds 0.1", "2 handles a core"},
+               {"bench --seconds 0.1 --synthetic-size 640x360 --streams", "\n    1 "}};
   for (const auto& one : cases) {
     const Outcome outcome = Tool(one.arguments);
     EXPECT_EQ(outcome.status, 0) << one.arguments;
@@ -104,6 +111,10 @@ TEST_F(ToolTest, NamesWhatDoesNotGoTogether) {
                         {"exposure --plot -", {"--plot", "standard output"}},
                         {"filters --from 64x48 --to 32x24 --plot -", {"--plot", "standard output"}},
                         {"filters --from 64x48", {"--to"}},
+                        {"bench", {"--streams"}},
+                        {"bench --streams 0", {"--streams", "\"0\"", "from 1 to 1024"}},
+                        {"bench --streams 1 --seconds nan", {"--seconds", "\"nan\"", "0.1 to 3600"}},
+                        {"bench --streams 1 --luma 127:-255", {"refused", "luma_gain"}},
                         {"pre --synthetic-size 96x63 -o x.mp4", {"--size", "even", "96x63"}},
                         {"pre --luma 127:-255 -o x.y4m", {"refused", "luma_gain"}},
                         {"pre --crf 20 -o x.y4m", {"--crf", "wrapped_avframe"}},
@@ -177,6 +188,17 @@ TEST_F(ToolTest, NeverWritesOnTopOfItsInput) {
                         {"exposure in.y4m --json >>in.y4m", {"standard output"}},
                         {"pre list.m3u8 -o in.ts", {"in.ts", "read"}},
                     });
+}
+
+TEST_F(ToolTest, DoesFilesInBulkUnderParallel) {
+  if (Shell("parallel --version | grep GNU").status != 0) GTEST_SKIP() << "no GNU parallel here";
+  for (const std::string name : {"a.mkv", "b.mkv"}) Made("pre " + kScene, name);
+  Put("damaged.mkv", "This is not a video.\n");
+  const Outcome outcome =
+      Shell("mkdir done; parallel --joblog jobs.tsv vidproc pre -q {} --size 48x -o done/{/.}.mkv ::: *.mkv");
+  ExpectComplaint(outcome, 1, {"damaged.mkv"});  // as many as have failed
+  EXPECT_EQ(Lines(File("jobs.tsv")).size(), 4U);
+  EXPECT_EQ(Shell("ls done").out, "a.mkv\nb.mkv\n");
 }
 
 TEST_F(ToolTest, KeepsModesAndLinksOfResults) {

@@ -83,6 +83,21 @@ void AddOthers(CLI::App& app, Options& options) {
   AddFilterSettings(filters, options.pre);
   AddPath(filters, "--plot", "FILE.png", options.plotPath, "draw the taps and the frequency response");
 
+  CLI::App& bench =
+      *app.add_subcommand("bench", "Count the streams of 30 frames a second that this machine pre-processes");
+  bench.callback([&options] { options.command = Command::kBench; });
+  AddValue(bench, "--streams", "[N]", "a whole number from 1 to 1024",
+           "streams that each core takes turns on (default: as many as it carries)",
+           [&options](const std::string& text) { return text.empty() || TakeNumber(text, 1, 1024, options.streams); })
+      ->expected(0, 1)
+      ->required();
+  AddValue(bench, "--seconds", "S", "a number from 0.1 to 3600", "how long each count takes (default 5)",
+           [&options](const std::string& text) { return TakeNumber(text, 0.1, 3600, options.seconds); });
+  AddScene(bench, options.input);
+  AddSize(bench, "-s,--size", options.output.size, "size to make (default: the scene's)");
+  AddPreSettings(bench, options.pre);
+  AddCpu(bench, options.quiet);
+
   CLI::App& info = *app.add_subcommand("info", "Print version, processor, levels and the level in use");
   info.callback([&options] { options.command = Command::kInfo; });
   AddCpu(info, options.quiet);

@@ -11,6 +11,7 @@ namespace vidproc::tool {
 void RunFrames(const Options& options);
 void RunExposure(const Options& options);
 void RunFilters(const Options& options);
+void RunBench(const Options& options);
 void RunInfo();
 
 /// The instruction sets that this machine and this build have, separated by spaces.

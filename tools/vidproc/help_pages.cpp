@@ -26,7 +26,7 @@ void PrintManOptions(const CLI::App& app) {
   for (const CLI::Option* option : app.get_options()) {
     const std::string type = option->get_type_name();
     std::printf(".TP\n.B %s", Escaped(option->get_name(option->get_positional(), true)).c_str());
-    if (!type.empty() && option->get_items_expected() > 0) std::printf(" \\fI%s\\fP", Escaped(type).c_str());
+    if (!type.empty() && option->get_items_expected_max() > 0) std::printf(" \\fI%s\\fP", Escaped(type).c_str());
     std::printf("\n%s\n", Escaped(option->get_description()).c_str());
   }
 }

@@ -22,6 +22,8 @@ void Run(int argc, char** argv) {
       return RunExposure(*options);
     case Command::kFilters:
       return RunFilters(*options);
+    case Command::kBench:
+      return RunBench(*options);
     case Command::kInfo:
       return RunInfo();
     default:

@@ -10,7 +10,7 @@
 
 namespace vidproc::tool {
 
-enum class Command { kPre, kPost, kObjectPre, kObjectPost, kObjectNv12, kExposure, kFilters, kInfo };
+enum class Command { kPre, kPost, kObjectPre, kObjectPost, kObjectNv12, kExposure, kFilters, kBench, kInfo };
 inline bool IsObject(Command command) { return command >= Command::kObjectPre && command <= Command::kObjectNv12; }
 inline bool MakesFrames(Command command) { return command <= Command::kObjectNv12; }
 
@@ -63,7 +63,9 @@ struct Options {
   vidproc::PreOptions pre{"webcam"};    ///< without formats and sizes
   vidproc::PostOptions post{"camera"};  ///< the same
   ObjectOptions object;
-  Size from;  ///< filters
+  int streams = 0;     ///< bench: on each core; 0: as many as it carries
+  double seconds = 5;  ///< bench: of each count
+  Size from;           ///< filters
   Size to;
   bool json = false;     ///< exposure
   std::string plotPath;  ///< exposure, filters
