@@ -123,6 +123,7 @@ const std::uint8_t* DenoiseStage::FilterVertically(std::int32_t y) {
     job.rows[t] = input.Row(std::clamp(y + plan->vertical.offset[t], 0, lastRow));
   }
   job.centre = input.Row(y);
+  if (input.GivesRows()) job.ahead[0] = input.GivenRow(std::min(y + plan->verticalTaps / 2 + 1, lastRow));
   job.previous = PreviousRow(Kept::kInput, y, job.centre);
   job.bytes = Shape().RowBytes();
   job.out = verticalResult.Row(0);

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <numeric>
 
 #include "plan/exactness.h"
 #include "plan/row_taps.h"
@@ -47,6 +48,9 @@ VerticalPass::VerticalPass(Stage& input, const AxisPass& pass, const KernelTable
       precisionBits(pass.precisionBits) {
   for (int phase = 0; phase < kPhases; ++phase) {
     taps[phase] = PlanVerticalTaps(pass.bank[phase], pass.taps, ShapeOf(kernels));
+    std::int32_t* const order = topDown[phase];
+    std::iota(order, order + taps[phase].count, 0);
+    std::sort(order, order + taps[phase].count, [&](int a, int b) { return taps[phase].row[a] < taps[phase].row[b]; });
   }
   input.Hold(pass.taps);
 }
@@ -64,12 +68,10 @@ void VerticalPass::TakeGivenRows(std::int32_t y, const VerticalTaps& phase, Vert
 
 /// From the top down, whatever the order of the taps: a row made early would push out what those above it are made
 /// from.
-void VerticalPass::TakeHeldRows(std::int32_t source, const VerticalTaps& phase, VerticalRowJob& job) {
-  const auto [first, last] = std::minmax_element(phase.row, phase.row + phase.count);
-  for (std::int32_t row = *first; row <= *last; ++row) {
-    for (std::int32_t t = 0; t < phase.count; ++t) {
-      if (phase.row[t] == row) job.rows[t] = input.HeldRow(InputRow(source + row));
-    }
+void VerticalPass::TakeHeldRows(const PhasePosition& position, VerticalRowJob& job) {
+  for (std::int32_t i = 0; i < job.taps->count; ++i) {
+    const std::int32_t t = topDown[position.phase][i];
+    job.rows[t] = input.HeldRow(InputRow(position.source + job.taps->row[t]));
   }
 }
 
@@ -81,7 +83,7 @@ void VerticalPass::MakeRow(std::int32_t y, std::uint8_t* out) {
   if (input.GivesRows()) {
     TakeGivenRows(y, phase, job);
   } else {
-    TakeHeldRows(position.source, phase, job);
+    TakeHeldRows(position, job);
     job.ahead[0] = nullptr;
     job.ahead[1] = nullptr;
   }

@@ -23,7 +23,7 @@ class VerticalPass : public Stage {
 
  private:
   std::int32_t InputRow(std::int32_t row) const { return std::clamp(row, 0, lastRow) >> rowShift; }
-  void TakeHeldRows(std::int32_t source, const VerticalTaps& phase, VerticalRowJob& job);
+  void TakeHeldRows(const PhasePosition& position, VerticalRowJob& job);
   void TakeGivenRows(std::int32_t y, const VerticalTaps& phase, VerticalRowJob& job) const;
 
   Stage& input;
@@ -33,6 +33,7 @@ class VerticalPass : public Stage {
   const std::int32_t lastRow;
   const std::int32_t precisionBits;
   VerticalTaps taps[kPhases];
+  std::int32_t topDown[kPhases][kMaxVerticalTaps];  ///< a phase's taps in the order of their rows
 };
 
 class HorizontalPass : public Stage {
