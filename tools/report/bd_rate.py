@@ -37,19 +37,32 @@ def integral(x, y, low, high):
     return float(numpy.sum((value[1:] + value[:-1]) / 2) * (at[1] - at[0]))
 
 
+def mean_gap(anchor, tested):
+    """By how much `tested` lies above on average, and the range that both reach; both are lists of (x, y), x rising.
+
+    None where the curves have no range in common.
+    """
+    if len(anchor) < 2 or len(tested) < 2:
+        return None, None
+    low, high = max(anchor[0][0], tested[0][0]), min(anchor[-1][0], tested[-1][0])
+    if high <= low:
+        return None, None
+    areas = [integral(*numpy.array(points).T, low, high) for points in (anchor, tested)]
+    return (areas[1] - areas[0]) / (high - low), (low, high)
+
+
 def bd_rate(anchor, tested):
     """Per cent of bits more (less: negative) at equal quality, and the range of quality that both reach.
 
     Both are lists of (quality, bits). None where the curves have no range in common.
     """
-    a, b = rising(anchor), rising(tested)
-    if len(a) < 2 or len(b) < 2:
-        return None, None
-    low, high = max(a[0][0], b[0][0]), min(a[-1][0], b[-1][0])
-    if high <= low:
-        return None, None
-    areas = []
-    for points in (a, b):
-        quality = numpy.array([q for q, _ in points])
-        areas.append(integral(quality, numpy.log([bits for _, bits in points]), low, high))
-    return 100 * (float(numpy.exp((areas[1] - areas[0]) / (high - low))) - 1), (low, high)
+    gap, common = mean_gap(*([(quality, numpy.log(bits)) for quality, bits in rising(points)]
+                             for points in (anchor, tested)))
+    return (None if gap is None else 100 * (float(numpy.exp(gap)) - 1)), common
+
+
+def bd_quality(anchor, tested):
+    """Quality gained (lost: negative) at equal bits; otherwise as bd_rate."""
+    gap, _ = mean_gap(*([(numpy.log(bits), quality) for quality, bits in rising(points)]
+                        for points in (anchor, tested)))
+    return gap

@@ -10,6 +10,7 @@ import json
 import os
 import re
 import subprocess
+import time
 from dataclasses import dataclass
 from pathlib import Path
 
@@ -52,6 +53,7 @@ class Vidproc:
         self.library.vidproc_pre_last_error.restype = ctypes.c_char_p
         self.library.vidproc_post_last_error.restype = ctypes.c_char_p
         self.library.vidproc_frame_bytes.restype = ctypes.c_size_t
+        self.seconds = 0  # of the thread inside the process calls of the last run
 
     def run(self, side, settings, frames, size, out_size):
         """`side` is "pre" or "post"; `settings` a dictionary of options, "preset" among them."""
@@ -83,7 +85,9 @@ class Vidproc:
             raise ValueError(call("last_error")(handle).decode())
 
     def _process(self, call, handle, options, frames):
-        result = numpy.empty((len(frames), frame_bytes((options.output.width, options.output.height))), numpy.uint8)
+        size = frame_bytes((options.output.width, options.output.height))
+        result = numpy.full((len(frames), size), 0, numpy.uint8)  # in memory that is there
+        self.seconds = 0
         source, target = Frame(), Frame()
         for given, made in zip(frames, result):
             for frame, info, memory, name in ((source, options.input, given, "input"),
@@ -91,7 +95,10 @@ class Vidproc:
                 getattr(self.library, f"vidproc_{name}_map")(ctypes.byref(frame), ctypes.byref(info),
                                                              ctypes.c_void_p(memory.ctypes.data),
                                                              ctypes.c_size_t(memory.size))
-            self._check(call, handle, call("process")(handle, ctypes.byref(source), ctypes.byref(target)))
+            start = time.thread_time()
+            status = call("process")(handle, ctypes.byref(source), ctypes.byref(target))
+            self.seconds += time.thread_time() - start
+            self._check(call, handle, status)
         return result
 
 
