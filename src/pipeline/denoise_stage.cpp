@@ -23,6 +23,8 @@ bool AnyOf(const DenoisePlans& plans, const Condition& condition) {
   return std::any_of(plans.begin(), plans.end(), condition);
 }
 
+bool IsIdle(const DenoisePlan& plan) { return !plan.filters && !plan.keepsHistory; }
+
 /// Rows of the input that plans work on at a time.
 std::int32_t RowsFor(const DenoisePlans& plans) {
   std::int32_t rows = 1;
@@ -74,7 +76,16 @@ DenoiseStage::DenoiseStage(Stage& input, const DenoisePlans& plans, std::int32_t
   input.Hold(RowsFor(plans));
 }
 
-void DenoiseStage::Hold(std::int32_t rows) { Stage::Hold(plan->keepsHistory ? Shape().height : rows); }
+/// Where plans have nothing to do, readers get the rows of the input.
+void DenoiseStage::Hold(std::int32_t rows) {
+  Stage::Hold(plan->keepsHistory ? Shape().height : rows);
+  if (AnyOf(plans, IsIdle)) input.Hold(std::max(rows, RowsFor(plans)));
+}
+
+void DenoiseStage::UsePlan(std::size_t step) {
+  plan = &plans[step];
+  PassOn(IsIdle(*plan) ? &input : nullptr);
+}
 
 RowStore& DenoiseStage::KeptRows(Kept what) {
   if (what == Kept::kOutput) return HeldRows();
@@ -102,6 +113,7 @@ void DenoiseStage::MakeRow(std::int32_t y, std::uint8_t* out) {
 }
 
 void DenoiseStage::WriteRow(std::int32_t y, std::uint8_t* out) {
+  if (IsIdle(*plan)) return input.WriteRow(y, out);
   if (!plan->keepsHistory) return MakeRow(y, out);
   MakeRowsBefore(y);
   if (!Holds(y)) return Denoise(y, PlaceFor(y), out);

@@ -51,7 +51,7 @@ class DenoiseStage : public Stage {
   void EndFrame() override;
 
   /// Chooses the plan of the frames to come.
-  void UsePlan(std::size_t step) { plan = &plans[step]; }
+  void UsePlan(std::size_t step);
 
   bool Keeps(Kept what) const { return what == Kept::kOutput ? plan->keepsHistory : plan->smoothsMotion; }
   RowStore& KeptRows(Kept what);

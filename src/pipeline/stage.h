@@ -41,6 +41,7 @@ class Stage {
 
   /// The same as Row in held memory, whose margins are the reader's to write to.
   std::uint8_t* HeldRow(std::int32_t y) {
+    if (passedOn != nullptr) return passedOn->HeldRow(y);
     std::int32_t& heldRow = rowInSlot[Slot(y)];
     std::uint8_t* const row = rows.Row(y & slotMask);
     if (heldRow != y) {
@@ -73,6 +74,9 @@ class Stage {
     givenStride = stride;
   }
 
+  /// Makes Row and HeldRow pass on the rows of a stage that holds as many; null: its own.
+  void PassOn(Stage* stage) { passedOn = stage; }
+
   RowStore& HeldRows() { return rows; }
 
  private:
@@ -80,6 +84,7 @@ class Stage {
 
   const PlaneShape shape;
   RowStore rows;
+  Stage* passedOn = nullptr;
   const std::uint8_t* givenRows = nullptr;
   std::ptrdiff_t givenStride = 0;
   std::int32_t slotMask = 0;
