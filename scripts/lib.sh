@@ -9,6 +9,8 @@ scenePackages=(pkg-config libcairo2-dev fonts-dejavu-core)
 toolPackages=("${scenePackages[@]}" libcli11-dev nlohmann-json3-dev libavformat-dev libavcodec-dev libavfilter-dev
   libavutil-dev)
 testPackages=(libgtest-dev)
+gstreamerPackages=(pkg-config libgstreamer-plugins-base1.0-dev gstreamer1.0-plugins-base gstreamer1.0-plugins-good
+  gstreamer1.0-plugins-ugly gstreamer1.0-libav gstreamer1.0-tools)
 clangPackages=(clang libclang-rt-dev llvm)
 lintPackages=(clang-format clang-tidy git python3)
 emulationPackages=(libsimde-dev)

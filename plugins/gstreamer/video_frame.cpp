@@ -21,7 +21,7 @@ vidproc_format FormatOf(GstVideoFormat format) {
 }
 
 /// What a plane may reach into: its own part of a buffer that has video metadata, else the whole buffer.
-const GstMapInfo& MappingOf(const GstVideoFrame& frame, int plane) {
+const GstMapInfo& MappingOf(const GstVideoFrame& frame, guint plane) {
   return frame.map[frame.meta != nullptr ? plane : 0];
 }
 
@@ -42,7 +42,7 @@ View ViewOf(const GstVideoFrame& frame) {
   view.width = GST_VIDEO_FRAME_WIDTH(&frame);
   view.height = GST_VIDEO_FRAME_HEIGHT(&frame);
   for (guint p = 0; p < GST_VIDEO_FRAME_N_PLANES(&frame); ++p) {
-    const int plane = GST_VIDEO_FRAME_COMP_PLANE(&frame, p);
+    const guint plane = GST_VIDEO_FRAME_COMP_PLANE(&frame, p);
     view.plane[p] = static_cast<std::uint8_t*>(frame.data[plane]);
     view.stride[p] = frame.info.stride[plane];
     view.bytes[p] = PlaneBytes(MappingOf(frame, plane), view.plane[p], view.stride[p]);
