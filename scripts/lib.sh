@@ -11,6 +11,7 @@ toolPackages=("${scenePackages[@]}" libcli11-dev nlohmann-json3-dev libavformat-
 testPackages=(libgtest-dev)
 gstreamerPackages=(pkg-config libgstreamer-plugins-base1.0-dev gstreamer1.0-plugins-base gstreamer1.0-plugins-good
   gstreamer1.0-plugins-ugly gstreamer1.0-libav gstreamer1.0-tools)
+pythonPackages=(python3-dev pybind11-dev python3-numpy python3-pytest)
 clangPackages=(clang libclang-rt-dev llvm)
 lintPackages=(clang-format clang-tidy git python3)
 emulationPackages=(libsimde-dev)
