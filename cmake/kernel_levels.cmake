@@ -1,6 +1,6 @@
 # One list of kernel sources, compiled once for every instruction set of the target processor. Each unit puts all of
 # its code into a namespace named after its set, so that nothing compiled for a wide set can be linked in elsewhere.
-set(VIDPROC_KNOWN_LEVELS scalar sse2 sse41 avx2 avx512 avx512vbmi neon)
+set(VIDPROC_KNOWN_LEVELS scalar portable sse2 sse41 avx2 avx512 avx512vbmi neon)
 if(VIDPROC_LEVELS)
   set(VIDPROC_BUILT_LEVELS ${VIDPROC_LEVELS})
 elseif(CMAKE_SYSTEM_PROCESSOR MATCHES "^(x86_64|AMD64|amd64|i[3-6]86)$")
@@ -8,7 +8,7 @@ elseif(CMAKE_SYSTEM_PROCESSOR MATCHES "^(x86_64|AMD64|amd64|i[3-6]86)$")
 elseif(CMAKE_SYSTEM_PROCESSOR MATCHES "^(aarch64|arm64|ARM64)$")  # little-endian only, as the vocabulary is
   set(VIDPROC_BUILT_LEVELS scalar neon)
 else()
-  set(VIDPROC_BUILT_LEVELS scalar)
+  set(VIDPROC_BUILT_LEVELS scalar portable)
 endif()
 foreach(level IN LISTS VIDPROC_BUILT_LEVELS)
   if(NOT level IN_LIST VIDPROC_KNOWN_LEVELS)
@@ -16,6 +16,7 @@ foreach(level IN LISTS VIDPROC_BUILT_LEVELS)
   endif()
 endforeach()
 
+set(VIDPROC_FLAGS_portable -Wno-psabi)  # vectors cross functions of one unit only
 set(VIDPROC_FLAGS_sse2 -msse2)
 set(VIDPROC_FLAGS_sse41 -msse4.1)
 set(VIDPROC_FLAGS_avx2 -mavx2)

@@ -13,6 +13,7 @@ namespace vidproc {
   extern const KernelTable kKernels; \
   }
 VIDPROC_DECLARE_LEVEL(scalar)
+VIDPROC_DECLARE_LEVEL(portable)
 VIDPROC_DECLARE_LEVEL(sse2)
 VIDPROC_DECLARE_LEVEL(sse41)
 VIDPROC_DECLARE_LEVEL(avx2)
@@ -33,9 +34,9 @@ struct LevelEntry {
 #define VIDPROC_LEVEL(level, name) \
   { Level::level, #name, VIDPROC_HAS_##name ? &name::kKernels : nullptr }
 constexpr LevelEntry kEntries[] = {
-    VIDPROC_LEVEL(kScalar, scalar), VIDPROC_LEVEL(kSse2, sse2),     VIDPROC_LEVEL(kSse41, sse41),
-    VIDPROC_LEVEL(kAvx2, avx2),     VIDPROC_LEVEL(kAvx512, avx512), VIDPROC_LEVEL(kAvx512Vbmi, avx512vbmi),
-    VIDPROC_LEVEL(kNeon, neon),
+    VIDPROC_LEVEL(kScalar, scalar),         VIDPROC_LEVEL(kPortable, portable), VIDPROC_LEVEL(kSse2, sse2),
+    VIDPROC_LEVEL(kSse41, sse41),           VIDPROC_LEVEL(kAvx2, avx2),         VIDPROC_LEVEL(kAvx512, avx512),
+    VIDPROC_LEVEL(kAvx512Vbmi, avx512vbmi), VIDPROC_LEVEL(kNeon, neon),
 };
 #undef VIDPROC_LEVEL
 
@@ -83,6 +84,7 @@ bool MachineHasLevel(Level level) {
 #endif
   switch (level) {
     case Level::kScalar:
+    case Level::kPortable:
       return true;
     case Level::kSse2:
       return __builtin_cpu_supports("sse2") != 0;
@@ -100,9 +102,9 @@ bool MachineHasLevel(Level level) {
   return false;
 }
 #elif defined(__aarch64__)
-bool MachineHasLevel(Level level) { return level == Level::kScalar || level == Level::kNeon; }
+bool MachineHasLevel(Level level) { return level <= Level::kPortable || level == Level::kNeon; }
 #else
-bool MachineHasLevel(Level level) { return level == Level::kScalar; }
+bool MachineHasLevel(Level level) { return level <= Level::kPortable; }
 #endif
 bool IsLevelAvailable(Level level) { return EntryOf(level).kernels != nullptr && MachineHasLevel(level); }
 Level BestLevel() { return BestEntryUpTo(kHighestLevel).level; }

@@ -54,6 +54,8 @@
 #include "simd/sse.h"
 #elif defined(VIDPROC_TARGET_neon)
 #include "simd/neon.h"
+#elif defined(VIDPROC_TARGET_portable)
+#include "simd/portable.h"
 #else
 #include "simd/scalar.h"
 #endif

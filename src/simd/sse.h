@@ -120,12 +120,6 @@ inline U8 LookUpBelow16(U8 table, U8 index) {
 }
 inline U8 ShuffleWindows(U8 windows, U8 index) { return LookUpBelow16(windows, index); }
 inline U8 ShuffleTiles(U8 tiles, U8 index) { return ShuffleWindows(tiles, index); }
-inline I16 MultiplyPairs(U8 a, U8 b) {
-  const Raw even =
-      _mm_mullo_epi16(_mm_and_si128(a.raw, _mm_set1_epi16(0xFF)), _mm_srai_epi16(_mm_slli_epi16(b.raw, 8), 8));
-  const Raw odd = _mm_mullo_epi16(_mm_srli_epi16(a.raw, 8), _mm_srai_epi16(b.raw, 8));
-  return {_mm_adds_epi16(even, odd)};
-}
 inline I16 MultiplyRound(I16 a, I16 b) {
   // The product's bits 30..15, plus bit 14.
   const Raw low = _mm_mullo_epi16(a.raw, b.raw);
@@ -137,4 +131,7 @@ inline I16 MultiplyRound(I16 a, I16 b) {
 }  // namespace
 }  // namespace vidproc::VIDPROC_TARGET
 
+#ifdef VIDPROC_TARGET_sse2
+#include "simd/byte_pairs.h"
+#endif
 #include "simd/one_tile.h"

@@ -9,7 +9,7 @@
 namespace vidproc::tool {
 namespace {
 
-constexpr const char* kLevels[] = {"scalar", "sse2", "sse41", "avx2", "avx512", "avx512vbmi", "neon"};
+constexpr const char* kLevels[] = {"scalar", "portable", "sse2", "sse41", "avx2", "avx512", "avx512vbmi", "neon"};
 
 std::string ProcessorName() {
   std::ifstream file("/proc/cpuinfo");
