@@ -5,10 +5,11 @@
 #include <cstddef>
 #include <cstdlib>
 
+// NOLINTBEGIN(*-reserved-identifier,*-identifier-naming,*-parameter-name): the C library chose the names.
 extern "C" {
-void* __libc_malloc(std::size_t bytes);                          // NOLINT(bugprone-reserved-identifier)
-void* __libc_calloc(std::size_t count, std::size_t bytes);       // NOLINT(bugprone-reserved-identifier)
-void* __libc_memalign(std::size_t boundary, std::size_t bytes);  // NOLINT(bugprone-reserved-identifier)
+void* __libc_malloc(std::size_t bytes);
+void* __libc_calloc(std::size_t count, std::size_t bytes);
+void* __libc_memalign(std::size_t boundary, std::size_t bytes);
 }
 
 namespace {
@@ -29,6 +30,7 @@ extern "C" void* aligned_alloc(std::size_t boundary, std::size_t bytes) {
   return __libc_memalign(boundary, bytes);
 }
 #pragma GCC visibility pop
+// NOLINTEND(*-reserved-identifier,*-identifier-naming,*-parameter-name)
 
 namespace vidproc_obs_tests {
 
