@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <cstdio>
+#include <exception>
 #include <vector>
 #include <vidproc/vidproc.hpp>
 
@@ -69,11 +70,14 @@ void ShowRefusal() {
 
 }  // namespace
 
-int main() {
+int main() try {
   ShowRefusal();
   const int settledAt = WatchExposure();
   std::printf("the brightness of a grey wall settles at frame %d\n", settledAt);
   const int encoded = PrepareForEncoder(), shown = PrepareForScreen();
   std::printf("a luma sample in the middle: %d before encoding, %d on the screen\n", encoded, shown);
   return encoded == 128 && shown == 128 && settledAt >= 20 ? 0 : 1;
+} catch (const std::exception& error) {
+  std::fprintf(stderr, "%s\n", error.what());
+  return 1;
 }

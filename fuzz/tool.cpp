@@ -103,6 +103,7 @@ void FuzzTool(Input input) {
   const DrawnFile file(input, isRaw);
   words.push_back(file.path);
   std::vector<char*> arguments;
+  arguments.reserve(words.size() + 1);
   for (std::string& word : words) arguments.push_back(word.data());
   arguments.push_back(nullptr);
   tool::SilenceNotes();

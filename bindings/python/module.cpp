@@ -62,7 +62,7 @@ class Processor {
   }
 
   py::object Process(const py::object& frame, const py::object& output) {
-    const py::object target =
+    py::object target =
         output.is_none() ? py::array_t<std::uint8_t>(static_cast<py::ssize_t>(FrameBytes(options.output))) : output;
     const BorrowedFrame from(frame, options.input, "frame", BorrowedFrame::Access::kRead);
     const BorrowedFrame to(target, options.output, "output", BorrowedFrame::Access::kWrite);

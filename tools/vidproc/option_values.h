@@ -60,6 +60,7 @@ template <typename Value>
 void AddChoice(CLI::App& command, const std::string& name, const std::string& type, Value& value,
                const std::vector<std::pair<std::string, Value>>& choices, const std::string& help) {
   std::vector<std::string> words;
+  words.reserve(choices.size());
   for (const auto& choice : choices) words.push_back(choice.first);
   AddWord(command, name, type, words, help, [&value, choices](const std::string& text) {
     for (const auto& [word, meaning] : choices) {
