@@ -92,8 +92,8 @@ TEST(PipelineAndProcessor, ScaleAlikeFromTheCorner) {
   constexpr Geometry kSizes[] = {
       {64, 32, 32, 16}, {31, 17, 62, 40, 2, 0}, {97, 61, 13, 7, 2, 2}, {40, 30, 40, 30}, {2, 1, 9, 5, 0, 2}};
   for (const Geometry& g : kSizes) {
-    for (const std::uint32_t softening : {0, 3, 40}) {
-      for (const std::uint32_t strength : {0, 5, 9}) {
+    for (const std::uint32_t softening : {0u, 3u, 40u}) {
+      for (const std::uint32_t strength : {0u, 5u, 9u}) {
         const Settings s{softening, strength, 0, 0, 0, 0, 0, 64, 0};
         for (const Kernel& kernel : {kPlain, kSixteenTaps}) {
           ExpectTwins(ScalingOptions<vidproc::PreOptions>(kernel, g, s), kernel, g, s);

@@ -47,6 +47,7 @@ struct SizedBank {
 /// The rows under a vertical filter around row y.
 std::vector<const std::uint8_t*> RowsAround(const Plane& plane, int y, int taps) {
   std::vector<const std::uint8_t*> rows;
+  rows.reserve(static_cast<std::size_t>(taps));
   for (int t = 0; t < taps; ++t) rows.push_back(plane.NearestRow(y + t - (taps / 2 - 1)));
   return rows;
 }
@@ -65,6 +66,7 @@ Plane FilterColumns(const Plane& in, const Axis& axis, const SizedBank& bank) {
 Plane FilterRows(const Plane& in, const Axis& axis, const SizedBank& bank) {
   Plane out(axis.componentSize, in.height);
   std::vector<Place> places;
+  places.reserve(static_cast<std::size_t>(out.width));
   for (int x = 0; x < out.width; ++x) places.push_back(axis.At(x));
   for (int y = 0; y < out.height; ++y) {
     out.SetRow(y, ScaleHorizontally(RowOf(in, y), bank.phases, bank.taps, bank.bits, places, 1));

@@ -109,7 +109,7 @@ TEST(SceneTest, GivesEveryFrameByItselfInEveryFormatAndSize) {
     EXPECT_NE(planes, Render(scene, settings, 10));
     const auto luma = static_cast<std::size_t>(width * height), chroma = (planes.size() - luma) / 2;
     Bytes apart(nv12.begin(), nv12.begin() + width * height);
-    for (const std::size_t component : {0, 1}) {
+    for (const std::size_t component : {0u, 1u}) {
       for (std::size_t i = 0; i < chroma; ++i) apart.push_back(nv12[luma + 2 * i + component]);
     }
     EXPECT_EQ(apart, planes);
