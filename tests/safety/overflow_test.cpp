@@ -71,6 +71,7 @@ TEST(Overflow, LeavesPlanesUsable) {
     try {
       VidProc420InterleavedInit(&handle, s[0], s[1], s[2], s[3]);
     } catch (const std::bad_alloc&) {
+      const Processor release(static_cast<VideoProcessor*>(handle));
       return;
     }
     const Processor release(static_cast<VideoProcessor*>(handle));
