@@ -162,7 +162,7 @@ TEST(Dialog, TakesBackSettingsWhereAnotherPresetIsChosen) {
   const vidproc::PreOptions webcam("webcam");
   EXPECT_EQ(obs_data_get_int(dialog.settings, "sharpening"), webcam.sharpening);
   EXPECT_EQ(obs_data_get_int(dialog.settings, "denoise_auto"), webcam.denoise_auto);
-  camera.Set("{}");
+  WaitForPictures();
   Library library(webcam);
   EXPECT_EQ(camera.Show(shape, 0), library.Show(shape, 0));
 }

@@ -109,12 +109,6 @@ void Require(bool holds, const char* what) {
   if (!holds) throw std::runtime_error(what);
 }
 
-/// Settings that have been changed are handed over when the next picture begins.
-void WaitForPictures() {
-  const std::uint32_t begin = obs_get_total_frames();
-  for (int i = 0; obs_get_total_frames() - begin < 3 && i < 10000; ++i) std::this_thread::sleep_for(1ms);
-}
-
 }  // namespace
 
 Bytes Noise(const Shape& shape, unsigned number) { return BytesOf(*NoisyFrame(shape, number).frame); }
@@ -148,6 +142,11 @@ long EndStudio() {
   obs_shutdown();
   XCloseDisplay(display);
   return bnum_allocs();
+}
+
+void WaitForPictures() {
+  const std::uint32_t begin = obs_get_total_frames();
+  for (int i = 0; obs_get_total_frames() - begin < 3 && i < 10000; ++i) std::this_thread::sleep_for(1ms);
 }
 
 std::string TakeLog() {

@@ -33,6 +33,8 @@ Bytes Noise(const Shape& shape, unsigned number);
 void StartStudio();
 /// Ends it and returns how many of libobs's blocks are left.
 long EndStudio();
+/// Settings that have been changed are handed over when the next picture begins: returns when that is so.
+void WaitForPictures();
 /// What the module has logged since the last call.
 std::string TakeLog();
 
