@@ -8,7 +8,7 @@ buildPackages=(g++ cmake ninja-build)
 scenePackages=(pkg-config libcairo2-dev fonts-dejavu-core)
 toolPackages=("${scenePackages[@]}" libcli11-dev nlohmann-json3-dev libavformat-dev libavcodec-dev libavfilter-dev
   libavutil-dev)
-testPackages=(libgtest-dev)
+testPackages=(libgtest-dev parallel)
 gstreamerPackages=(pkg-config libgstreamer-plugins-base1.0-dev gstreamer1.0-plugins-base gstreamer1.0-plugins-good
   gstreamer1.0-plugins-ugly gstreamer1.0-libav gstreamer1.0-tools)
 pythonPackages=(python3-dev pybind11-dev python3-numpy python3-pytest)
@@ -20,6 +20,7 @@ measurePackages=(python3-numpy)
 docsPackages=(doxygen doxygen-awesome-css python3)
 packagingPackages=(debhelper dpkg-dev git lintian mmdebstrap)
 abiPackages=(abigail-tools binutils)
+pipePackages=(ffmpeg dbus pipewire wireplumber gstreamer1.0-pipewire)
 obsPackages=(pkg-config libobs-dev libx11-dev xvfb xauth)
 peerPackages=(pkg-config libswscale-dev libavfilter-dev libpostproc-dev libzimg-dev libyuv-dev
   libgstreamer-plugins-base1.0-dev)
