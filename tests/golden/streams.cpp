@@ -81,9 +81,8 @@ Stream StartProcessor(const Options& options, const Placement& placement) {
   vidproc_output source = {}, destination = {};
   Stream stream{
       CheckedFrame(options.input, placement, source), CheckedFrame(options.output, placement, destination), {}};
-  stream.process = [handle = std::make_shared<Handle>(options), input = fuzzing::AsInput(source), destination] {
-    handle->Process(input, destination);
-  };
+  stream.process = [handle = std::make_shared<Handle>(options), input = fuzzing::AsInput(source),
+                    output = placement.inPlace ? source : destination] { handle->Process(input, output); };
   return stream;
 }
 

@@ -18,6 +18,7 @@ struct Placement {
   int padding = 0;  ///< bytes behind the shortest row that is allowed
   bool bottomUp = false;
   testing_support::Flush flush = testing_support::Flush::kEnd;
+  bool inPlace = false;  ///< the input frame is its own output
 };
 
 /// A frame's bytes twice: in one block, which is painted and summed, and where it is processed.
