@@ -41,12 +41,13 @@ Options DrawSettings(Random& random, const vidproc_frame_info* input) {
 }
 
 /// The sum after each of the settings.
-std::vector<std::uint64_t> RunCamera(const std::function<bool(std::size_t)>& goesOn) {
+using Chain = std::vector<std::uint64_t>;
+Chain RunCamera(const std::function<bool(const Chain&)>& goesOn) {
   vidproc::Pre pre;
   vidproc::Post post;
   fuzzing::Digest digest;
-  std::vector<std::uint64_t> chain;
-  while (goesOn(chain.size())) {
+  Chain chain;
+  while (goesOn(chain)) {
     Random random(static_cast<std::uint32_t>(chain.size()));
     const auto sent = DrawSettings<vidproc_pre_options>(random, nullptr);
     const auto shown = DrawSettings<vidproc_post_options>(random, &sent.output);
@@ -81,18 +82,18 @@ TEST(Soak, MemoryIsFlatAndSumsAreReproducible) {
   const std::chrono::seconds seconds(asked != nullptr ? std::atol(asked) : 0);
   const auto begin = std::chrono::steady_clock::now();
   long settled = 0;
-  const std::vector<std::uint64_t> chain = RunCamera([&](std::size_t settings) {
+  const Chain chain = RunCamera([&](const Chain& sums) {
+    const std::size_t settings = sums.size();
     if (settings == 4 * kReplayedSettings) settled = ResidentKilobytes();
-    if (asked != nullptr && settings % 1000 == 0) std::printf("%6zu settings: %ld KB\n", settings, ResidentKilobytes());
+    if (asked != nullptr && settings % 200 == 199) {
+      std::printf("%6zu settings of %d frames: %ld KB, sum %016llx\n", settings, kFrames, ResidentKilobytes(),
+                  static_cast<unsigned long long>(sums.back()));
+    }
     return settings < kReplayedSettings || std::chrono::steady_clock::now() - begin < seconds;
   });
   EXPECT_TRUE(settled == 0 || ResidentKilobytes() < settled + settled / 10) << "from " << settled << " KB";
-  const std::vector<std::uint64_t> again = RunCamera([](std::size_t settings) { return settings < kReplayedSettings; });
+  const Chain again = RunCamera([](const Chain& sums) { return sums.size() < kReplayedSettings; });
   for (std::size_t i = 0; i < again.size(); ++i) ASSERT_EQ(again[i], chain[i]) << "settings " << i;
-  if (asked != nullptr) {
-    std::printf("%zu settings, %zu frames, sum %016llx\n", chain.size(), kFrames * chain.size(),
-                static_cast<unsigned long long>(chain.back()));
-  }
 }
 
 }  // namespace
