@@ -10,7 +10,6 @@ import os
 import re
 import sys
 
-MIN_LINES, MIN_BRANCHES = 99.0, 95.0
 REASONS = os.path.join(os.path.dirname(__file__), "coverage_misses.txt")
 
 
@@ -76,7 +75,7 @@ def percent(covered, total):
     return 100.0 * covered / total if total else 100.0
 
 
-def main(lines_path, branches_path, missed_path):
+def main(lines_path, branches_path, missed_path, least_lines, least_branches):
     all_lines, all_branches = read_lines(lines_path), read_branches(branches_path)
     totals, missed, reasons = [0, 0, 0, 0], [], read_reasons(REASONS)
 
@@ -102,8 +101,8 @@ def main(lines_path, branches_path, missed_path):
     print(format_row("total", totals))
     with open(missed_path, "w") as file:
         file.write("\n".join(missed) + "\n")
-    enough = percent(*totals[:2]) >= MIN_LINES and percent(*totals[2:]) >= MIN_BRANCHES
-    print(f"{len(missed)} misses in {missed_path}; at least {MIN_LINES} % of lines and {MIN_BRANCHES} % of branches "
+    enough = percent(*totals[:2]) >= float(least_lines) and percent(*totals[2:]) >= float(least_branches)
+    print(f"{len(missed)} misses in {missed_path}; at least {least_lines} % of lines and {least_branches} % of branches "
           f"are asked for: {'met' if enough else 'not met'}")
     stale = vanished(reasons)
     print("\n".join(f"{REASONS}: no longer there: {entry}" for entry in stale))
