@@ -27,7 +27,7 @@ constexpr std::uint32_t kSoftenLevel420 = 10;
 constexpr short kNeutralGain = 128;
 constexpr short kNeutralOffset = 0;
 
-bool AnyZero(std::initializer_list<std::uint32_t> sizes) { return std::ranges::count(sizes, 0u) != 0; }
+bool AnyZero(std::initializer_list<std::uint32_t> sizes) { return std::count(sizes.begin(), sizes.end(), 0u) != 0; }
 
 VideoProcessor* CreateProcessor(void** handle, const SetUp& setUp) {
   const int softenLevel = static_cast<int>(setUp.softenLevel);

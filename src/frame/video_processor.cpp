@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <iterator>
 
 #include "frame/filter_setup.h"
 #include "frame/frame_checks.h"
@@ -144,9 +145,9 @@ int VideoProcessor::SetUseSpatialMotionSmoothing(unsigned char enable) {
 int VideoProcessor::InitLuminanceShiftTables(short gain, short offset) {
   short clampedGain = std::clamp<short>(gain, -127, 127);
   if (clampedGain == 0) clampedGain = 1;
-  std::ranges::fill(lumaGain, clampedGain);
-  std::ranges::fill(lumaGainInverse, static_cast<short>(4096 / clampedGain));
-  std::ranges::fill(lumaOffset, std::clamp<short>(offset, -255, 255));
+  std::fill(std::begin(lumaGain), std::end(lumaGain), clampedGain);
+  std::fill(std::begin(lumaGainInverse), std::end(lumaGainInverse), static_cast<short>(4096 / clampedGain));
+  std::fill(std::begin(lumaOffset), std::end(lumaOffset), std::clamp<short>(offset, -255, 255));
   return 0;
 }
 

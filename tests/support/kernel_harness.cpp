@@ -39,7 +39,8 @@ void DrawBank(std::int16_t (&lanes)[16][kTaps][8], BankKind kind, int precisionB
 
 std::vector<vidproc::Level> AvailableLevels() {
   std::vector<vidproc::Level> levels;
-  std::ranges::copy_if(vidproc::kAllLevels, std::back_inserter(levels), vidproc::IsLevelAvailable);
+  std::copy_if(std::begin(vidproc::kAllLevels), std::end(vidproc::kAllLevels), std::back_inserter(levels),
+               vidproc::IsLevelAvailable);
   return levels;
 }
 
