@@ -22,6 +22,13 @@ set(VIDPROC_FLAGS_sse41 -msse4.1)
 set(VIDPROC_FLAGS_avx2 -mavx2)
 set(VIDPROC_FLAGS_avx512 -mavx512f -mavx512bw -mavx512dq -mavx512vl)
 set(VIDPROC_FLAGS_avx512vbmi ${VIDPROC_FLAGS_avx512} -mavx512vbmi)
+if(WIN32 AND CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+  # The stack of 64-bit Windows is aligned to 16 bytes, and g++ keeps wider vectors there as if it were to 32 or 64
+  # (https://gcc.gnu.org/bugzilla/show_bug.cgi?id=54412). The assembler makes these moves unaligned ones.
+  foreach(level avx2 avx512 avx512vbmi)
+    list(APPEND VIDPROC_FLAGS_${level} -Wa,-muse-unaligned-vector-move)
+  endforeach()
+endif()
 if(VIDPROC_EMULATE_WIDE)
   # Emulated vectors cross functions of one unit only: their calling convention does not matter.
   set(VIDPROC_FLAGS_avx512 -mavx2 -DVIDPROC_EMULATE_WIDE -Wno-psabi)
