@@ -45,6 +45,9 @@ function(vidproc_compile_per_level name objectsVariable)
     target_link_libraries(${unit} PRIVATE vidproc_flags)
     target_compile_definitions(${unit} PRIVATE VIDPROC_TARGET=${level} VIDPROC_TARGET_${level})
     target_compile_options(${unit} PRIVATE ${VIDPROC_FLAGS_${level}} -fno-exceptions -fno-rtti)
+    # Where a host asks for link-time optimisation, the common part gets it: kernels of all levels in one unit would be
+    # at the mercy of the linker's inlining.
+    set_target_properties(${unit} PROPERTIES INTERPROCEDURAL_OPTIMIZATION OFF)
     # A square root is an instruction, not a call that may set errno.
     target_compile_options(${unit} PRIVATE -fno-math-errno)
     if(level MATCHES avx512 AND CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
