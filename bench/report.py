@@ -10,7 +10,8 @@ from collections import defaultdict
 from pathlib import Path
 
 OWN = "vidproc-"
-LEVELS = ["scalar", "portable", "sse2", "sse41", "avx2", "avx512", "avx512vbmi", "neon"]  # as the library orders them
+# As the library orders them.
+LEVELS = ["scalar", "portable", "sse2", "sse41", "avx2", "avx512", "avx512vbmi", "neon", "wasm"]
 SHOWN_AS_RATIO = ["avx2", "avx512", "avx512vbmi", "neon"]
 SCALE_TAPS = 8  # horizontal; half as many vertical ones
 PLANAR_420 = ("automatic", "automatic16", "automatic-nv12", "post-automatic", "denoise-and-scale", "nv12")

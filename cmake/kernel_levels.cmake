@@ -1,12 +1,14 @@
 # One list of kernel sources, compiled once for every instruction set of the target processor. Each unit puts all of
 # its code into a namespace named after its set, so that nothing compiled for a wide set can be linked in elsewhere.
-set(VIDPROC_KNOWN_LEVELS scalar portable sse2 sse41 avx2 avx512 avx512vbmi neon)
+set(VIDPROC_KNOWN_LEVELS scalar portable sse2 sse41 avx2 avx512 avx512vbmi neon wasm)
 if(VIDPROC_LEVELS)
   set(VIDPROC_BUILT_LEVELS ${VIDPROC_LEVELS})
 elseif(CMAKE_SYSTEM_PROCESSOR MATCHES "^(x86_64|AMD64|amd64|i[3-6]86)$")
   set(VIDPROC_BUILT_LEVELS scalar sse2 sse41 avx2 avx512 avx512vbmi)
 elseif(CMAKE_SYSTEM_PROCESSOR MATCHES "^(aarch64|arm64|ARM64)$")  # little-endian only, as the vocabulary is
   set(VIDPROC_BUILT_LEVELS scalar neon)
+elseif(EMSCRIPTEN)
+  set(VIDPROC_BUILT_LEVELS scalar wasm)
 else()
   set(VIDPROC_BUILT_LEVELS scalar portable)
 endif()
@@ -22,6 +24,7 @@ set(VIDPROC_FLAGS_sse41 -msse4.1)
 set(VIDPROC_FLAGS_avx2 -mavx2)
 set(VIDPROC_FLAGS_avx512 -mavx512f -mavx512bw -mavx512dq -mavx512vl)
 set(VIDPROC_FLAGS_avx512vbmi ${VIDPROC_FLAGS_avx512} -mavx512vbmi)
+set(VIDPROC_FLAGS_wasm -msimd128)
 if(WIN32 AND CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
   # The stack of 64-bit Windows is aligned to 16 bytes, and g++ keeps wider vectors there as if it were to 32 or 64
   # (https://gcc.gnu.org/bugzilla/show_bug.cgi?id=54412). The assembler makes these moves unaligned ones.

@@ -4,11 +4,11 @@
 
 namespace vidproc {
 
-enum class Level { kScalar, kPortable, kSse2, kSse41, kAvx2, kAvx512, kAvx512Vbmi, kNeon };
+enum class Level { kScalar, kPortable, kSse2, kSse41, kAvx2, kAvx512, kAvx512Vbmi, kNeon, kWasm };
 
 /// The last one available is the best.
-inline constexpr Level kAllLevels[] = {Level::kScalar, Level::kPortable, Level::kSse2,       Level::kSse41,
-                                       Level::kAvx2,   Level::kAvx512,   Level::kAvx512Vbmi, Level::kNeon};
+inline constexpr Level kAllLevels[] = {Level::kScalar, Level::kPortable,   Level::kSse2, Level::kSse41, Level::kAvx2,
+                                       Level::kAvx512, Level::kAvx512Vbmi, Level::kNeon, Level::kWasm};
 
 /// The best level that this machine and this build have.
 Level BestLevel();
@@ -26,7 +26,7 @@ Level LevelInUse();
 /// Not to be called while another thread is inside the library.
 Level CapLevel(Level highest);
 
-/// "scalar", "portable", "sse2", "sse41", "avx2", "avx512", "avx512vbmi", "neon".
+/// "scalar", "portable", "sse2", "sse41", "avx2", "avx512", "avx512vbmi", "neon", "wasm".
 const char* LevelName(Level level);
 
 }  // namespace vidproc

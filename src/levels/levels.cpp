@@ -20,6 +20,7 @@ VIDPROC_DECLARE_LEVEL(avx2)
 VIDPROC_DECLARE_LEVEL(avx512)
 VIDPROC_DECLARE_LEVEL(avx512vbmi)
 VIDPROC_DECLARE_LEVEL(neon)
+VIDPROC_DECLARE_LEVEL(wasm)
 #undef VIDPROC_DECLARE_LEVEL
 
 namespace {
@@ -36,7 +37,7 @@ struct LevelEntry {
 constexpr LevelEntry kEntries[] = {
     VIDPROC_LEVEL(kScalar, scalar),         VIDPROC_LEVEL(kPortable, portable), VIDPROC_LEVEL(kSse2, sse2),
     VIDPROC_LEVEL(kSse41, sse41),           VIDPROC_LEVEL(kAvx2, avx2),         VIDPROC_LEVEL(kAvx512, avx512),
-    VIDPROC_LEVEL(kAvx512Vbmi, avx512vbmi), VIDPROC_LEVEL(kNeon, neon),
+    VIDPROC_LEVEL(kAvx512Vbmi, avx512vbmi), VIDPROC_LEVEL(kNeon, neon),         VIDPROC_LEVEL(kWasm, wasm),
 };
 #undef VIDPROC_LEVEL
 
@@ -97,12 +98,15 @@ bool MachineHasLevel(Level level) {
     case Level::kAvx512Vbmi:
       return hasVbmi;
     case Level::kNeon:
+    case Level::kWasm:
       return false;
   }
   return false;
 }
 #elif defined(__aarch64__)
 bool MachineHasLevel(Level level) { return level <= Level::kPortable || level == Level::kNeon; }
+#elif defined(__wasm__)
+bool MachineHasLevel(Level level) { return level <= Level::kPortable || level == Level::kWasm; }
 #else
 bool MachineHasLevel(Level level) { return level <= Level::kPortable; }
 #endif

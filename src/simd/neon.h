@@ -113,16 +113,10 @@ constexpr bool kHasByteShuffle = true;
 inline U8 LookUpBelow16(U8 table, U8 index) { return {vqtbl1q_u8(table.raw, index.raw)}; }
 inline U8 ShuffleWindows(U8 windows, U8 index) { return {vqtbl1q_u8(windows.raw, index.raw)}; }
 inline U8 ShuffleTiles(U8 tiles, U8 index) { return ShuffleWindows(tiles, index); }
-inline I16 MultiplyPairs(U8 a, U8 b) {
-  const int16x8_t evenA = vreinterpretq_s16_u16(vandq_u16(In16(a.raw), vdupq_n_u16(0xFF)));
-  const int16x8_t oddA = vreinterpretq_s16_u16(vshrq_n_u16(In16(a.raw), 8));
-  const int16x8_t bothB = vreinterpretq_s16_u8(b.raw);
-  const int16x8_t evenProduct = vmulq_s16(evenA, vshrq_n_s16(vshlq_n_s16(bothB, 8), 8));
-  return FromWords(vqaddq_s16(evenProduct, vmulq_s16(oddA, vshrq_n_s16(bothB, 8))));
-}
 inline I16 MultiplyRound(I16 a, I16 b) { return FromWords(vqrdmulhq_s16(Words(a), Words(b))); }
 
 }  // namespace
 }  // namespace vidproc::VIDPROC_TARGET
 
+#include "simd/byte_pairs.h"
 #include "simd/one_tile.h"

@@ -8,6 +8,7 @@
 //   LoadHalves               the two halves of a vector from two places
 //   ShiftLeft(a, count)      count is not negative; from 16 on the result is 0
 //   AndNot(mask, a)          ~mask & a
+//   Less, Equal              all bits of a lane where it holds, else none
 //   AbsoluteSigned           of signed bytes, as unsigned ones: of -128 128
 //   Average                  (a + b + 1) >> 1
 //   MultiplyLow              the low 16 bits of products
@@ -18,7 +19,7 @@
 //   LoadWindows, ShuffleWindows   kernels/byte_row_plan.h explains windows; indices stay inside them
 //   kHasByteShuffle          look-ups, shuffles and MultiplyPairs are instructions: without, 16-bit lanes are faster
 //
-// Lane order. A vector consists of tiles of 128 bits: one with SSE and NEON, two with AVX2, four with AVX-512. Wide
+// Lane order. A vector consists of tiles of 128 bits: two with AVX2, four with AVX-512, one with all other sets. Wide
 // sets interleave and pack tile by tile, and nearly all operations treat tiles alike; here two of them, A and B:
 //
 //   a vector of bytes                     A0 .. A7  A8 .. A15 | B0 .. B7  B8 .. B15
@@ -54,6 +55,8 @@
 #include "simd/sse.h"
 #elif defined(VIDPROC_TARGET_neon)
 #include "simd/neon.h"
+#elif defined(VIDPROC_TARGET_wasm)
+#include "simd/wasm.h"
 #elif defined(VIDPROC_TARGET_portable)
 #include "simd/portable.h"
 #else

@@ -9,7 +9,8 @@
 namespace vidproc::tool {
 namespace {
 
-constexpr const char* kLevels[] = {"scalar", "portable", "sse2", "sse41", "avx2", "avx512", "avx512vbmi", "neon"};
+constexpr const char* kLevels[] = {"scalar", "portable",   "sse2", "sse41", "avx2",
+                                   "avx512", "avx512vbmi", "neon", "wasm"};
 
 std::string ProcessorName() {
   std::ifstream file("/proc/cpuinfo");
