@@ -2,9 +2,6 @@
 // frame traps; all else around the frame holds random bytes that have to survive.
 #pragma once
 
-#include <sys/mman.h>
-#include <unistd.h>
-
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
@@ -14,6 +11,7 @@
 #include <vector>
 
 #include "support/frame_content.h"
+#include "support/pages.h"
 
 namespace testing_support {
 
@@ -24,20 +22,19 @@ class GuardedMemory {
  public:
   /// Room for `bytes`, flush with the forbidden page after it or before it.
   GuardedMemory(std::size_t bytes, Flush flush, Random& random) {
-    const auto page = static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
+    const std::size_t page = PageBytes();
     const std::size_t usable = (bytes + page - 1) / page * page;
     mapped = usable + 2 * page;
-    void* memory = mmap(nullptr, mapped, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
-    if (memory == MAP_FAILED) throw std::bad_alloc();
-    base = static_cast<std::uint8_t*>(memory);
+    base = static_cast<std::uint8_t*>(ReservePages(mapped));
+    if (base == nullptr) throw std::bad_alloc();
     live = base + page;
-    if (mprotect(live, usable, PROT_READ | PROT_WRITE) != 0) throw std::bad_alloc();
+    if (!OpenPages(live, usable)) throw std::bad_alloc();
     offset = flush == Flush::kEnd ? usable - bytes : 0;
     before.resize(usable);
     for (std::uint8_t& byte : before) byte = random.Byte();
     after = before;
   }
-  ~GuardedMemory() { munmap(base, mapped); }
+  ~GuardedMemory() { ReleasePages(base, mapped); }
   GuardedMemory(const GuardedMemory&) = delete;
   GuardedMemory& operator=(const GuardedMemory&) = delete;
 
