@@ -15,6 +15,7 @@ pythonPackages=(python3-dev pybind11-dev python3-numpy python3-pytest)
 clangPackages=(clang libclang-rt-dev llvm)
 lintPackages=(clang-format clang-tidy git python3)
 emulationPackages=(libsimde-dev)
+crossPackages=(googletest qemu-user g++-aarch64-linux-gnu g++-s390x-linux-gnu)
 benchPackages=("${scenePackages[@]}" libbenchmark-dev valgrind)
 measurePackages=(python3-numpy)
 docsPackages=(doxygen doxygen-awesome-css python3)
@@ -24,6 +25,10 @@ pipePackages=(ffmpeg dbus pipewire wireplumber gstreamer1.0-pipewire)
 obsPackages=(pkg-config libobs-dev libx11-dev xvfb xauth)
 peerPackages=(pkg-config libswscale-dev libavfilter-dev libpostproc-dev libzimg-dev libyuv-dev
   libgstreamer-plugins-base1.0-dev)
+
+# Options of cmake for the library and its tests alone.
+withoutHosts=(-DVIDPROC_BUILD_TOOL=OFF -DVIDPROC_BUILD_BENCH=OFF -DVIDPROC_BUILD_GSTREAMER=OFF -DVIDPROC_BUILD_OBS=OFF
+  -DVIDPROC_BUILD_PYTHON=OFF)
 
 # The denoiser's default settings, which scripts/demo shows and docs/before-after.jpg is made with, and without it.
 denoised=()
