@@ -74,10 +74,13 @@ std::int32_t DeviationOf(std::int32_t figure) {
 }  // namespace
 
 NoiseEstimator::NoiseEstimator(std::int32_t width, std::int32_t height)
-    : width(width),
-      height(height),
-      columns(std::min(width / kNoiseBlockWidth, kColumns)),
-      rows(std::min(height / kNoiseBlockHeight, kRows)) {}
+    : columns(std::min(width / kNoiseBlockWidth, kColumns)), rows(std::min(height / kNoiseBlockHeight, kRows)) {
+  for (std::int32_t b = 0; b < columns * rows; ++b) {
+    const std::int32_t column = b % columns, row = b / columns;
+    places[static_cast<std::size_t>(b)] = {(2 * column + 1) * width / (2 * columns) - kNoiseBlockWidth / 2,
+                                           (2 * row + 1) * height / (2 * rows) - kNoiseBlockHeight / 2};
+  }
+}
 
 void NoiseEstimator::Forget() {
   next = frames = 0;
@@ -85,11 +88,9 @@ void NoiseEstimator::Forget() {
   hasPrevious = false;
 }
 
-const std::uint8_t* NoiseEstimator::Place(const LumaRows& frame, std::int32_t block) const {
-  const std::int32_t column = block % columns, row = block / columns;
-  const std::int32_t x = (2 * column + 1) * width / (2 * columns) - kNoiseBlockWidth / 2;
-  const std::int32_t y = (2 * row + 1) * height / (2 * rows) - kNoiseBlockHeight / 2;
-  return frame.first + y * frame.stride + x * frame.sampleStep;
+const std::uint8_t* NoiseEstimator::Samples(const LumaRows& frame, std::int32_t block) const {
+  const Place place = places[static_cast<std::size_t>(block)];
+  return frame.first + place.y * frame.stride + place.x * frame.sampleStep;
 }
 
 template <int kStep>
@@ -111,8 +112,8 @@ void NoiseEstimator::Measure(const LumaRows& frame) {
   std::size_t count = 0;
   bool isRepeat = hasPrevious;
   for (std::int32_t b = 0; b < blocks; ++b) {
-    Fetch(Place(frame, std::min(b + kBlocksAhead, blocks - 1)), frame.stride);
-    const std::uint8_t* const samples = Place(frame, b);
+    Fetch(Samples(frame, std::min(b + kBlocksAhead, blocks - 1)), frame.stride);
+    const std::uint8_t* const samples = Samples(frame, b);
     const NoiseBlock block = frame.sampleStep == 1 ? Read<1>(samples, frame.stride) : Read<2>(samples, frame.stride);
     NoiseBlock& before = previous[static_cast<std::size_t>(b)];
     isRepeat = isRepeat && block == before;

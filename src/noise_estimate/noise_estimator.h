@@ -38,14 +38,19 @@ class NoiseEstimator {
   static constexpr std::int32_t kColumns = 16, kRows = 16;  // of the grid
   static constexpr std::size_t kFrames = 9;                 // of the median
 
-  /// Where a block of the grid begins.
-  const std::uint8_t* Place(const LumaRows& frame, std::int32_t block) const;
+  /// Where a block of the grid begins, in samples.
+  struct Place {
+    std::int32_t x, y;
+  };
+
+  const std::uint8_t* Samples(const LumaRows& frame, std::int32_t block) const;
   template <int kStep>
   static NoiseBlock Read(const std::uint8_t* samples, std::ptrdiff_t stride);
   static void Fetch(const std::uint8_t* samples, std::ptrdiff_t stride);
   void Add(std::int32_t figure);
 
-  std::int32_t width, height, columns, rows;
+  std::int32_t columns, rows;
+  std::array<Place, kColumns * kRows> places;
   std::array<NoiseBlock, kColumns * kRows> previous;
   std::array<std::int32_t, kFrames> figures{};  ///< of the last frames, the oldest to be replaced at `next`
   std::size_t next = 0;
