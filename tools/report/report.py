@@ -121,9 +121,9 @@ MEASURES = ("psnr Y", "ssim Y", "psnr C", "ssim C")
 def measure_curve(store, chain, clean, noisy, ratio, speed, qualities=QUALITIES):
     size = size_at(ratio, clean.size)
     frames = len(clean.frames())
+    before = chain.before(store, noisy, size)
 
     def measure(quality):
-        before = chain.before(store, noisy, size)
         decoded, coded_bytes = store.encoded(before, SPEEDS[speed], quality)
         shown = chain.after(store, decoded, clean.size)
         figures = store.likeness(shown, clean)
@@ -131,7 +131,7 @@ def measure_curve(store, chain, clean, noisy, ratio, speed, qualities=QUALITIES)
             path.unlink(missing_ok=True)
         return {"bits": kilobits_per_second(coded_bytes, frames), **figures}
 
-    return [Point(**store.remembered(f"{noisy.recipe} {chain} {size} {speed} {quality}", lambda: measure(quality)))
+    return [Point(**store.remembered(f"{before.recipe} | {chain} {speed} {quality}", lambda: measure(quality)))
             for quality in qualities]
 
 

@@ -20,6 +20,10 @@ FORMAT_I420 = 4
 STATUS_OK = 0
 
 
+def file_digest(path):
+    return hashlib.sha1(Path(path).read_bytes()).hexdigest()[:12]
+
+
 class FrameInfo(ctypes.Structure):
     _fields_ = [(name, ctypes.c_int32) for name in ("format", "width", "height", "siting")]
 
@@ -49,7 +53,7 @@ class Vidproc:
 
     def __init__(self, path):
         self.library = ctypes.CDLL(str(path))
-        self.digest = hashlib.sha1(Path(path).read_bytes()).hexdigest()[:12]
+        self.digest = file_digest(path)
         self.library.vidproc_pre_last_error.restype = ctypes.c_char_p
         self.library.vidproc_post_last_error.restype = ctypes.c_char_p
         self.library.vidproc_frame_bytes.restype = ctypes.c_size_t
@@ -159,7 +163,7 @@ class StreamStore:
         probe = subprocess.run(["ffprobe", "-v", "error", "-select_streams", "v:0", "-show_entries",
                                 "stream=width,height", "-of", "json", str(path)], capture_output=True, check=True)
         shape = json.loads(probe.stdout)["streams"][0]
-        recipe = f"clip {Path(path).resolve()} {first} {count}"
+        recipe = f"clip {file_digest(path)} {first} {count}"
         filters = f"trim=start_frame={first}:end_frame={first + count},setpts=PTS-STARTPTS,scale=out_range=tv"
         return self.make(recipe, (shape["width"], shape["height"]), lambda out: ffmpeg(
             ["-i", str(path), "-vf", filters, "-pix_fmt", "yuv420p", "-f", "rawvideo", str(out)]))
@@ -201,7 +205,7 @@ class StreamStore:
 
     def remembered(self, recipe, compute):
         """What compute() gives, once; anything that JSON holds."""
-        path = self.place(f"{recipe} {self.vidproc.digest}", ".json")
+        path = self.place(recipe, ".json")
         if not path.exists():
             path.write_text(json.dumps(compute()))
         return json.loads(path.read_text())
