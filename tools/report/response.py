@@ -68,7 +68,8 @@ class Response:
         """(where, that of hqdn3d, that of vidproc)"""
         after = numpy.stack([self.frame] * STILL_FRAMES + [turned(self.frame, self.size)] * (max(AFTER_CUT) + 1))
         for frames_later in AFTER_CUT:
-            yield (f"{frames_later} frames after a cut", *self._both("cut", after, STILL_FRAMES + frames_later, ...))
+            frames_after = f"{frames_later} frame{'s' * (frames_later > 1)} after"
+            yield f"{frames_after} a cut", *self._both("cut", after, STILL_FRAMES + frames_later, ...)
         for contrast in CONTRASTS:
             frames, edge = moving_edge(self.frame, self.size, contrast)
             behind = (slice(None), slice(edge - 2 * EDGE_STEP, edge))
