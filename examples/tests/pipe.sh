@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Runs pipe.sh over a noisy clip: without noise it takes fewer bytes than encoded as it is and is nearer to the clip that
-# never had any. VIDPROC is the tool. Ends with 77 where ffmpeg is missing.
+# Runs pipe.sh over a noisy clip: without its noise it takes fewer bytes than encoded as it is, and is nearer to the
+# clip that never had any. VIDPROC is the tool. Ends with 77 where ffmpeg is missing.
 set -euo pipefail
 command -v ffmpeg >/dev/null || { echo "no ffmpeg here"; exit 77; }
 examples=$(cd "$(dirname "$0")/.." && pwd)
