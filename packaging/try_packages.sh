@@ -19,6 +19,21 @@ test -s clip.mp4 && test -s picture.png
 vidproc post clip.mp4 -o clip.y4m
 head -n 1 clip.y4m | sed "s/^/    /"
 
-quietly apt-get purge -y vidproc-tools libvidproc-dev libvidproc1
+quietly apt-get install -y --no-install-recommends ./gstreamer1.0-vidproc*.deb ./obs-vidproc*.deb \
+  ./python3-vidproc*.deb gstreamer1.0-tools gstreamer1.0-plugins-base
+gst-inspect-1.0 vidprocpre | grep -E 'Long-name|Version|License' | sed 's/^ */    /'
+gst-launch-1.0 -q videotestsrc num-buffers=5 ! video/x-raw,width=320,height=180 ! vidprocpre ! \
+  video/x-raw,width=160 ! filesink location=frames
+test -s frames
+filter=$(dpkg -L obs-vidproc | grep '/obs-plugins/obs-vidproc\.so$')
+if ldd -r "$filter" | grep -E 'not found|undefined'; then exit 1; fi
+python3 - <<'END'
+import numpy, vidproc
+frame = numpy.full(vidproc.frame_bytes("I420", 320, 180), 100, numpy.uint8)
+with vidproc.Pre("I420", 320, 180, output_width=160, output_height=90) as pre:
+    print("    vidproc", vidproc.__version__, "in Python:", pre.process(frame)[0])
+END
+
+quietly apt-get purge -y python3-vidproc obs-vidproc gstreamer1.0-vidproc vidproc-tools libvidproc-dev libvidproc1
 left=$(find /usr /etc /var/lib -name '*vidproc*' ! -path '*/apt/*')
 test -z "$left" || { echo "left behind: $left" >&2; exit 1; }
