@@ -2,23 +2,11 @@
 #pragma once
 
 #include <array>
-#include <cstddef>
-#include <cstdint>
 
 #include "scene/drawing.h"
+#include "scene/rgb_picture.h"
 
 namespace vidproc::scene {
-
-struct Area {
-  int left, top, right, bottom;  ///< right and bottom lie outside
-};
-
-/// 32 bits a pixel: unused, red, green, blue from the highest.
-struct RgbPicture {
-  const std::uint8_t* bytes;
-  std::ptrdiff_t rowBytes;
-  const std::uint32_t* Row(int y) const { return reinterpret_cast<const std::uint32_t*>(bytes + y * rowBytes); }
-};
 
 /// Sways, talks and waves.
 class Presenter {

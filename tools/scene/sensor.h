@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <vector>
 
-#include "scene/moving_picture.h"
+#include "scene/rgb_picture.h"
 #include "scene/scene.h"
 
 namespace vidproc::scene {
