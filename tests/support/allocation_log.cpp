@@ -19,6 +19,15 @@ namespace {
 
 AllocationLog* active = nullptr;
 
+// The C library of Windows has no aligned_alloc.
+#ifdef _WIN32
+void* AllocateAligned(std::size_t alignment, std::size_t bytes) { return _aligned_malloc(bytes, alignment); }
+void FreeAligned(void* memory) { _aligned_free(memory); }
+#else
+void* AllocateAligned(std::size_t alignment, std::size_t bytes) { return std::aligned_alloc(alignment, bytes); }
+void FreeAligned(void* memory) { std::free(memory); }
+#endif
+
 }  // namespace
 
 AllocationLog::AllocationLog(std::initializer_list<std::size_t> failing) {
@@ -51,9 +60,8 @@ void* AllocationLog::Serve(std::size_t bytes, std::size_t alignment) {
   if (!refused) {
     // aligned_alloc wants whole multiples of the alignment.
     const std::size_t rounded = (bytes + alignment - 1) / alignment * alignment;
-    memory = alignment <= alignof(std::max_align_t)
-                 ? std::malloc(std::max<std::size_t>(bytes, 1))
-                 : FreshMemory::Fill(std::aligned_alloc(alignment, rounded), rounded);
+    memory = alignment <= alignof(std::max_align_t) ? std::malloc(std::max<std::size_t>(bytes, 1))
+                                                    : FreshMemory::Fill(AllocateAligned(alignment, rounded), rounded);
   }
   if (number < kMost) active->requests[number] = {bytes, memory};
   if (memory == nullptr) throw std::bad_alloc();
@@ -93,7 +101,7 @@ void operator delete(void* memory) noexcept { std::free(memory); }
 void operator delete[](void* memory) noexcept { std::free(memory); }
 void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }
 void operator delete[](void* memory, std::size_t) noexcept { std::free(memory); }
-void operator delete(void* memory, std::align_val_t) noexcept { std::free(memory); }
-void operator delete[](void* memory, std::align_val_t) noexcept { std::free(memory); }
-void operator delete(void* memory, std::size_t, std::align_val_t) noexcept { std::free(memory); }
-void operator delete[](void* memory, std::size_t, std::align_val_t) noexcept { std::free(memory); }
+void operator delete(void* memory, std::align_val_t) noexcept { testing_support::FreeAligned(memory); }
+void operator delete[](void* memory, std::align_val_t) noexcept { testing_support::FreeAligned(memory); }
+void operator delete(void* memory, std::size_t, std::align_val_t) noexcept { testing_support::FreeAligned(memory); }
+void operator delete[](void* memory, std::size_t, std::align_val_t) noexcept { testing_support::FreeAligned(memory); }

@@ -1,6 +1,7 @@
 // The wrapped malloc of the test program.
 #include "support/failing_malloc.h"
 
+#include <atomic>
 #include <cstddef>
 #include <cstdint>
 
@@ -8,7 +9,8 @@ namespace {
 
 constexpr int kNone = -1;
 int callsUntilFailure = kNone;
-thread_local std::size_t requestedBytes = 0;
+// Not of a thread: where compilers emulate such objects, their first use calls malloc.
+std::atomic<std::size_t> requestedBytes = 0;
 testing_support::Garbage garbage = testing_support::Garbage::kNone;
 
 }  // namespace

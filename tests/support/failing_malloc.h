@@ -28,7 +28,7 @@ class FreshMemory {
   static void* Fill(void* memory, std::size_t bytes);
 };
 
-/// Counts the bytes that this thread asks for from its construction on.
+/// Counts the bytes that the program asks for from its construction on.
 class MallocCount {
  public:
   MallocCount();
