@@ -179,6 +179,7 @@ Stream StartExported(Use use, const Geometry& g, const Settings& s) {
       Side(g.outHeight), Side(2 * g.outWidth + g.outPadding), s.strength, s.dither, s.softening);
   Processor p(static_cast<VideoProcessor*>(handle));
   p->ditherSeed = 200;
+  p->cpuLevel = 1;  // the same routes on a processor without SSE4.1
   return StartObject(std::move(p), g, Flush::kEnd, [=](VideoProcessor& processor, auto* source, auto* destination) {
     if (use == Use::kPost) {
       PostProcExecute(&processor, source, destination, s.deblock, s.gain, s.offset);
