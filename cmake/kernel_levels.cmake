@@ -19,6 +19,10 @@ foreach(level IN LISTS VIDPROC_BUILT_LEVELS)
 endforeach()
 
 set(VIDPROC_FLAGS_portable -Wno-psabi)  # vectors cross functions of one unit only
+if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+  # A loop over eight lanes becomes one instruction only while it is a loop.
+  list(APPEND VIDPROC_FLAGS_portable --param=max-completely-peel-times=7)
+endif()
 set(VIDPROC_FLAGS_sse2 -msse2)
 set(VIDPROC_FLAGS_sse41 -msse4.1)
 set(VIDPROC_FLAGS_avx2 -mavx2)

@@ -150,11 +150,15 @@ inline I16 Subtract(I16 a, I16 b) { return {As<Raw>(Unsigned(a) - Unsigned(b))};
 inline I16 AddSaturate(I16 a, I16 b) { return {SaturatedSum<-32768, 32767>(Signed(a), Signed(b))}; }
 inline I16 SubtractSaturate(I16 a, I16 b) { return {SaturatedDifference<-32768, 32767>(Signed(a), Signed(b))}; }
 inline I16 MultiplyLow(I16 a, I16 b) { return {As<Raw>(Unsigned(a) * Unsigned(b))}; }
-/// The high 16 bits of products. Compilers know this loop for an instruction of their processor.
+/// The high 16 bits of products. Compilers know this loop over memory for an instruction of their processor.
 inline I16 MultiplyHigh(I16 a, I16 b) {
-  Words high;
-  for (int i = 0; i < kLanes; ++i) high[i] = static_cast<std::int16_t>((Signed(a)[i] * Signed(b)[i]) >> 16);
-  return {As<Raw>(high)};
+  std::int16_t product[kLanes];
+  std::int16_t factor[kLanes];
+  __builtin_memcpy(product, &a, sizeof product);
+  __builtin_memcpy(factor, &b, sizeof factor);
+  for (int i = 0; i < kLanes; ++i) product[i] = static_cast<std::int16_t>((product[i] * factor[i]) >> 16);
+  __builtin_memcpy(&a, product, sizeof product);
+  return a;
 }
 inline I32 Add(I32 a, I32 b) { return {As<Raw>(As<UnsignedDoubleWords>(a.raw) + As<UnsignedDoubleWords>(b.raw))}; }
 inline I32 MultiplyAdd(I16 a, I16 b) {
@@ -216,18 +220,6 @@ inline U8 JoinSigned(I16 low, I16 high) {
 }
 inline void StoreNarrow(std::uint8_t* p, I16 a) { Store64(p, InOrder(As<QuadWords>(Join(a, a).raw))[0]); }
 
-constexpr bool kHasByteShuffle = false;
-
-inline U8 LookUpBelow16(U8 table, U8 index) {
-  Raw result;
-  for (int i = 0; i < kVectorBytes; ++i) {
-    const int place = index.raw[i];
-    result[i] = place < 16 ? table.raw[kCountsFromEnd ? 15 - place : place] : std::uint8_t{};
-  }
-  return {result};
-}
-inline U8 ShuffleWindows(U8 windows, U8 index) { return LookUpBelow16(windows, index); }
-inline U8 ShuffleTiles(U8 tiles, U8 index) { return ShuffleWindows(tiles, index); }
 /// The product's bits 30..15, plus bit 14.
 inline I16 MultiplyRound(I16 a, I16 b) {
   const I16 low = MultiplyLow(a, b);
@@ -238,5 +230,6 @@ inline I16 MultiplyRound(I16 a, I16 b) {
 }  // namespace
 }  // namespace vidproc::VIDPROC_TARGET
 
+#include "simd/byte_look_ups.h"
 #include "simd/byte_pairs.h"
 #include "simd/one_tile.h"

@@ -103,23 +103,11 @@ inline U8 ShuffleTiles(U8 tiles, U8 index) { return ShuffleWindows(tiles, index)
 inline I16 MultiplyPairs(U8 a, U8 b) { return {_mm_maddubs_epi16(a.raw, b.raw)}; }
 inline I16 MultiplyRound(I16 a, I16 b) { return {_mm_mulhrs_epi16(a.raw, b.raw)}; }
 #else
-constexpr bool kHasByteShuffle = false;
-
 inline I16 MinUnsigned(I16 a, I16 b) { return {_mm_sub_epi16(a.raw, _mm_subs_epu16(a.raw, b.raw))}; }
 inline I16 Absolute(I16 a) {
   const Raw sign = _mm_srai_epi16(a.raw, 15);
   return {_mm_sub_epi16(_mm_xor_si128(a.raw, sign), sign)};
 }
-inline U8 LookUpBelow16(U8 table, U8 index) {
-  std::uint8_t entry[16];
-  std::uint8_t byte[16];
-  Store(entry, table);
-  Store(byte, index);
-  for (std::uint8_t& b : byte) b = b < 16 ? entry[b] : 0;
-  return LoadU8(byte);
-}
-inline U8 ShuffleWindows(U8 windows, U8 index) { return LookUpBelow16(windows, index); }
-inline U8 ShuffleTiles(U8 tiles, U8 index) { return ShuffleWindows(tiles, index); }
 inline I16 MultiplyRound(I16 a, I16 b) {
   // The product's bits 30..15, plus bit 14.
   const Raw low = _mm_mullo_epi16(a.raw, b.raw);
@@ -132,6 +120,7 @@ inline I16 MultiplyRound(I16 a, I16 b) {
 }  // namespace vidproc::VIDPROC_TARGET
 
 #ifdef VIDPROC_TARGET_sse2
+#include "simd/byte_look_ups.h"
 #include "simd/byte_pairs.h"
 #endif
 #include "simd/one_tile.h"
