@@ -9,10 +9,10 @@
 namespace vidproc::VIDPROC_TARGET {
 namespace {
 
-void ScaleOutputByOutput(const HorizontalRowJob& job) {
+void ScaleOutputByOutput(const HorizontalRowJob& job, int first) {
   const HorizontalRowPlan& plan = *job.plan;
-  std::uint8_t* out = job.out;
-  for (int k = 0; k < plan.outputs; ++k) {
+  std::uint8_t* out = job.out + first * plan.step;
+  for (int k = first; k < plan.outputs; ++k) {
     const PhasePosition& position = plan.positions[k];
     const std::int16_t* coefficients = plan.coefficients + position.phase * kMaxTaps;
     for (int component = 0; component < plan.step; ++component) {
@@ -22,6 +22,46 @@ void ScaleOutputByOutput(const HorizontalRowJob& job) {
       *out++ = static_cast<std::uint8_t>(Clamp(sum >> plan.shift, 0, 255));
     }
   }
+}
+
+/// Eight samples of one component: 0, or 1 for Cr.
+template <int kStep>
+I16 LoadSamples(const std::uint8_t* row, int component) {
+  if constexpr (kStep == 1) return LoadWiden(row);
+  const U8 pairs = LoadU8(row);
+  return component == 0 ? EvenBytes(pairs) : OddBytes(pairs);
+}
+
+/// Result by result as well, but with the samples under its taps side by side in lanes. For sets of one tile.
+template <int kStep, int kShift>
+void ScaleByLanes(const HorizontalRowJob& job) {
+  const HorizontalRowPlan& plan = *job.plan;
+  const I32 half = SplatI32(1 << (kShift - 1));
+  const auto productsOf = [&](int result) {
+    const PhasePosition& position = plan.positions[result / kStep];
+    const std::uint8_t* const samples = job.in + position.source * kStep;
+    const std::int16_t* const coefficients = plan.coefficients + position.phase * kMaxTaps;
+    const I32 products = MultiplyAdd(LoadSamples<kStep>(samples, result % kStep), LoadI16(coefficients));
+    if (plan.taps <= 8) return products;
+    return Add(products,
+               MultiplyAdd(LoadSamples<kStep>(samples + 8 * kStep, result % kStep), LoadI16(coefficients + 8)));
+  };
+  const auto fourFrom = [&](int result) {
+    const I32 sums =
+        SumLanes(productsOf(result), productsOf(result + 1), productsOf(result + 2), productsOf(result + 3));
+    return ShiftRight<kShift>(Add(sums, half));
+  };
+  int b = 0;
+  for (; b + kVectorBytes <= plan.outputs * kStep; b += kVectorBytes) {
+    const I16 low = JoinSigned(fourFrom(b), fourFrom(b + 4));
+    Store(job.out + b, Join(low, JoinSigned(fourFrom(b + 8), fourFrom(b + 12))));
+  }
+  ScaleOutputByOutput(job, b / kStep);
+}
+
+template <int kStep>
+void ScaleByLanes(const HorizontalRowJob& job) {
+  job.plan->shift == 6 ? ScaleByLanes<kStep, 6>(job) : ScaleByLanes<kStep, 7>(job);
 }
 
 void FilterShiftedRows(const HorizontalRowJob& job) {
@@ -154,8 +194,10 @@ void ScaleRow(const HorizontalRowJob& job) {
   if (job.plan->form == HorizontalForm::kSamePhase) return FilterShiftedRows(job);
   if constexpr (kHasByteShuffle) {
     if (job.plan->form != HorizontalForm::kGeneral) return ScaleByGrids(job);
+  } else if constexpr (kHasVectors) {
+    return job.plan->step == 1 ? ScaleByLanes<1>(job) : ScaleByLanes<2>(job);
   }
-  ScaleOutputByOutput(job);
+  ScaleOutputByOutput(job, 0);
 }
 
 void RepeatRowEdges(std::uint8_t* row, std::int32_t bytes, std::int32_t step) {

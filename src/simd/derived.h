@@ -92,12 +92,14 @@ inline TwoVectors JoinInterleaved(I16 even0, I16 even1, I16 odd0, I16 odd1) {
   return {{ZipLow8(even, odd)}, {ZipHigh8(even, odd)}};
 }
 
-/// Four sums: of all lanes of a, of b, of c, and of c once more.
-inline void StoreSums(std::int32_t* sums, I32 a, I32 b, I32 c) {
+/// In every tile four sums: of its lanes of a, of b, of c and of d.
+inline I32 SumLanes(I32 a, I32 b, I32 c, I32 d) {
   const I32 ab = Add(I32{ZipLow32(a.raw, b.raw)}, I32{ZipHigh32(a.raw, b.raw)});
-  const I32 cc = Add(I32{ZipLow32(c.raw, c.raw)}, I32{ZipHigh32(c.raw, c.raw)});
-  StoreTileSum(sums, Add(I32{ZipLow64(ab.raw, cc.raw)}, I32{ZipHigh64(ab.raw, cc.raw)}));
+  const I32 cd = Add(I32{ZipLow32(c.raw, d.raw)}, I32{ZipHigh32(c.raw, d.raw)});
+  return Add(I32{ZipLow64(ab.raw, cd.raw)}, I32{ZipHigh64(ab.raw, cd.raw)});
 }
+/// Four sums: of all lanes of a, of b, of c, and of c once more.
+inline void StoreSums(std::int32_t* sums, I32 a, I32 b, I32 c) { StoreTileSum(sums, SumLanes(a, b, c, c)); }
 
 }  // namespace
 }  // namespace vidproc::VIDPROC_TARGET

@@ -108,6 +108,7 @@ inline U8 Equal(U8 a, U8 b) { return {vceqq_u8(a.raw, b.raw)}; }
 inline U8 JoinSigned(I16 low, I16 high) {
   return {vreinterpretq_u8_s8(vqmovn_high_s16(vqmovn_s16(Words(low)), Words(high)))};
 }
+constexpr bool kHasVectors = true;
 constexpr bool kHasByteShuffle = true;
 
 inline U8 LookUpBelow16(U8 table, U8 index) { return {vqtbl1q_u8(table.raw, index.raw)}; }

@@ -256,6 +256,7 @@ inline U8 Equal(U8 a, U8 b) {
   return EachByte(a, b, [](int x, int y) { return x == y ? 0xFF : 0; });
 }
 
+constexpr bool kHasVectors = false;
 constexpr bool kHasByteShuffle = false;
 
 inline U8 LookUpBelow16(U8 table, U8 index) {

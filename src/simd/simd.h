@@ -17,6 +17,7 @@
 //   MultiplyRound            (a * b + 16384) >> 15; a and b are not both -32768
 //   LookUpBelow16(t, i)      in every tile t[i], and 0 where i is 16 or more
 //   LoadWindows, ShuffleWindows   kernels/byte_row_plan.h explains windows; indices stay inside them
+//   kHasVectors              false: vectors are arrays, and plain code is faster
 //   kHasByteShuffle          look-ups, shuffles and MultiplyPairs are instructions: without, 16-bit lanes are faster
 //
 // Lane order. A vector consists of tiles of 128 bits: two with AVX2, four with AVX-512, one with all other sets. Wide

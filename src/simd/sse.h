@@ -16,6 +16,8 @@ using Raw = __m128i;
 namespace vidproc::VIDPROC_TARGET {
 namespace {
 
+constexpr bool kHasVectors = true;
+
 inline Raw LoadRaw(const void* p) { return _mm_loadu_si128(static_cast<const __m128i_u*>(p)); }
 inline void StoreRaw(void* p, Raw a) { _mm_storeu_si128(static_cast<__m128i_u*>(p), a); }
 inline Raw Load64(const void* p) { return _mm_loadl_epi64(static_cast<const __m128i_u*>(p)); }
