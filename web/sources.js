@@ -37,7 +37,7 @@ export async function y4mClip(file) {
   return timedStream(clip.rate, (number) => clip.frame(number % clip.frames));
 }
 
-/// Frames that the page posts. `put` takes them over and keeps only the newest.
+/// Frames that the page posts. `put` takes them over, and drops those that come while one waits.
 export class Mailbox {
   #controller;
   stream = new ReadableStream({ start: (controller) => (this.#controller = controller) });

@@ -23,7 +23,6 @@ const handlers = {
 
   /// Plays `readable` (a camera's frames), `file` (Y4M), frames that the page posts, or the rendered clip.
   async open({ source, readable, file }) {
-    resume?.();
     await reader?.cancel();
     await ended;
     mailbox = source === 'posted' ? new Mailbox() : null;
