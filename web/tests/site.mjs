@@ -10,7 +10,8 @@ const project = fileURLToPath(new URL('../..', import.meta.url));
 const site = join(project, 'build/web/site');
 export const work = join(project, 'build/web');
 export const scene = join(work, 'scene.y4m');
-export const sceneFrames = 60;
+const sceneFrames = 60;
+const patience = 60000; // milliseconds, on a machine that has much else to do
 
 const types = { '.html': 'text/html', '.css': 'text/css', '.wasm': 'application/wasm' };
 
@@ -47,7 +48,7 @@ export async function startBrowser() {
   return {
     async open({ script = () => {}, ...options } = {}) {
       const page = await browser.newPage({ viewport: { width: 1280, height: 800 }, ...options });
-      page.setDefaultTimeout(60000);
+      page.setDefaultTimeout(patience);
       await page.addInitScript(script);
       await page.goto(`http://localhost:${server.address().port}/`);
       return page;
@@ -59,14 +60,27 @@ export async function startBrowser() {
   };
 }
 
-/// The figures that are shown, once `accept`, a function of the page, takes them.
+/// The figures that are shown, once `accept` takes them.
 export async function figures(page, accept = () => true) {
-  const handle = await page.waitForFunction((text) => {
-    const terms = [...document.querySelectorAll('#figures dt')];
-    const shown = Object.fromEntries(terms.map((term) => [term.textContent, term.nextSibling.textContent]));
-    return terms.length > 0 && new Function(`return (${text})`)()(shown) ? shown : false;
-  }, accept.toString());
-  return handle.jsonValue();
+  const begin = Date.now();
+  for (;;) {
+    await page.waitForSelector('#figures dt');
+    const shown = await page.evaluate(() => {
+      const terms = [...document.querySelectorAll('#figures dt')];
+      return Object.fromEntries(terms.map((term) => [term.textContent, term.nextSibling.textContent]));
+    });
+    if (accept(shown)) return shown;
+    if (Date.now() - begin > patience) throw new Error(`No such figures came: ${JSON.stringify(shown)}`);
+    await page.waitForTimeout(200);
+  }
+}
+
+/// As in a browser whose workers lack something.
+export async function reloadWithout(page, name) {
+  const worker = readFileSync(join(site, 'worker.js'), 'utf8');
+  const contentType = 'text/javascript';
+  await page.route('**/worker.js', (route) => route.fulfill({ contentType, body: `delete self.${name};${worker}` }));
+  await page.reload();
 }
 
 /// Lets the page open something, after it has shown figures of something else, and returns its figures.
