@@ -152,8 +152,10 @@ inline I16 Subtract(I16 a, I16 b) { return {As<Raw>(Unsigned(a) - Unsigned(b))};
 inline I16 AddSaturate(I16 a, I16 b) { return {SaturatedSum<-32768, 32767>(Signed(a), Signed(b))}; }
 inline I16 SubtractSaturate(I16 a, I16 b) { return {SaturatedDifference<-32768, 32767>(Signed(a), Signed(b))}; }
 inline I16 MultiplyLow(I16 a, I16 b) { return {As<Raw>(Unsigned(a) * Unsigned(b))}; }
-/// The high 16 bits of products. Compilers know this loop over memory for an instruction of their processor.
+/// The high 16 bits of products.
 inline I16 MultiplyHigh(I16 a, I16 b) {
+#ifdef __SSE2__
+  // Compilers know this loop for an instruction. g++ 12 makes wrong code of it for processors without vectors.
   std::int16_t product[kLanes];
   std::int16_t factor[kLanes];
   __builtin_memcpy(product, &a, sizeof product);
@@ -161,6 +163,12 @@ inline I16 MultiplyHigh(I16 a, I16 b) {
   for (int i = 0; i < kLanes; ++i) product[i] = static_cast<std::int16_t>((product[i] * factor[i]) >> 16);
   __builtin_memcpy(&a, product, sizeof product);
   return a;
+#else
+  const auto pairsA = As<DoubleWords>(a.raw), pairsB = As<DoubleWords>(b.raw);
+  const auto low = As<UnsignedDoubleWords>((pairsA << 16 >> 16) * (pairsB << 16 >> 16));
+  const auto high = As<UnsignedDoubleWords>((pairsA >> 16) * (pairsB >> 16));
+  return {As<Raw>(low >> 16 | (high & 0xFFFF0000u))};
+#endif
 }
 inline I32 Add(I32 a, I32 b) { return {As<Raw>(As<UnsignedDoubleWords>(a.raw) + As<UnsignedDoubleWords>(b.raw))}; }
 inline I32 MultiplyAdd(I16 a, I16 b) {
