@@ -78,29 +78,48 @@ class Chain:
 
 @dataclass(frozen=True)
 class VidprocChain:
-    """Presets of vidproc before and after."""
+    """Settings of vidproc before and after, each a tuple of names and values."""
     name: str
-    pre: str
-    post: str
+    pre: tuple
+    post: tuple
 
     def before(self, store, stream, size):
-        return store.processed(stream, "pre", {"preset": self.pre}, size)
+        return store.processed(stream, "pre", dict(self.pre), size)
 
     def after(self, store, stream, size):
-        return stream if size == stream.size else store.processed(stream, "post", {"preset": self.post}, size)
+        """Without a change of size only what is more than the preset is worth a pass."""
+        passed = size == stream.size and len(self.post) == 1
+        return stream if passed else store.processed(stream, "post", dict(self.post), size)
 
     def seconds(self, store, stream, size):
         frames = numpy.tile(stream.frames(), (TIMED_LAPS[1], 1))
-        store.vidproc.run("pre", {"preset": self.pre}, frames, stream.size, size)
+        store.vidproc.run("pre", dict(self.pre), frames, stream.size, size)
         return store.vidproc.seconds / len(frames)
 
 
-def all_chains():
+def settings_of(preset, changes=""):
+    """Of a preset and changes of it as in "denoise_edge=2,temporal_strength=70"."""
+    pairs = [change.split("=") for change in changes.split(",") if change]
+    return (("preset", preset), *((name, int(value)) for name, value in pairs))
+
+
+def known_chains():
     denoisers = {"none": "", "hqdn3d": "hqdn3d", "hqdn3d strong": "hqdn3d=8:6:12:9", "nlmeans": "nlmeans=s=3",
                  "atadenoise": "atadenoise", "fftdnoiz": "fftdnoiz=sigma=4"}
     peers = [Chain(f"{name}, {scaler}", filters, scaler)
              for name, filters in denoisers.items() for scaler in ("bicubic", "lanczos")]
-    return peers + [VidprocChain(OURS, "webcam", "camera"), VidprocChain("vidproc screen", "screen", "screen-share")]
+    return peers + [VidprocChain(OURS, settings_of("webcam"), settings_of("camera")),
+                    VidprocChain("vidproc screen", settings_of("screen"), settings_of("screen-share"))]
+
+
+def asked_chains(arguments):
+    named = [chain for chain in known_chains()
+             if not arguments.chains or chain.name == ANCHOR or any(part in chain.name for part in arguments.chains)]
+    return (named + [Chain(f"{filters}, bicubic", filters, "bicubic") for filters in arguments.filters] +
+            [VidprocChain(f"{OURS}, {changes}", settings_of("webcam", changes), settings_of("camera"))
+             for changes in arguments.pre] +
+            [VidprocChain(f"{OURS}, then {changes}", settings_of("webcam"), settings_of("camera", changes))
+             for changes in arguments.post])
 
 
 @dataclass
@@ -118,7 +137,7 @@ class Point:
 MEASURES = ("psnr Y", "ssim Y", "psnr C", "ssim C")
 
 
-def measure_curve(store, chain, clean, noisy, ratio, speed, qualities=QUALITIES):
+def measure_curve(store, chain, clean, noisy, ratio, speed, qualities):
     size = size_at(ratio, clean.size)
     frames = len(clean.frames())
     before = chain.before(store, noisy, size)
@@ -172,13 +191,13 @@ class Report:
         """Of drawn text, without noise: vidproc's preset for screens beside a Lanczos chain."""
         size, count = (640, 360), 32
         clean = self.store.make(f"text page {size} {count}", size, lambda out: text_page(size, count).tofile(out))
-        chains = {chain.name: chain for chain in all_chains() if chain.name in TEXT_CHAINS}
+        chains = {chain.name: chain for chain in known_chains() if chain.name in TEXT_CHAINS}
         self.lines += ["## A page of text that scrolls", "", f"640x360, {count} frames, luma.", "",
                        "| ratio | chain | PSNR at equal bits, dB | BD-rate, PSNR | BD-rate, SSIM |",
                        "|---|---|---|---|---|"]
         crops = {"clean": clean.frames()[-1]}
         for ratio in ("3:2", "2:1"):
-            curves = {name: measure_curve(self.store, chain, clean, clean, ratio, list(SPEEDS)[0])
+            curves = {name: measure_curve(self.store, chain, clean, clean, ratio, list(SPEEDS)[0], QUALITIES)
                       for name, chain in chains.items()}
             anchor = curves[TEXT_CHAINS[0]]
             for name, curve in curves.items():
@@ -195,8 +214,9 @@ class Report:
         noisy = self.store.filtered(clean, f"noise=alls={strength}:allf=t:all_seed=1" if strength else "")
         title = f"{ratio}, noise {noise}, {speed}"
         print(f"    {name}: {title}", flush=True)
-        chains = {chain.name: chain for chain in all_chains() if self._is_asked(chain)}
-        curves = {chain: measure_curve(self.store, chains[chain], clean, noisy, ratio, speed) for chain in chains}
+        chains = {chain.name: chain for chain in asked_chains(self.arguments)}
+        curves = {name: measure_curve(self.store, chain, clean, noisy, ratio, speed, self.arguments.qualities)
+                  for name, chain in chains.items()}
         self.lines += [f"### {title}", "", "| chain | PSNR Y | SSIM Y | PSNR C | SSIM C | in common, dB |",
                        "|---|---|---|---|---|---|"]
         for chain in chains:
@@ -205,14 +225,10 @@ class Report:
         if ratio == "2:1" and noise == 4.2 and speed == list(SPEEDS)[0]:
             self._pictures(name, chains, clean, noisy, curves)
 
-    def _is_asked(self, chain):
-        return not self.arguments.chains or chain.name == ANCHOR or any(part in chain.name
-                                                                       for part in self.arguments.chains)
-
     def _pictures(self, name, chains, clean, noisy, curves):
         plot = self.directory / f"{name}-curves.png"
         plots.draw_curves(curves, OURS, ANCHOR, plot)
-        target = curves[ANCHOR][2].bits
+        target = curves[ANCHOR][-2].bits
         crops = {"clean": clean.frames(), "as it comes from the camera": noisy.frames()}
         for chain in (ANCHOR, "nlmeans, bicubic", OURS):
             if chain in chains:
@@ -245,7 +261,7 @@ class Report:
     def _times(self, clean):
         noisy = self.store.filtered(clean, NOISE)
         size = size_at("2:1", clean.size)
-        chains = [chain for chain in all_chains() if self._is_asked(chain)]
+        chains = asked_chains(self.arguments)
         rounds = [[chain.seconds(self.store, noisy, size) for chain in chains] for _ in range(TIMINGS)]
         self.lines += ["### Time of a frame before the encoder, 2:1, noise 4.2", "", "| chain | ms |", "|---|---|"]
         self.lines += [f"| {chain.name} | {1000 * min(times):.2f} |" for chain, times in zip(chains, zip(*rounds))]
@@ -255,12 +271,13 @@ class Report:
 HEADER = """# The picture on the far side
 
 Written by `scripts/report`. The clip counts as clean; noise of the deviation that stands in the heading is added to it
-(FFmpeg's `noise`, on luma and chroma), the chain denoises and scales it down, x264 encodes it at CRF 20, 24, 28 and 32,
-the decoded picture is scaled up again and compared with the clean one. Figures are BD-rates in per cent against
-`hqdn3d=8:6:12:9` with swscale's bicubic scaler both ways: the change in bits at equal quality, negative is better.
-Y is luma, C the mean of Cb and Cr. Curves are monotone piecewise cubics over the range of quality that both reach; the
-last column says which, in dB of luma PSNR, and "-" that there is none. "hqdn3d" has its default strength, "vidproc
-webcam" the presets `webcam` before and `camera` after. Times are those of the fastest of five runs on one thread.
+(FFmpeg's `noise`, on luma and chroma), the chain denoises and scales it down, x264 encodes it at the CRF that the
+options name, the decoded picture is scaled up again and compared with the clean one. Figures are BD-rates in per cent
+against `hqdn3d=8:6:12:9` with swscale's bicubic scaler both ways: the change in bits at equal quality, negative is
+better. Y is luma, C the mean of Cb and Cr. Curves are monotone piecewise cubics over the range of quality that both
+reach; the last column says which, in dB of luma PSNR, and "-" that there is none. "hqdn3d" has its default strength,
+"vidproc webcam" the presets `webcam` before and `camera` after. Times are those of the fastest of five runs on one
+thread.
 
 Options of this run: {options}
 """
@@ -275,6 +292,12 @@ def parse_arguments():
     parser.add_argument("--ratios", nargs="+", default=list(RATIOS), choices=list(RATIOS))
     parser.add_argument("--speeds", nargs="+", default=list(SPEEDS), choices=list(SPEEDS), help="of x264")
     parser.add_argument("--chains", nargs="+", default=[], help="only those whose names contain one of these")
+    parser.add_argument("--filters", nargs="+", default=[], help="more chains: FFmpeg's filters before bicubic scaling")
+    parser.add_argument("--pre", nargs="+", default=[], metavar="NAME=VALUE[,...]",
+                        help="more chains: the preset webcam with other settings")
+    parser.add_argument("--post", nargs="+", default=[], metavar="NAME=VALUE[,...]",
+                        help="more chains: webcam, and the preset camera with other settings after decoding")
+    parser.add_argument("--qualities", nargs="+", type=int, default=list(QUALITIES), metavar="CRF", help="of x264")
     parser.add_argument("--text-page", action="store_true", help="a drawn page of text too")
     parser.add_argument("--library", type=Path, required=True, help=argparse.SUPPRESS)
     parser.add_argument("--cache", type=Path, required=True, help=argparse.SUPPRESS)

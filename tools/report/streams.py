@@ -75,6 +75,8 @@ class Vidproc:
         options.input = FrameInfo(FORMAT_I420, *size, 0)
         options.output = FrameInfo(FORMAT_I420, *out_size, 0)
         for name, value in settings.items():
+            if name not in dict(options._fields_):
+                raise ValueError(f"no setting {name}")
             setattr(options, name, value)
         handle = ctypes.c_void_p()
         call("create")(ctypes.byref(handle))
