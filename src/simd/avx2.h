@@ -12,7 +12,6 @@ using Raw = __m256i;
 namespace vidproc::VIDPROC_TARGET {
 namespace {
 
-constexpr bool kHasVectors = true;
 constexpr bool kHasByteShuffle = true;
 
 inline Raw LoadRaw(const void* p) { return _mm256_loadu_si256(static_cast<const __m256i_u*>(p)); }

@@ -17,7 +17,6 @@ using Raw = __m512i;
 namespace vidproc::VIDPROC_TARGET {
 namespace {
 
-constexpr bool kHasVectors = true;
 constexpr bool kHasByteShuffle = true;
 
 inline Raw LoadRaw(const void* p) { return _mm512_loadu_si512(p); }

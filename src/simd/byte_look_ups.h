@@ -15,7 +15,6 @@ inline U8 LookUpBelow16(U8 table, U8 index) {
   return LoadU8(byte);
 }
 inline U8 ShuffleWindows(U8 windows, U8 index) { return LookUpBelow16(windows, index); }
-inline U8 ShuffleTiles(U8 tiles, U8 index) { return LookUpBelow16(tiles, index); }
 
 }  // namespace
 }  // namespace vidproc::VIDPROC_TARGET

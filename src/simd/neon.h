@@ -108,12 +108,10 @@ inline U8 Equal(U8 a, U8 b) { return {vceqq_u8(a.raw, b.raw)}; }
 inline U8 JoinSigned(I16 low, I16 high) {
   return {vreinterpretq_u8_s8(vqmovn_high_s16(vqmovn_s16(Words(low)), Words(high)))};
 }
-constexpr bool kHasVectors = true;
 constexpr bool kHasByteShuffle = true;
 
 inline U8 LookUpBelow16(U8 table, U8 index) { return {vqtbl1q_u8(table.raw, index.raw)}; }
 inline U8 ShuffleWindows(U8 windows, U8 index) { return {vqtbl1q_u8(windows.raw, index.raw)}; }
-inline U8 ShuffleTiles(U8 tiles, U8 index) { return ShuffleWindows(tiles, index); }
 inline I16 MultiplyRound(I16 a, I16 b) { return FromWords(vqrdmulhq_s16(Words(a), Words(b))); }
 
 }  // namespace

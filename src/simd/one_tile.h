@@ -14,6 +14,7 @@ inline U8 JoinInOrder(I16 first, I16 second) { return Join(first, second); }
 constexpr int kWindowBytes = 16;
 inline U8 LoadTilesAt(const std::uint8_t* row, const std::int32_t* offsets) { return LoadU8(row + offsets[0]); }
 inline U8 LoadWindows(const std::uint8_t* row, const std::int32_t* offsets) { return LoadTilesAt(row, offsets); }
+inline U8 ShuffleTiles(U8 tiles, U8 index) { return ShuffleWindows(tiles, index); }
 
 }  // namespace
 }  // namespace vidproc::VIDPROC_TARGET

@@ -28,8 +28,6 @@ using Raw = Bytes;
 namespace vidproc::VIDPROC_TARGET {
 namespace {
 
-constexpr bool kHasVectors = true;
-
 constexpr bool kCountsFromEnd = __BYTE_ORDER__ == __ORDER_BIG_ENDIAN__;
 
 template <class Lanes>

@@ -256,14 +256,12 @@ inline U8 Equal(U8 a, U8 b) {
   return EachByte(a, b, [](int x, int y) { return x == y ? 0xFF : 0; });
 }
 
-constexpr bool kHasVectors = false;
 constexpr bool kHasByteShuffle = false;
 
 inline U8 LookUpBelow16(U8 table, U8 index) {
   return EachByte(index, index, [&table](int i, int) { return i < 16 ? int{table.raw.byte[i]} : 0; });
 }
 inline U8 ShuffleWindows(U8 windows, U8 index) { return LookUpBelow16(windows, index); }
-inline U8 ShuffleTiles(U8 tiles, U8 index) { return ShuffleWindows(tiles, index); }
 inline I16 MultiplyPairs(U8 a, U8 b) {
   I16 result;
   for (int i = 0; i < kLanes; ++i) {

@@ -16,8 +16,6 @@ using Raw = __m128i;
 namespace vidproc::VIDPROC_TARGET {
 namespace {
 
-constexpr bool kHasVectors = true;
-
 inline Raw LoadRaw(const void* p) { return _mm_loadu_si128(static_cast<const __m128i_u*>(p)); }
 inline void StoreRaw(void* p, Raw a) { _mm_storeu_si128(static_cast<__m128i_u*>(p), a); }
 inline Raw Load64(const void* p) { return _mm_loadl_epi64(static_cast<const __m128i_u*>(p)); }
@@ -101,7 +99,6 @@ inline U8 LookUpBelow16(U8 table, U8 index) {
   return {_mm_shuffle_epi8(table.raw, _mm_adds_epu8(index.raw, _mm_set1_epi8(0x70)))};
 }
 inline U8 ShuffleWindows(U8 windows, U8 index) { return {_mm_shuffle_epi8(windows.raw, index.raw)}; }
-inline U8 ShuffleTiles(U8 tiles, U8 index) { return ShuffleWindows(tiles, index); }
 inline I16 MultiplyPairs(U8 a, U8 b) { return {_mm_maddubs_epi16(a.raw, b.raw)}; }
 inline I16 MultiplyRound(I16 a, I16 b) { return {_mm_mulhrs_epi16(a.raw, b.raw)}; }
 #else

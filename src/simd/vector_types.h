@@ -16,6 +16,11 @@ struct I32 {
 
 constexpr int kVectorBytes = sizeof(Raw);
 constexpr int kLanes = kVectorBytes / 2;
+#ifdef VIDPROC_TARGET_scalar
+constexpr bool kHasVectors = false;
+#else
+constexpr bool kHasVectors = true;
+#endif
 
 inline I16 AsI16(U8 a) { return {a.raw}; }
 inline I16 AsI16(I32 a) { return {a.raw}; }

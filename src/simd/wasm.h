@@ -87,12 +87,10 @@ inline Raw ZipHigh64(Raw a, Raw b) { return wasm_i64x2_shuffle(a, b, 1, 3); }
 inline U8 Join(I16 low, I16 high) { return {wasm_u8x16_narrow_i16x8(low.raw, high.raw)}; }
 inline U8 JoinSigned(I16 low, I16 high) { return {wasm_i8x16_narrow_i16x8(low.raw, high.raw)}; }
 
-constexpr bool kHasVectors = true;
 constexpr bool kHasByteShuffle = true;
 
 inline U8 LookUpBelow16(U8 table, U8 index) { return {wasm_i8x16_swizzle(table.raw, index.raw)}; }
 inline U8 ShuffleWindows(U8 windows, U8 index) { return LookUpBelow16(windows, index); }
-inline U8 ShuffleTiles(U8 tiles, U8 index) { return LookUpBelow16(tiles, index); }
 
 }  // namespace
 }  // namespace vidproc::VIDPROC_TARGET
