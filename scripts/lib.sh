@@ -108,6 +108,20 @@ Watch() {
   [[ -z $line ]] || printf '\n'
 }
 
+# ListRows: the names in the array `rows`, whose entries are "NAME|...".
+ListRows() { printf '%s\n' "${rows[@]%%|*}"; }
+
+# CheckRows NAME...: that they stand there.
+CheckRows() {
+  local name
+  for name in "$@"; do
+    ListRows | grep -Fqx -- "$name" || Fail "$name: not a row; see --list"
+  done
+}
+
+# IsAsked NAME ASKED...: whether a row is to run; all are where none is asked for.
+IsAsked() { (($# == 1)) || [[ " ${*:2} " == *" $1 "* ]]; }
+
 # Configure DIRECTORY OPTION...: configures with the options of cmake, a preset's among them. A directory that somebody
 # has configured keeps its generator.
 Configure() {
