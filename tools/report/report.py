@@ -87,9 +87,11 @@ class VidprocChain:
         return store.processed(stream, "pre", dict(self.pre), size)
 
     def after(self, store, stream, size):
-        """Without a change of size only what is more than the preset is worth a pass."""
-        passed = size == stream.size and len(self.post) == 1
-        return stream if passed else store.processed(stream, "post", dict(self.post), size)
+        """Presets of post-processing only scale."""
+        is_preset = len(self.post) == 1
+        if is_preset and size == stream.size:
+            return stream
+        return store.processed(stream, "post", dict(self.post), size)
 
     def seconds(self, store, stream, size):
         frames = numpy.tile(stream.frames(), (TIMED_LAPS[1], 1))
