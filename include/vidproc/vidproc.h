@@ -61,8 +61,8 @@ VIDPROC_API const char* vidproc_status_text(vidproc_status status);
 VIDPROC_API uint32_t vidproc_version_number(void);
 VIDPROC_API const char* vidproc_version_string(void);
 
-/// The instruction set in use: "scalar", "portable", "sse2", "sse41", "avx2", "avx512", "avx512vbmi" or "neon". Static
-/// text.
+/// The instruction set in use: "scalar", "portable", "sse2", "sse41", "avx2", "avx512", "avx512vbmi", "neon" or "wasm".
+/// Static text.
 VIDPROC_API const char* vidproc_level(void);
 
 /// Makes the whole process use the best instruction set of this machine that is not above `name` (null: the best one),
