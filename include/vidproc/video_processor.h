@@ -25,8 +25,7 @@
 
 #include <cstdint>
 
-/// Marks what the shared library exports.
-#define VIDPROC_API __attribute__((visibility("default")))
+#include "export.h"
 
 namespace vidproc {
 struct Workspace;

@@ -23,17 +23,14 @@
 #include <stddef.h>
 #include <stdint.h>
 
+#include "export.h"
+
 /// Version of this header.
 #define VIDPROC_VERSION_MAJOR 1
 #define VIDPROC_VERSION_MINOR 0
 #define VIDPROC_VERSION_PATCH 0
 /// Grows with every version; comparable with vidproc_version_number().
 #define VIDPROC_VERSION_NUMBER (VIDPROC_VERSION_MAJOR * 10000 + VIDPROC_VERSION_MINOR * 100 + VIDPROC_VERSION_PATCH)
-
-#ifndef VIDPROC_API
-/// Marks what the shared library exports.
-#define VIDPROC_API __attribute__((visibility("default")))
-#endif
 
 #ifdef __cplusplus
 extern "C" {

@@ -4,14 +4,8 @@
 #include <cstdarg>
 #include <cstdio>
 
+#include "compiler/compiler.h"
 #include "vidproc/vidproc.h"
-
-// The compiler for Windows has to be told whose conversions the C library there takes.
-#ifdef __MINGW_PRINTF_FORMAT
-#define VIDPROC_PRINTF __MINGW_PRINTF_FORMAT
-#else
-#define VIDPROC_PRINTF printf
-#endif
 
 namespace vidproc::api {
 
@@ -21,7 +15,7 @@ class ErrorText {
   const char* Get() const noexcept { return text; }
 
   /// Sets the text as printf would print it, and returns `status`.
-  [[gnu::format(VIDPROC_PRINTF, 3, 4)]] vidproc_status Set(vidproc_status status, const char* format, ...) noexcept {
+  VIDPROC_CHECKED_AS_PRINTF(3, 4) vidproc_status Set(vidproc_status status, const char* format, ...) noexcept {
     va_list arguments;
     va_start(arguments, format);
     std::vsnprintf(text, sizeof(text), format, arguments);

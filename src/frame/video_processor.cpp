@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <iterator>
 
+#include "compiler/compiler.h"
 #include "frame/filter_setup.h"
 #include "frame/frame_checks.h"
 #include "frame/working_buffers.h"
@@ -16,11 +17,9 @@ namespace {
 constexpr std::size_t kRecordedNameLength = 250;
 
 std::int8_t ProbeProcessor() {
-#if defined(__x86_64__) || defined(__i386__)
+  if (vidproc::kProcessor != vidproc::Processor::kX86) return 1;
   if (!vidproc::MachineHasLevel(vidproc::Level::kSse2)) return -1;
-  if (!vidproc::MachineHasLevel(vidproc::Level::kSse41)) return 0;
-#endif
-  return 1;
+  return vidproc::MachineHasLevel(vidproc::Level::kSse41) ? 1 : 0;
 }
 
 void RecordName(char (&field)[255], const char* name) {

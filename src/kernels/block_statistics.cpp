@@ -5,6 +5,9 @@
 // of 255 fit a 16-bit lane, 256 squares a 32-bit lane.
 #include "kernels/block_statistics.h"
 
+#include <cmath>
+
+#include "compiler/compiler.h"
 #include "kernels/kernel_table.h"
 #include "simd/simd.h"
 
@@ -54,7 +57,7 @@ inline void SumBlocks(const std::uint8_t* frame, std::ptrdiff_t pitch, const std
                       BlockSums* sums) {
   LaneSums lanes[kBlocks];
   for (std::ptrdiff_t row = 0; row < kExposureBlockSize * pitch; row += kRowsPerVector * pitch) {
-    for (int i = 0; i < kRowsPerVector; ++i) __builtin_prefetch(frame + row + i * pitch + kPrefetchBytes);
+    for (int i = 0; i < kRowsPerVector; ++i) Prefetch(frame + row + i * pitch + kPrefetchBytes);
     for (int b = 0; b < kBlockRowBytes; b += kVectorBytes, referenceLuma += kLanes) {
       for (int block = 0; block < kBlocks; ++block) {
         const I16 c = LoadLuma(frame + row + b + block * kBlockRowBytes, pitch);
@@ -105,7 +108,7 @@ void CompareBlocks(const BlockSums* sums, const ReferenceBlock* references, int 
     const int rMean = r.sum / kExposureBlockSamples;
     const int covariance = c.products - rMean * c.samples - cMean * r.sum + kExposureBlockSamples * rMean * cMean;
     const int variance = Variance(c);
-    const int deviation = static_cast<int>(__builtin_sqrt(1.0 * r.variance * variance));
+    const int deviation = static_cast<int>(std::sqrt(1.0 * r.variance * variance));
     // The rounded means add at most 2^8 to |covariance| <= deviation + 1: the quotient stays below 2^25.
     // A deviation of 0 means a block of one value, and then the covariance is 0 too.
     const int isPlain = deviation == 0;

@@ -9,6 +9,8 @@
 // Three samples on each side of an edge are filtered, vertically into 16-bit values, which are not clamped, then
 // horizontally on each component's own grid; the two samples in the middle of a block stay. 16-bit lanes: products and
 // the sum of the outer weights wrap, sums of products saturate. The frame is replaced strip by strip.
+#include <cstring>
+
 #include "kernels/deblock_job.h"
 #include "kernels/kernel_table.h"
 #include "kernels/passes/horizontal_pass.h"
@@ -142,8 +144,8 @@ class SourceRows {
   void KeepRowsAbove(int nextFirstRow) const {
     if (job.testPattern || nextFirstRow >= job.height) return;
     for (int i = 0; i < kRowsAbove; ++i) {
-      __builtin_memcpy(job.rowsAbove + i * keptPitch, Row(nextFirstRow - kRowsAbove + i),
-                       2 * static_cast<std::size_t>(job.width));
+      std::memcpy(job.rowsAbove + i * keptPitch, Row(nextFirstRow - kRowsAbove + i),
+                  2 * static_cast<std::size_t>(job.width));
     }
   }
 
@@ -162,7 +164,7 @@ class EdgeRows {
     for (int i = 0; i < kRows; ++i) {
       row[i] = source.Row(edge + i - before);
       if (rowBytes >= kLanes) continue;
-      __builtin_memcpy(copy[i], row[i], static_cast<std::size_t>(rowBytes));
+      std::memcpy(copy[i], row[i], static_cast<std::size_t>(rowBytes));
       row[i] = copy[i];
     }
   }

@@ -1,5 +1,7 @@
 // The edge-preserving passes of a single row, and the blend with its history. Outer taps are not negative and add up to
 // at most the whole: results are bytes as they are, and bytes will do at every step.
+#include <cstring>
+
 #include "kernels/kernel_table.h"
 #include "kernels/passes/byte_adaptive_taps.h"
 #include "kernels/row_jobs.h"
@@ -71,7 +73,7 @@ void FilterAndBlend(const HorizontalDenoiseJob& job, const ByteTaps<kOuter>& tap
     } else {
       std::uint8_t end[kVectorBytes];
       Store(end, value);
-      __builtin_memcpy(out + b, end, static_cast<std::size_t>(bytes - b));
+      std::memcpy(out + b, end, static_cast<std::size_t>(bytes - b));
     }
   }
 }
@@ -101,12 +103,12 @@ void FilterHorizontally(const HorizontalDenoiseJob& job) {
 
 void DenoiseRowVertically(const VerticalDenoiseJob& job) {
   FilterVertically(job);
-  if (job.previous != nullptr) __builtin_memcpy(job.previous, job.centre, static_cast<std::size_t>(job.bytes));
+  if (job.previous != nullptr) std::memcpy(job.previous, job.centre, static_cast<std::size_t>(job.bytes));
 }
 
 void DenoiseRowHorizontally(const HorizontalDenoiseJob& job) {
   FilterHorizontally(job);
-  if (job.previous != nullptr) __builtin_memcpy(job.previous, job.in, static_cast<std::size_t>(job.bytes));
+  if (job.previous != nullptr) std::memcpy(job.previous, job.in, static_cast<std::size_t>(job.bytes));
 }
 
 }  // namespace vidproc::VIDPROC_TARGET

@@ -1,4 +1,7 @@
 // The horizontal pass of a single row, in the form that its plan has found exact.
+#include <cstring>
+
+#include "compiler/compiler.h"
 #include "kernels/kernel_table.h"
 #include "kernels/passes/byte_row_scaler.h"
 #include "kernels/passes/vector_walk.h"
@@ -84,7 +87,7 @@ void WalkRow(const HorizontalRowPlan& plan, Walk walk, EndWalk endWalk, std::uin
   if (b == bytes) return;
   std::uint8_t end[kVectorBytes];
   Store(end, next(endWalk));
-  __builtin_memcpy(out + b, end, static_cast<std::size_t>(bytes - b));
+  std::memcpy(out + b, end, static_cast<std::size_t>(bytes - b));
 }
 
 template <int kPairs>
@@ -114,7 +117,7 @@ class OctetWalk {
       : at{grid, job.in}, octetBytes(8 * job.plan->step), factor(SplatI16(1 << (15 - job.plan->shift))) {}
 
   /// The next vector of results.
-  [[gnu::always_inline]] I16 Next() {
+  VIDPROC_ALWAYS_INLINE I16 Next() {
     I16 sums[4];
     for (int i = 0; i < 4; ++i) sums[i] = SumOctets(i);
     const I16 sum = AddNeighbours(AddNeighbours(sums[0], sums[1]), AddNeighbours(sums[2], sums[3]));
@@ -126,7 +129,7 @@ class OctetWalk {
   static constexpr int kTiles = kVectorBytes / 16;
 
   /// Two results in each tile, each in four partial sums.
-  [[gnu::always_inline]] I16 SumOctets(int part) const {
+  VIDPROC_ALWAYS_INLINE I16 SumOctets(int part) const {
     constexpr int kPatternBytes = kVectorBytes * (1 + kOctets);
     const std::uint8_t* const pattern = at.Pattern(4 * kPatternBytes) + part * kPatternBytes;
     const std::int32_t* const windows = at.Windows(4 * kTiles) + part * kTiles;

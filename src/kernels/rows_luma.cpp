@@ -1,4 +1,6 @@
 // What becomes of finished luma samples: gain and offset, dither noise.
+#include <cstring>
+
 #include "kernels/kernel_table.h"
 #include "kernels/noise_field.h"
 #include "kernels/passes/byte_arithmetic.h"
@@ -13,9 +15,9 @@ template <class Operation>
 void FinishRow(const std::uint8_t* in, std::int32_t bytes, std::uint8_t* out, const Operation& operation) {
   std::uint8_t rest[kVectorBytes] = {};
   if (bytes <= 0) return;
-  __builtin_memcpy(rest, in, static_cast<std::size_t>(bytes));
+  std::memcpy(rest, in, static_cast<std::size_t>(bytes));
   operation(rest);
-  __builtin_memcpy(out, rest, static_cast<std::size_t>(bytes));
+  std::memcpy(out, rest, static_cast<std::size_t>(bytes));
 }
 
 /// Blocks of noise under a vector of luma.

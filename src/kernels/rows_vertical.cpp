@@ -1,4 +1,6 @@
 // The vertical pass of a single row.
+#include <cstring>
+
 #include "kernels/kernel_table.h"
 #include "kernels/passes/byte_vertical_pass.h"
 #include "kernels/passes/vector_walk.h"
@@ -75,7 +77,7 @@ void Filter(const VerticalRowJob& job) {
   constexpr int kHalf = 1 << (kShift - 1);
   const VerticalTaps& taps = *job.taps;
   if (taps.count == 1 && taps.coefficient[0] == 1 << kShift) {
-    __builtin_memcpy(job.out, job.rows[0], static_cast<std::size_t>(job.bytes));
+    std::memcpy(job.out, job.rows[0], static_cast<std::size_t>(job.bytes));
   } else if (taps.count == 2 && taps.coefficient[0] == kHalf && taps.coefficient[1] == kHalf) {
     AverageRows(job);
   } else if (taps.inBytes) {

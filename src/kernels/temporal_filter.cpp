@@ -9,6 +9,8 @@
 // decides which bytes are neighbours. The first and the last segment are their own outer neighbours.
 // kept: the last segmentBytes mod 16 bytes of a segment are not filtered; the destination keeps what it held.
 // kept: in place, the segment before has already been filtered when it is the neighbour.
+#include <cstring>
+
 #include "kernels/kernel_table.h"
 #include "kernels/passes/byte_arithmetic.h"
 #include "kernels/passes/result_policy.h"
@@ -148,7 +150,7 @@ void Filter(const Blend& blend, const TemporalJob& job) {
   if (unfiltered == 0) return;
   for (int i = 0; i < job.segments; ++i) {
     const std::ptrdiff_t tail = std::ptrdiff_t{i} * job.segmentBytes + filtered;
-    __builtin_memmove(job.reference + tail, job.destination + tail, unfiltered);
+    std::memmove(job.reference + tail, job.destination + tail, unfiltered);
   }
 }
 

@@ -2,6 +2,7 @@
 #include <atomic>
 #include <iterator>
 
+#include "compiler/compiler.h"
 #include "kernels/kernel_table.h"
 #include "levels/cpu_level.h"
 #include "levels/general_forms.h"
@@ -72,44 +73,35 @@ const LevelEntry& EntryInUse() {
 
 }  // namespace
 
-#if defined(__x86_64__) || defined(__i386__)
 bool MachineHasLevel(Level level) {
-  __builtin_cpu_init();  // a static object may ask before the compiler's own constructor has looked at the processor
-  const bool hasAvx2 = __builtin_cpu_supports("avx2") != 0;
 #ifdef VIDPROC_EMULATE_WIDE
-  const bool hasAvx512 = hasAvx2, hasVbmi = hasAvx2;
+  const bool hasAvx512 = VIDPROC_PROCESSOR_HAS("avx2"), hasVbmi = hasAvx512;
 #else
-  const bool hasAvx512 = __builtin_cpu_supports("avx512f") != 0 && __builtin_cpu_supports("avx512bw") != 0 &&
-                         __builtin_cpu_supports("avx512dq") != 0 && __builtin_cpu_supports("avx512vl") != 0;
-  const bool hasVbmi = hasAvx512 && __builtin_cpu_supports("avx512vbmi") != 0;
+  const bool hasAvx512 = VIDPROC_PROCESSOR_HAS("avx512f") && VIDPROC_PROCESSOR_HAS("avx512bw") &&
+                         VIDPROC_PROCESSOR_HAS("avx512dq") && VIDPROC_PROCESSOR_HAS("avx512vl");
+  const bool hasVbmi = hasAvx512 && VIDPROC_PROCESSOR_HAS("avx512vbmi");
 #endif
   switch (level) {
     case Level::kScalar:
     case Level::kPortable:
       return true;
     case Level::kSse2:
-      return __builtin_cpu_supports("sse2") != 0;
+      return VIDPROC_PROCESSOR_HAS("sse2");
     case Level::kSse41:
-      return __builtin_cpu_supports("sse4.1") != 0;
+      return VIDPROC_PROCESSOR_HAS("sse4.1");
     case Level::kAvx2:
-      return hasAvx2;
+      return VIDPROC_PROCESSOR_HAS("avx2");
     case Level::kAvx512:
       return hasAvx512;
     case Level::kAvx512Vbmi:
       return hasVbmi;
     case Level::kNeon:
+      return kProcessor == Processor::kAArch64;
     case Level::kWasm:
-      return false;
+      return kProcessor == Processor::kWebAssembly;
   }
   return false;
 }
-#elif defined(__aarch64__)
-bool MachineHasLevel(Level level) { return level <= Level::kPortable || level == Level::kNeon; }
-#elif defined(__wasm__)
-bool MachineHasLevel(Level level) { return level <= Level::kPortable || level == Level::kWasm; }
-#else
-bool MachineHasLevel(Level level) { return level <= Level::kPortable; }
-#endif
 bool IsLevelAvailable(Level level) { return EntryOf(level).kernels != nullptr && MachineHasLevel(level); }
 Level BestLevel() { return BestEntryUpTo(kHighestLevel).level; }
 Level LevelInUse() { return EntryInUse().level; }

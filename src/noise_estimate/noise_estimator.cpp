@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "compiler/compiler.h"
+
 namespace vidproc {
 namespace {
 
@@ -103,7 +105,7 @@ NoiseBlock NoiseEstimator::Read(const std::uint8_t* samples, std::ptrdiff_t stri
 }
 
 void NoiseEstimator::Fetch(const std::uint8_t* samples, std::ptrdiff_t stride) {
-  for (std::int32_t row = 0; row < kNoiseBlockHeight; ++row) __builtin_prefetch(samples + row * stride);
+  for (std::int32_t row = 0; row < kNoiseBlockHeight; ++row) Prefetch(samples + row * stride);
 }
 
 void NoiseEstimator::Measure(const LumaRows& frame) {

@@ -14,10 +14,10 @@ namespace {
 
 constexpr bool kHasByteShuffle = true;
 
-inline Raw LoadRaw(const void* p) { return _mm256_loadu_si256(static_cast<const __m256i_u*>(p)); }
-inline void StoreRaw(void* p, Raw a) { _mm256_storeu_si256(static_cast<__m256i_u*>(p), a); }
-inline __m128i Load128(const void* p) { return _mm_loadu_si128(static_cast<const __m128i_u*>(p)); }
-inline void Store128(void* p, __m128i a) { _mm_storeu_si128(static_cast<__m128i_u*>(p), a); }
+inline Raw LoadRaw(const void* p) { return _mm256_loadu_si256(static_cast<const __m256i*>(p)); }
+inline void StoreRaw(void* p, Raw a) { _mm256_storeu_si256(static_cast<__m256i*>(p), a); }
+inline __m128i Load128(const void* p) { return _mm_loadu_si128(static_cast<const __m128i*>(p)); }
+inline void Store128(void* p, __m128i a) { _mm_storeu_si128(static_cast<__m128i*>(p), a); }
 inline Raw Combine(__m128i low, __m128i high) { return _mm256_inserti128_si256(_mm256_castsi128_si256(low), high, 1); }
 
 inline I16 LoadI16(const std::int16_t* p) { return {LoadRaw(p)}; }

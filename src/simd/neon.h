@@ -3,9 +3,9 @@
 
 #include <arm_neon.h>
 
-#if __BYTE_ORDER__ != __ORDER_LITTLE_ENDIAN__
-#error "Bytes of a lane lie the other way round here."
-#endif
+#include <bit>
+
+static_assert(std::endian::native == std::endian::little, "Bytes of a lane lie the other way round here.");
 
 namespace vidproc::VIDPROC_TARGET {
 using Raw = uint8x16_t;

@@ -5,6 +5,8 @@
 // Loads and stores turn vectors round; between them only operations that name places notice.
 #pragma once
 
+#include <bit>
+#include <cstring>
 #include <utility>
 
 namespace vidproc::VIDPROC_TARGET {
@@ -28,7 +30,7 @@ using Raw = Bytes;
 namespace vidproc::VIDPROC_TARGET {
 namespace {
 
-constexpr bool kCountsFromEnd = __BYTE_ORDER__ == __ORDER_BIG_ENDIAN__;
+constexpr bool kCountsFromEnd = std::endian::native == std::endian::big;
 
 template <class Lanes>
 constexpr int kLanesOf = 16 / sizeof(Lanes{}[0]);
@@ -50,23 +52,23 @@ inline Lanes InOrder(Lanes a) {
 template <class Lanes>
 inline Raw Load(const void* p) {
   Lanes a;
-  __builtin_memcpy(&a, p, sizeof a);
+  std::memcpy(&a, p, sizeof a);
   return As<Raw>(InOrder(a));
 }
 template <class Lanes>
 inline void Store(void* p, Raw a) {
   const Lanes inOrder = InOrder(As<Lanes>(a));
-  __builtin_memcpy(p, &inOrder, sizeof inOrder);
+  std::memcpy(p, &inOrder, sizeof inOrder);
 }
 /// Eight bytes as a number whose lowest byte is the first, and two such numbers as a vector.
 inline std::uint64_t Load64(const std::uint8_t* p) {
   std::uint64_t value;
-  __builtin_memcpy(&value, p, sizeof value);
+  std::memcpy(&value, p, sizeof value);
   return kCountsFromEnd ? __builtin_bswap64(value) : value;
 }
 inline void Store64(std::uint8_t* p, std::uint64_t value) {
   value = kCountsFromEnd ? __builtin_bswap64(value) : value;
-  __builtin_memcpy(p, &value, sizeof value);
+  std::memcpy(p, &value, sizeof value);
 }
 inline Raw FromHalves(std::uint64_t low, std::uint64_t high) { return As<Raw>(InOrder(QuadWords{low, high})); }
 
@@ -156,10 +158,10 @@ inline I16 MultiplyHigh(I16 a, I16 b) {
   // Compilers know this loop for an instruction. g++ 12 makes wrong code of it for processors without vectors.
   std::int16_t product[kLanes];
   std::int16_t factor[kLanes];
-  __builtin_memcpy(product, &a, sizeof product);
-  __builtin_memcpy(factor, &b, sizeof factor);
+  std::memcpy(product, &a, sizeof product);
+  std::memcpy(factor, &b, sizeof factor);
   for (int i = 0; i < kLanes; ++i) product[i] = static_cast<std::int16_t>((product[i] * factor[i]) >> 16);
-  __builtin_memcpy(&a, product, sizeof product);
+  std::memcpy(&a, product, sizeof product);
   return a;
 #else
   const auto pairsA = As<DoubleWords>(a.raw), pairsB = As<DoubleWords>(b.raw);

@@ -16,9 +16,9 @@ using Raw = __m128i;
 namespace vidproc::VIDPROC_TARGET {
 namespace {
 
-inline Raw LoadRaw(const void* p) { return _mm_loadu_si128(static_cast<const __m128i_u*>(p)); }
-inline void StoreRaw(void* p, Raw a) { _mm_storeu_si128(static_cast<__m128i_u*>(p), a); }
-inline Raw Load64(const void* p) { return _mm_loadl_epi64(static_cast<const __m128i_u*>(p)); }
+inline Raw LoadRaw(const void* p) { return _mm_loadu_si128(static_cast<const __m128i*>(p)); }
+inline void StoreRaw(void* p, Raw a) { _mm_storeu_si128(static_cast<__m128i*>(p), a); }
+inline Raw Load64(const void* p) { return _mm_loadl_epi64(static_cast<const __m128i*>(p)); }
 
 inline I16 LoadI16(const std::int16_t* p) { return {LoadRaw(p)}; }
 inline U8 LoadU8(const std::uint8_t* p) { return {LoadRaw(p)}; }
@@ -27,7 +27,7 @@ inline void Store(std::uint8_t* p, U8 a) { StoreRaw(p, a.raw); }
 inline void Store(std::int32_t* p, I32 a) { StoreRaw(p, a.raw); }
 inline I16 LoadWiden(const std::uint8_t* p) { return {_mm_unpacklo_epi8(Load64(p), _mm_setzero_si128())}; }
 inline void StoreNarrow(std::uint8_t* p, I16 a) {
-  _mm_storel_epi64(reinterpret_cast<__m128i_u*>(p), _mm_packus_epi16(a.raw, a.raw));
+  _mm_storel_epi64(reinterpret_cast<__m128i*>(p), _mm_packus_epi16(a.raw, a.raw));
 }
 inline U8 LoadHalves(const std::uint8_t* low, const std::uint8_t* high) {
   return {_mm_unpacklo_epi64(Load64(low), Load64(high))};

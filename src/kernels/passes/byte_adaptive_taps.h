@@ -7,6 +7,7 @@
 // the weight of a difference can be looked up in a table of 16.
 #pragma once
 
+#include "compiler/compiler.h"
 #include "kernels/denoise_taps.h"
 #include "kernels/passes/byte_arithmetic.h"
 #include "kernels/passes/motion_test.h"
@@ -103,7 +104,7 @@ inline void FilterRowAdaptively(const ByteTaps<kOuter>& taps, const MotionTest& 
                                 const std::uint8_t* const* rows, const std::uint8_t* centre, const std::uint8_t* ahead,
                                 int bytes, std::uint8_t* out) {
   WalkSteps(bytes, kVectorBytes, [&](std::ptrdiff_t b) {
-    __builtin_prefetch(ahead + b);
+    Prefetch(ahead + b);
     U8 sample[kOuter + 1];
     for (int k = 0; k < kOuter; ++k) sample[k] = LoadU8(rows[k] + b);
     Store(out + b, taps.Filter(LoadU8(centre + b), sample, rowTest, b));

@@ -1,6 +1,7 @@
 // The byte column scaler: the stages of the adaptive scalers on strips of bytes.
 #pragma once
 
+#include "compiler/compiler.h"
 #include "kernels/passes/byte_adaptive_taps.h"
 #include "kernels/passes/strip_driver.h"
 
@@ -46,7 +47,7 @@ struct ByteColumns {
     for (int c = 0; c < 2 * job.inWidth; ++c) {
       const std::uint8_t* const column = Column(job.strip, c);
       std::int16_t* const to = job.previousVertical + std::ptrdiff_t{c} * job.outHeight + firstRow;
-      if (c + 8 < 2 * job.inWidth) __builtin_prefetch(to + std::ptrdiff_t{8} * job.outHeight, 1);
+      if (c + 8 < 2 * job.inWidth) PrefetchToWrite(to + std::ptrdiff_t{8} * job.outHeight);
       int r = 0;
       for (; r + kLanes <= rowCount; r += kLanes) Store(to + r, LoadWiden(column + r));
       for (; r < rowCount; ++r) to[r] = column[r];
@@ -125,8 +126,8 @@ struct ByteHorizontalScale {
       // Columns of the history lie a frame's height apart, too far for hardware to foresee.
       const std::ptrdiff_t later =
           run.positions[k + kAhead < run.count ? k + kAhead : k].output * step + run.component.firstByte;
-      __builtin_prefetch(out.columns + later * out.stride);
-      if (out.previousVertical != nullptr) __builtin_prefetch(out.PreviousVertical(later));
+      Prefetch(out.columns + later * out.stride);
+      if (out.previousVertical != nullptr) Prefetch(out.PreviousVertical(later));
       U8 sample[kOuter + 1];
       for (int t = 0; t < kOuter; ++t) sample[t] = LoadU8(centre + outer.offset[t] * step * ByteColumns::kRows);
       const MotionTest columnTest = motionTest.WithPrevious(out.PreviousVertical(column));

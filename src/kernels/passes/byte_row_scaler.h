@@ -3,6 +3,9 @@
 // them clamps them to bytes.
 #pragma once
 
+#include <cstring>
+
+#include "compiler/compiler.h"
 #include "kernels/byte_row_plan.h"
 #include "kernels/passes/byte_arithmetic.h"
 
@@ -15,8 +18,8 @@ constexpr int kEdgeSamples = 32;
 /// Repeats the pair of samples at either end of a row outward. kept: luma beyond an edge alternates between the two.
 inline void RepeatEdges(std::uint8_t* row, int samples) {
   for (int i = 0; i < kEdgeSamples; i += 2) {
-    __builtin_memcpy(row - kEdgeSamples + i, row, 2);
-    __builtin_memcpy(row + samples + i, row + samples - 2, 2);
+    std::memcpy(row - kEdgeSamples + i, row, 2);
+    std::memcpy(row + samples + i, row + samples - 2, 2);
   }
 }
 
@@ -25,9 +28,7 @@ constexpr int kWindows = kVectorBytes / kWindowBytes;
 /// The windows of a vector, from which Gather brings two samples to each result: each window anywhere in the row; side
 /// by side; or side by side and with the samples already in their places.
 struct SpreadWindows {
-  explicit SpreadWindows(const std::int32_t* offsets) {
-    __builtin_memcpy(this->offsets, offsets, sizeof this->offsets);
-  }
+  explicit SpreadWindows(const std::int32_t* offsets) { std::memcpy(this->offsets, offsets, sizeof this->offsets); }
   U8 Gather(const std::uint8_t* row, U8 indices) const { return ShuffleWindows(LoadWindows(row, offsets), indices); }
   std::int32_t offsets[kWindows];
 };
@@ -79,8 +80,8 @@ struct ListedPairs {
 
 /// One vector of rounded sums.
 template <int kPairs, class Pairs, class Windows>
-[[gnu::always_inline]] inline I16 FilterWindows(const std::uint8_t* row, const Pairs& pairs, const Windows& windows,
-                                                const Pattern<kPairs>& pattern) {
+VIDPROC_ALWAYS_INLINE I16 FilterWindows(const std::uint8_t* row, const Pairs& pairs, const Windows& windows,
+                                        const Pattern<kPairs>& pattern) {
   I16 sum;
   for (int p = 0; p < kPairs; ++p) {
     const U8 samples = windows.Gather(row + pairs.Offset(p), pattern.indices);
@@ -112,7 +113,7 @@ class GridWalk {
   GridWalk(const ByteRowGrid& grid, const std::uint8_t* row, const Pairs& pairs = {}) : at{grid, row}, pairs(pairs) {}
 
   /// The next vector of results.
-  [[gnu::always_inline]] I16 Next() {
+  VIDPROC_ALWAYS_INLINE I16 Next() {
     const Pattern<kPairs> pattern(at.Pattern(kVectorBytes * (1 + kPairs)));
     const I16 result = FilterWindows(at.row, pairs, SpreadWindows(at.Windows(kWindows)), pattern);
     at.Step();
@@ -131,7 +132,7 @@ class UniformGridWalk {
   UniformGridWalk(const ByteRowGrid& grid, const std::uint8_t* row, const Pairs& pairs = {})
       : row(row), advance(grid.advance), pairs(pairs), windows(grid.windows), pattern(grid.patterns) {}
 
-  [[gnu::always_inline]] I16 Next() {
+  VIDPROC_ALWAYS_INLINE I16 Next() {
     const I16 result = FilterWindows(row, pairs, windows, pattern);
     row += advance;
     return result;

@@ -3,6 +3,7 @@
 // the result would not be a byte, and its rounding clamps to the same.
 #pragma once
 
+#include "compiler/compiler.h"
 #include "kernels/passes/byte_arithmetic.h"
 #include "kernels/passes/vector_walk.h"
 #include "kernels/scale_job.h"
@@ -39,7 +40,7 @@ struct SplitResult {
 
 /// One vector of results from kTaps rows; kTaps 0 copies the one row.
 template <int kTaps, int kShift>
-[[gnu::always_inline]] inline U8 FilterBytes(const std::uint8_t* const* rows, const U8* pairs, std::ptrdiff_t b) {
+VIDPROC_ALWAYS_INLINE U8 FilterBytes(const std::uint8_t* const* rows, const U8* pairs, std::ptrdiff_t b) {
   if constexpr (kTaps == 0) {
     return LoadU8(rows[0] + b);
   } else {
@@ -73,8 +74,8 @@ inline void FilterRowBytes(const std::uint8_t* const* rows, const std::int16_t* 
   constexpr int kStep = 2 * kVectorBytes;
   WalkSteps(bytes, kStep, [&](std::ptrdiff_t b) {
     for (int line = 0; line < kStep; line += 64) {
-      __builtin_prefetch(ahead.first + b + line);
-      __builtin_prefetch(ahead.second + b + line);
+      Prefetch(ahead.first + b + line);
+      Prefetch(ahead.second + b + line);
     }
     result.Put(b, FilterBytes<kTaps, kShift>(from, pairs, b),
                FilterBytes<kTaps, kShift>(from, pairs, b + kVectorBytes));

@@ -2,6 +2,9 @@
 // strips of 16-bit values.
 #pragma once
 
+#include <cstring>
+
+#include "compiler/compiler.h"
 #include "kernels/kernel_traits.h"
 #include "kernels/passes/byte_row_scaler.h"
 #include "kernels/passes/byte_vertical_pass.h"
@@ -33,8 +36,8 @@ inline void FilterSourceRows(const ScaleJob& job, int r, const SplitRow2vuy& out
 
 /// 2 * kVectorBytes bytes of 2vuy from two vectors of luma and two of chroma.
 template <class LumaResult, class LumaWalk, class ChromaWalk>
-[[gnu::always_inline]] inline void StorePixels(const LumaResult& result, LumaWalk& luma, ChromaWalk& chroma,
-                                               std::uint8_t* out) {
+VIDPROC_ALWAYS_INLINE void StorePixels(const LumaResult& result, LumaWalk& luma, ChromaWalk& chroma,
+                                       std::uint8_t* out) {
   const I16 luma0 = result.Apply(luma.Next());
   const I16 luma1 = result.Apply(luma.Next());
   const I16 chroma0 = chroma.Next();
@@ -53,7 +56,7 @@ inline void StoreRow(const LumaResult& lumaResult, LumaWalk luma, ChromaWalk chr
   if (x == width) return;
   std::uint8_t tail[2 * kVectorBytes];
   StorePixels(result, luma, chroma, tail);
-  __builtin_memcpy(out + 2 * x, tail, 2 * static_cast<std::size_t>(width - x));
+  std::memcpy(out + 2 * x, tail, 2 * static_cast<std::size_t>(width - x));
 }
 
 /// Scales a frame row by row in bytes.

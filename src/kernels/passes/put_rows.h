@@ -1,6 +1,8 @@
 // Writes finished rows to the destination, with noise added while they are in the cache.
 #pragma once
 
+#include <cstring>
+
 #include "kernels/kernel_table.h"
 #include "kernels/scale_job.h"
 
@@ -22,7 +24,7 @@ inline void PutRows(const ScaleJob& job, int firstRow, int rowCount, const Make&
            static_cast<std::uint64_t>(rowCount) * bytes);
   if (!viaStrip) return;
   for (int r = 0; r < rowCount; ++r) {
-    __builtin_memcpy(destination + r * job.destinationStride, rows + r * rowBytes, bytes);
+    std::memcpy(destination + r * job.destinationStride, rows + r * rowBytes, bytes);
   }
 }
 

@@ -3,6 +3,8 @@
 // stages.
 #pragma once
 
+#include <cstring>
+
 #include "kernels/passes/horizontal_pass.h"
 #include "kernels/passes/put_rows.h"
 #include "kernels/passes/transposes.h"
@@ -18,7 +20,7 @@ template <class Value>
 inline void CopyColumnPieces(const Value* from, std::ptrdiff_t fromStride, Value* to, std::ptrdiff_t toStride,
                              int columns, int rows) {
   for (int c = 0; c < columns; ++c, from += fromStride, to += toStride) {
-    __builtin_memcpy(to, from, static_cast<std::size_t>(rows) * sizeof(Value));
+    std::memcpy(to, from, static_cast<std::size_t>(rows) * sizeof(Value));
   }
 }
 

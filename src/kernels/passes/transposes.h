@@ -2,6 +2,8 @@
 // out.
 #pragma once
 
+#include <cstring>
+
 #include "kernels/scale_job.h"
 #include "simd/simd.h"
 
@@ -51,7 +53,7 @@ inline void ColumnsToRows(const std::uint8_t* columns, std::ptrdiff_t columnStri
       std::uint8_t gathered[kVectorBytes * 16];
       if (valid < kVectorBytes) {
         for (int i = 0; i < kVectorBytes; ++i) {
-          __builtin_memcpy(gathered + 16 * i, from + (i < valid ? i : valid - 1) * columnStride, 16);
+          std::memcpy(gathered + 16 * i, from + (i < valid ? i : valid - 1) * columnStride, 16);
         }
         from = gathered;
         stride = 16;
@@ -67,7 +69,7 @@ inline void ColumnsToRows(const std::uint8_t* columns, std::ptrdiff_t columnStri
         } else {
           std::uint8_t tail[kVectorBytes];
           Store(tail, block[i]);
-          __builtin_memcpy(to, tail, static_cast<std::size_t>(valid));
+          std::memcpy(to, tail, static_cast<std::size_t>(valid));
         }
       }
     }

@@ -3,7 +3,9 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 
+#include "compiler/compiler.h"
 #include "kernels/scale_job.h"
 
 namespace vidproc::VIDPROC_TARGET {
@@ -14,7 +16,7 @@ constexpr int Clamp(int value, int low, int high) { return value < low ? low : v
 /// Calls filter(b) with the first byte of every step along a row. The last step moves back to end with the row, so that
 /// some bytes are worked on twice; a row shorter than a step is read and written past its end.
 template <class Filter>
-[[gnu::always_inline]] inline void WalkSteps(int rowBytes, int step, const Filter& filter) {
+VIDPROC_ALWAYS_INLINE void WalkSteps(int rowBytes, int step, const Filter& filter) {
   int b = 0;
   for (; b <= rowBytes - step; b += step) filter(b);
   if (b < rowBytes) filter(rowBytes < step ? b : rowBytes - step);
@@ -26,7 +28,7 @@ inline void WithRoomForStep(std::uint8_t* row, int bytes, int step, const Filter
   if (bytes >= step) return filter(row);
   std::uint8_t shortRow[kMinRowBytes];
   filter(shortRow);
-  __builtin_memcpy(row, shortRow, static_cast<std::size_t>(bytes));
+  std::memcpy(row, shortRow, static_cast<std::size_t>(bytes));
 }
 
 }  // namespace

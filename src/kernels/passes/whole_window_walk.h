@@ -3,6 +3,7 @@
 // pair of taps: those of each result pair so that few pairs will do.
 #pragma once
 
+#include "compiler/compiler.h"
 #include "kernels/passes/byte_row_scaler.h"
 #include "kernels/row_jobs.h"
 
@@ -20,7 +21,7 @@ struct WholePattern {
     }
   }
 
-  [[gnu::always_inline]] I16 Sum(U8 first, U8 second) const {
+  VIDPROC_ALWAYS_INLINE I16 Sum(U8 first, U8 second) const {
     I16 sum;
     for (int p = 0; p < kPairs; ++p) {
       const I16 products = MultiplyPairs(ShuffleWindows(p < kPairs / 2 ? first : second, indices[p]), coefficients[p]);
@@ -39,8 +40,8 @@ struct WholeWindows {
   explicit WholeWindows(const HorizontalRowPlan& plan)
       : secondWindow(plan.secondWindow), factor(SplatI16(1 << (15 - plan.shift))) {}
 
-  [[gnu::always_inline]] I16 Filter(const std::uint8_t* row, const std::int32_t* windows,
-                                    const WholePattern<kPairs>& pattern) const {
+  VIDPROC_ALWAYS_INLINE I16 Filter(const std::uint8_t* row, const std::int32_t* windows,
+                                   const WholePattern<kPairs>& pattern) const {
     const U8 first = LoadWindows(row, windows);
     const U8 second = kPlaces == 1 ? first : LoadWindows(row + secondWindow, windows);
     return MultiplyRound(pattern.Sum(first, second), factor);
@@ -56,7 +57,7 @@ class WholeWindowWalk {
   WholeWindowWalk(const ByteRowGrid& grid, const HorizontalRowJob& job) : at{grid, job.in}, windows(*job.plan) {}
 
   /// The next vector of results.
-  [[gnu::always_inline]] I16 Next() {
+  VIDPROC_ALWAYS_INLINE I16 Next() {
     const WholePattern<kPairs> pattern(at.Pattern(WholePattern<kPairs>::kBytes));
     const I16 result = windows.Filter(at.row, at.Windows(kWindows), pattern);
     at.Step();
@@ -75,7 +76,7 @@ class UniformWholeWindowWalk {
   UniformWholeWindowWalk(const ByteRowGrid& grid, const HorizontalRowJob& job)
       : row(job.in), advance(grid.advance), windows(*job.plan), places(grid.windows), pattern(grid.patterns) {}
 
-  [[gnu::always_inline]] I16 Next() {
+  VIDPROC_ALWAYS_INLINE I16 Next() {
     const I16 result = windows.Filter(row, places.offsets, pattern);
     row += advance;
     return result;
