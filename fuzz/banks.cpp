@@ -65,10 +65,13 @@ void DesignOthers(Input& input) {
   filters::Bank bank = {}, enhanced = {};
   filters::DesignResamplingBank({input.Byte() % 3u, input.Any(), input.Any()}, taps, bits, bank);
   filters::EnhancementKernel kernel = {};
-  filters::BuildEnhancementKernel(input.Any() % 4, input.Any(), kernel);
+  const std::uint32_t type = input.Any() % 4, strength = input.Any();
+  filters::BuildEnhancementKernel(type, strength, kernel);
   filters::FoldEnhancement(kernel, taps, 1 << bits, bank, enhanced);
   std::int16_t deblocking[filters::kPhases][filters::kDeblockingTaps] = {};
-  filters::DesignDeblockingBank(input.Byte(), 2 * input.Between(1, 4), bits, deblocking);
+  const std::uint8_t level = input.Byte();
+  const int deblockingTaps = 2 * input.Between(1, 4);
+  filters::DesignDeblockingBank(level, deblockingTaps, bits, deblocking);
 }
 
 }  // namespace

@@ -8,6 +8,8 @@
 
 namespace fuzzing {
 
+// Calls that draw several arguments draw them into braces or names first: compilers pass arguments in different orders,
+// and an input has to mean the same to all.
 class Input {
  public:
   Input(const std::uint8_t* bytes, std::size_t count) : next(bytes), end(bytes + count) {}
@@ -22,7 +24,8 @@ class Input {
   /// low..high, both included; at most 65536 values.
   int Between(int low, int high) {
     const auto count = static_cast<std::uint32_t>(high - low + 1);
-    const std::uint32_t drawn = count <= 256 ? Byte() : std::uint32_t{Byte()} << 8 | Byte();
+    std::uint32_t drawn = Byte();
+    if (count > 256) drawn = drawn << 8 | Byte();
     return low + static_cast<int>(drawn % count);
   }
   bool OneIn(int n) { return Between(1, n) == n; }
@@ -40,8 +43,10 @@ class Input {
         return Byte();
       case 1:
         return Pick(kBorders);
-      case 2:
-        return Pick(kBorders) + static_cast<std::uint32_t>(Between(-16, 16));
+      case 2: {
+        const std::uint32_t border = Pick(kBorders);
+        return border + static_cast<std::uint32_t>(Between(-16, 16));
+      }
       default:
         return Word();
     }

@@ -190,7 +190,12 @@ class Objects {
       p.dstFrame = frames.destination;
       if (call == 13) {
         char name[] = "name";
-        digest.Add(input.OneIn(2) ? p.Go(name, nullptr) : p.Go(nullptr, name, byte(), byte(), byte(), byte(), byte()));
+        if (input.OneIn(2)) {
+          digest.Add(p.Go(name, nullptr));
+        } else {
+          const std::uint8_t flag[] = {byte(), byte(), byte(), byte(), byte()};
+          digest.Add(p.Go(nullptr, name, flag[0], flag[1], flag[2], flag[3], flag[4]));
+        }
       } else if (call == 14) {
         digest.Add(p.Go(input.Byte() % 2));
       } else {
@@ -256,18 +261,24 @@ class Objects {
       case 0:
         if (IsAffordable(p)) p.SetUseSpatialMotionSmoothing(byte());
         break;
-      case 1:
-        p.InitLuminanceShiftTables(static_cast<short>(any()), static_cast<short>(any()));
+      case 1: {
+        const auto gain = static_cast<short>(any()), offset = static_cast<short>(any());
+        p.InitLuminanceShiftTables(gain, offset);
         break;
+      }
       case 2:
         p.InitDeblocker(byte());
         break;
-      case 3:
-        p.SetTemporalFilter(byte(), byte());
+      case 3: {
+        const std::uint8_t strength = byte(), shift = byte();
+        p.SetTemporalFilter(strength, shift);
         break;
-      case 4:
-        digest.Add(p.NeedsInit(any(), any(), any(), any(), any(), any(), any(), any()));
+      }
+      case 4: {
+        const std::uint32_t u[] = {any(), any(), any(), any(), any(), any(), any(), any()};
+        digest.Add(p.NeedsInit(u[0], u[1], u[2], u[3], u[4], u[5], u[6], u[7]));
         break;
+      }
       case 5:
         p.SetTaps(byte());
         break;
@@ -294,16 +305,20 @@ class Objects {
         digest.Add(reinterpret_cast<const std::uint8_t*>(bank.get()), sizeof(short[16][8]));
         break;
       }
-      case 2:
-        p.FindUpAndDown(static_cast<int>(input.Any()), static_cast<int>(input.Any()), &up, &down);
+      case 2: {
+        const auto in = static_cast<int>(input.Any()), out = static_cast<int>(input.Any());
+        p.FindUpAndDown(in, out, &up, &down);
         digest.Add(up);
         digest.Add(down);
         break;
-      default:
+      }
+      default: {
         if (!IsAffordable(p)) break;
         const auto type = static_cast<EnhanceFilterTypes>(input.OneIn(4) ? input.Any() : input.Byte() % 3u);
-        p.SetEnhanceFilter(type, input.Any(), bits, static_cast<short>(input.Any()), 0);
+        const std::uint32_t strength = input.Any();
+        p.SetEnhanceFilter(type, strength, bits, static_cast<short>(input.Any()), 0);
         break;
+      }
     }
   }
 
@@ -316,8 +331,10 @@ class Objects {
     Block source(static_cast<std::size_t>(extent)), destination(static_cast<std::size_t>(extent));
     source.Fill(input);
     const std::uint32_t seed = input.Byte();
-    digest.Add(p.PostProcDitherNoiseUpon2VUY(source.Start(), input.OneIn(4) ? source.Start() : destination.Start(),
-                                             pitch, width, height, seed, 0, 1 + input.Byte() % 12, p.ditherTable));
+    std::uint8_t* const result = input.OneIn(4) ? source.Start() : destination.Start();
+    const auto level = static_cast<std::uint8_t>(1 + input.Byte() % 12);
+    digest.Add(
+        p.PostProcDitherNoiseUpon2VUY(source.Start(), result, pitch, width, height, seed, 0, level, p.ditherTable));
     source.AddTo(digest);
     destination.AddTo(digest);
   }
