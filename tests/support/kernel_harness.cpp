@@ -48,8 +48,7 @@ std::vector<KernelForms> AvailableForms() {
   std::vector<KernelForms> forms;
   for (const vidproc::Level level : AvailableLevels()) {
     forms.push_back({level, false});
-    // Levels with byte shuffles choose between forms: the general ones are held to the reference too.
-    if (level >= vidproc::Level::kSse41) forms.push_back({level, true});
+    if (vidproc::HasFasterForms(level)) forms.push_back({level, true});
   }
   return forms;
 }
