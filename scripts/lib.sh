@@ -139,6 +139,18 @@ Build() {
   Configure "$directory" "$@" && Quietly cmake --build "$directory" --target "$target" --parallel "$(nproc)"
 }
 
+# RunNamedTests FILTER PROGRAM [WRAPPER...]: the tests of the program that the filter names, of which there has to be
+# one. The wrapper's words go before the program.
+RunNamedTests() {
+  local filter=$1 program=$2
+  shift 2
+  "$@" "$program" --gtest_list_tests "--gtest_filter=$filter" | grep '^  ' >/dev/null || {
+    Say "$program has no tests by the name of $filter" >&2
+    return 1
+  }
+  "$@" "$program" --gtest_brief=1 "--gtest_filter=$filter"
+}
+
 # Step TITLE COMMAND...: runs one announced step, prints how long it took and notes it in stepSummary. COMMAND must not
 # rely on `set -e`.
 stepSummary=()

@@ -46,12 +46,14 @@ TEST(Golden, EveryLevelGivesTheKeptBytes) {
   }
   const std::vector<std::string> lines = KeptLines();
   ASSERT_EQ(lines.size(), cases.size()) << VIDPROC_GOLDEN;
+  // Valgrind sees a use of unset memory where nothing was written to it.
+  const bool leavesUnset = std::getenv("VIDPROC_LEAVES_MEMORY_UNSET") != nullptr;
   constexpr Garbage kKinds[] = {Garbage::kNone, Garbage::kZeros, Garbage::kOnes, Garbage::kRandom};
   std::size_t kind = 0;
   for (const testing_support::KernelForms& forms : testing_support::AvailableForms()) {
     const testing_support::FormsInUse inUse(forms);
     for (std::size_t i = 0; i < cases.size(); ++i) {
-      const testing_support::FreshMemory fresh(kKinds[(kind + i) % std::size(kKinds)]);
+      const testing_support::FreshMemory fresh(leavesUnset ? Garbage::kNone : kKinds[(kind + i) % std::size(kKinds)]);
       EXPECT_EQ(LineOf(cases[i]), lines[i]) << "at " << forms.Name();
     }
     ++kind;

@@ -21,13 +21,14 @@ VIDPROC_VOCABULARIES
 
 namespace {
 
-const Vocabulary& VocabularyOf(vidproc::Level level) {
+/// Null where this program was built without the level.
+const Vocabulary* VocabularyOf(vidproc::Level level) {
   const std::string name = vidproc::LevelName(level);
 #define VIDPROC_VOCABULARY(level) \
-  if (name == #level) return vidproc::level::kVocabulary;
+  if (name == #level) return &vidproc::level::kVocabulary;
   VIDPROC_VOCABULARIES
 #undef VIDPROC_VOCABULARY
-  return vidproc::scalar::kVocabulary;
+  return nullptr;
 }
 
 void Fill(std::uint8_t (&bytes)[simd_probe::kBlockBytes], testing_support::Random& random) {
@@ -39,8 +40,9 @@ class VocabularyTest : public testing::TestWithParam<vidproc::Level> {};
 
 TEST_P(VocabularyTest, GivesWhatPlainCodeGives) {
   const Vocabulary& plain = vidproc::scalar::kVocabulary;
-  const Vocabulary& tested = VocabularyOf(GetParam());
-  ASSERT_EQ(tested.count, plain.count);
+  const Vocabulary* const tested = VocabularyOf(GetParam());
+  ASSERT_NE(tested, nullptr);
+  ASSERT_EQ(tested->count, plain.count);
   for (int i = 0; i < plain.count; ++i) {
     testing_support::Random random(static_cast<std::uint32_t>(i));
     for (int round = 0; round < 200; ++round) {
@@ -49,7 +51,7 @@ TEST_P(VocabularyTest, GivesWhatPlainCodeGives) {
       Fill(expected.b, random);
       simd_probe::Blocks actual = expected;
       plain.operations[i].apply(expected);
-      tested.operations[i].apply(actual);
+      tested->operations[i].apply(actual);
       ASSERT_TRUE(std::equal(std::begin(actual.out), std::end(actual.out), std::begin(expected.out)))
           << plain.operations[i].name << ", round " << round;
     }
