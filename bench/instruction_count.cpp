@@ -2,7 +2,8 @@
 //
 //   valgrind --tool=callgrind --toggle-collect=CountedFrame vidproc_instruction_count NAME [FRAMES]
 //
-// where NAME is one of vidproc_bench's. Without NAME it lists them. FRAMES of them run one after the other.
+// where NAME is one of vidproc_bench's. Without NAME it lists them. FRAMES frames, each another one of the scene, run
+// one after the other; without it one does.
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -54,7 +55,7 @@ int main(int argc, char** argv) {
   const int frames = argc == 3 ? std::atoi(argv[2]) : 1;
   for (int n = 1; n <= frames; ++n) {
     if (contest.inPlace) std::memcpy(destination.data(), frame(0), destination.size());
-    CountedFrame(run, frame(n % contest.frames), destination.data());
+    CountedFrame(run, frame(argc == 3 ? n : n % contest.frames), destination.data());
   }
   return 0;
 }
