@@ -60,8 +60,9 @@ void VerticalPass::TakeGivenRows(std::int32_t y, const VerticalTaps& phase, Vert
   const std::int32_t source = positions[static_cast<std::size_t>(y)].source;
   for (std::int32_t t = 0; t < phase.count; ++t) job.rows[t] = input.GivenRow(InputRow(source + phase.row[t]));
   const std::size_t next = static_cast<std::size_t>(std::min(y + 1, Shape().height - 1));
-  const VerticalTaps& nextPhase = taps[positions[next].phase];
-  const std::int32_t last = positions[next].source + nextPhase.row[nextPhase.count - 1];
+  const std::int32_t phaseOfNext = positions[next].phase;
+  const VerticalTaps& nextTaps = taps[phaseOfNext];
+  const std::int32_t last = positions[next].source + nextTaps.row[topDown[phaseOfNext][nextTaps.count - 1]];
   job.ahead[0] = input.GivenRow(InputRow(last));
   job.ahead[1] = input.GivenRow(InputRow(last - 1));
 }
