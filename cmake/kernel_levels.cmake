@@ -20,7 +20,7 @@ endforeach()
 
 set(VIDPROC_FLAGS_portable -Wno-psabi)  # vectors cross functions of one unit only
 if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
-  # A loop over eight lanes becomes one instruction only while it is a loop.
+  # The loop over eight lanes of MultiplyHigh in simd/portable.h becomes one instruction only while it is a loop.
   list(APPEND VIDPROC_FLAGS_portable --param=max-completely-peel-times=7)
 endif()
 set(VIDPROC_FLAGS_sse2 -msse2)

@@ -184,7 +184,8 @@ class VIDPROC_API VideoProcessor {
   int AddCustomFilter(unsigned int** filters, unsigned int count);
   /// Present for callers that expect it; does nothing.
   int SharpScale(unsigned char* source, unsigned char* destination);
-  /// Records at most 250 characters of each name, padded with zero bytes; opens nothing.
+  /// Records at most 250 characters of each name, padded with zero bytes; a null name leaves the old one. Opens
+  /// nothing.
   int SetFiles(char* inName, char* outName);
 
   // --- Filter design (set-up work). ---
@@ -205,7 +206,7 @@ class VIDPROC_API VideoProcessor {
   /// Stores the level and rebuilds the four deblocking tables.
   int InitDeblocker(unsigned char level);
   /// Fills bank[phase 0..15][tap 0..taps-1] with a Gaussian as wide as deblockLevel sixteenths of a pixel.
-  /// taps is even, 2..8, and precisionBits 0..14; other values leave the bank untouched.
+  /// taps is even, 2..8, and precisionBits 0..14; other values leave the bank untouched. filterType is not used.
   void GetFilterDeblock(short (*bank)[8], int taps, int precisionBits, int filterType);
 
   // --- Frames. All return 0. ---
@@ -334,7 +335,8 @@ VIDPROC_API void VidProcAdjustAutoExposureCleanup(void** handle);
 }
 
 /// Trial of a separable 7-tap smoothing filter on a plane of rowBytes x rows bytes, rows `pitch` bytes apart: prints
-/// three 20 x 20 dumps of its intermediate data on standard output and returns 0; the plane is only read.
+/// three 20 x 20 dumps of its intermediate data on standard output and returns 0; the plane is only read. Does nothing
+/// for a null plane or a side below 1.
 /// @throws std::bad_alloc
 VIDPROC_API int BilatFilter(unsigned char* plane, int rowBytes, int rows, int pitch);
 

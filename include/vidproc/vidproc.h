@@ -109,7 +109,7 @@ typedef struct vidproc_input {
   int32_t height;           ///< rows, the configured ones
   const uint8_t* plane[3];  ///< first byte of each plane's top row
   ptrdiff_t stride[3];      ///< bytes from a row to the one below, negative in bottom-up frames; at least a row's bytes
-  size_t bytes[3];  ///< bytes of each plane from the lowest address that belongs to it to the end of the highest
+  size_t bytes[3];  ///< bytes of each plane, from the start of its lowest row in memory to the end of its highest
 } vidproc_input;
 
 /// A frame that is written. As vidproc_input; padding between rows is left alone.
@@ -267,7 +267,7 @@ VIDPROC_API vidproc_status vidproc_pre_noise(vidproc_pre* pre, int32_t* noise);
 VIDPROC_API vidproc_status vidproc_pre_passes_through(vidproc_pre* pre, int32_t* passes);
 
 /// What the last call on this handle found wrong, such as "output.width is 1, allowed 2 to 16384"; empty after success.
-/// Never null; valid until the next call on the handle.
+/// Never null; valid until the next call on the handle. For a null handle it says so.
 VIDPROC_API const char* vidproc_pre_last_error(const vidproc_pre* pre);
 
 // --- Post-processor: deblock, scale, shift luma, dither ---
@@ -322,7 +322,7 @@ typedef int32_t vidproc_exposure_event;
 enum {
   VIDPROC_EXPOSURE_NONE = 0,     ///< nothing new
   VIDPROC_EXPOSURE_DRIFTED = 1,  ///< brightness has left the level at which it had settled, for several frames
-  VIDPROC_EXPOSURE_SETTLED = 2   ///< brightness has come to rest; not before the 21st frame
+  VIDPROC_EXPOSURE_SETTLED = 2   ///< brightness has come to rest; not before the 29th frame
 };
 
 /// What an exposure watcher looks at.
@@ -331,7 +331,7 @@ typedef struct vidproc_exposure_options {
   vidproc_frame_info input;  ///< format and size; 16..16384 in both directions, at most 32896 whole blocks of 16 x 16
 } vidproc_exposure_options;
 
-/// As the functions of the same names of the pre-processor. Configuring takes some 10 bytes a pixel and starts afresh,
+/// As the functions of the same names of the pre-processor. Configuring takes some 7 bytes a pixel and starts afresh,
 /// and so does a reset. Only luma is looked at.
 VIDPROC_API vidproc_status vidproc_exposure_create(vidproc_exposure** exposure);
 VIDPROC_API void vidproc_exposure_destroy(vidproc_exposure* exposure);

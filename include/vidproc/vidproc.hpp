@@ -99,7 +99,7 @@ struct ExposureOptions : vidproc_exposure_options {
 
 namespace detail {
 
-/// The same for a block of `bytes` bytes that is to hold a frame.
+/// Throws Error for any status but VIDPROC_OK, of a block of `bytes` bytes that is to hold a frame.
 inline void RequireBlock(vidproc_status status, std::size_t bytes, const FrameInfo& info) {
   if (status == VIDPROC_OK) return;
   const std::size_t needed = vidproc_frame_bytes(&info);

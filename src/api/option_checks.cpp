@@ -33,7 +33,7 @@ vidproc_status CheckSize(const OptionTable& table, std::size_t size, ErrorText& 
                    size, table.smallestSize, kLargestSize);
 }
 
-/// Fields that only a later version knows must be nothing.
+/// Fields that only a later version knows must be 0.
 vidproc_status CheckTail(const OptionTable& table, const char* options, std::size_t size, ErrorText& error) {
   const char* end = options + size;
   const char* set = std::find_if(options + std::min(table.structSize, size), end, [](char c) { return c != 0; });

@@ -35,11 +35,11 @@ vidproc_status WriteDefaults(const OptionTable& table, void* options, std::size_
 /// Reads a caller's struct of any version into `known`, a struct of this version, and checks every field.
 vidproc_status ReadOptions(const OptionTable& table, const void* options, void* known, ErrorText& error) noexcept;
 
-/// What the pipeline is to do, from options that ReadOptions found right; nothing where they are the other side's.
+/// Settings of the pipeline from options that ReadOptions has accepted; stages of the other side are off.
 PipelineSettings SettingsOf(const vidproc_pre_options& options);
 PipelineSettings SettingsOf(const vidproc_post_options& options);
 
-/// Checks what no field shows alone.
+/// Checks fields against each other: luma_offset against luma_gain.
 vidproc_status CheckSettings(const PipelineSettings& settings, ErrorText& error) noexcept;
 
 }  // namespace vidproc::api

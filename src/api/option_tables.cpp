@@ -6,7 +6,8 @@
 namespace vidproc::api {
 namespace {
 
-// Of all structs: the exposure watcher's ends after the input.
+// Stands for all structs, whose first fields are the same: of the exposure watcher's up to the input, of the others' up
+// to dither_seed.
 using Shared = vidproc_pre_options;
 static_assert(offsetof(Shared, input) == offsetof(vidproc_exposure_options, input));
 static_assert(offsetof(Shared, alignment) == offsetof(vidproc_post_options, alignment));

@@ -1,6 +1,6 @@
 // All that the library asks of a compiler beyond standard C++, and what one other than GCC and clang has in its place.
-// Not here: the processors' intrinsics in src/simd, and the vectors that simd/portable.h is made of, which only these
-// two compilers have.
+// Not here: the processors' intrinsics in src/simd, the vectors that simd/portable.h is made of, which only these two
+// compilers have, and the mark of exported names in vidproc/export.h.
 #pragma once
 
 #include <string_view>

@@ -1,5 +1,5 @@
 // The record of one exposure watcher, behind the handle of VidProcAdjustAutoExposureInit. Everything that it owns comes
-// from malloc and takes at most four times the bytes of a frame, which are not touched before the first frame.
+// from malloc, about five bytes a pixel. Frames and blocks are not touched before the first frame.
 #pragma once
 
 #include <cstdint>

@@ -16,10 +16,10 @@ struct ReferenceBlock {
   std::int32_t firstSample;
 };
 
-/// `count` blocks side by side in a frame, and their reference: the samples of one block after those of the other.
+/// `count` blocks side by side in a frame, and their reference: the samples block after block.
 struct BlockRow {
   const std::uint8_t* frame;
-  std::ptrdiff_t pitch;
+  std::ptrdiff_t pitch;  ///< bytes from row to row of the frame
   int count;
   std::uint8_t* referenceLuma;
   ReferenceBlock* references;

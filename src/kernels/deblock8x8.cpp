@@ -126,6 +126,7 @@ class SourceRows {
  public:
   explicit SourceRows(const DeblockJob& job) : job(job), keptPitch(2 * job.width + kRowSlack) {
     if (!job.testPattern) return;
+    // The pattern reads no rows above a strip: their memory holds its two kinds of row.
     for (int x = 0; x < 2 * job.width; ++x) {
       const bool luma = x % 2 != 0;
       const bool odd = (x & 32) != 0;

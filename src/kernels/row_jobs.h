@@ -27,7 +27,7 @@ struct VerticalTaps {
   std::int16_t coefficient[kMaxVerticalTaps];
 };
 
-/// out = clamp((sum of coefficient * row + half) >> shift). Rows shorter than kMinRowBytes may be overrun up to there.
+/// out = clamp((sum of coefficient * row + half) >> shift). Rows shorter than kMinRowBytes may be read up to there.
 struct VerticalRowJob {
   const VerticalTaps* taps;
   const std::uint8_t* rows[kMaxVerticalTaps];  ///< one per tap, in the order of the taps; none overlaps `out`

@@ -46,7 +46,7 @@ struct TapPosition {
 
 /// Where an output sample, or row, lies in the source.
 struct PhasePosition {
-  std::int32_t source;  ///< sample under the centre tap
+  std::int32_t source;  ///< sample under the centre tap; in a HorizontalRowPlan under the first one
   std::int32_t phase;   ///< 0..15, sixteenths after it
 };
 

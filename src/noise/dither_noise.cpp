@@ -72,6 +72,7 @@ int VideoProcessor::PostProcDitherNoiseUpon2VUY(unsigned char* source, unsigned 
   const std::uint32_t blocks = vidproc::NoiseBlocksPerRow(width);
   const auto noiseBlkPosPtr = Allocate<std::uint16_t>(blocks, "noiseBlkPosPtr");
   if (noiseBlkPosPtr == nullptr) return -1;
+  // kept: memory is asked for a single word, because a lack of it has a message of its own.
   const auto prngByLFSRPtr = Allocate<std::uint32_t>(1, "prngByLFSRPtr");
   if (prngByLFSRPtr == nullptr) return -1;
   if (strength < 1 || strength > kNoiseStrengths) {

@@ -11,7 +11,7 @@ namespace {
 constexpr std::size_t kFewestBlocks = 16;
 /// A camera that is slower than the stream repeats frames: so many in a row are passed over.
 constexpr std::int32_t kMostRepeats = 8;
-/// Blocks of this value throughout, or less, are bars beside the picture.
+/// Blocks of one value throughout, not above this, are bars beside the picture.
 constexpr std::uint8_t kBlack = 16;
 
 constexpr std::int32_t kBlocksAhead = 4;
@@ -51,7 +51,7 @@ std::int32_t RoughnessOf(const NoiseBlock& block) {
   return static_cast<std::int32_t>(squares * (kSamples * kSamples / 2) / count);
 }
 
-/// The value that `rank` of them are not above; reorders them.
+/// The value of this rank, 0 the smallest; reorders them.
 std::int32_t Ranked(std::int32_t* values, std::size_t count, std::size_t rank) {
   std::nth_element(values, values + rank, values + count);
   return values[rank];

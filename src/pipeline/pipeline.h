@@ -28,8 +28,8 @@ struct ScalingSettings {
   Alignment alignment;
   ScalingFilter filter;
   std::int32_t taps;        ///< 8 (and 4 vertical) or 16 (and 8 vertical)
-  std::int32_t softening;   ///< 0..255; Gaussian and Hamming sinc only, else 0
-  std::int32_t lobes;       ///< 1..16; product of two sincs only
+  std::int32_t softening;   ///< 0..255; of the kernels of fixed width, else not read
+  std::int32_t lobes;       ///< 1..16; of the product of two sincs, else not read
   std::int32_t sharpening;  ///< 0..16
 };
 

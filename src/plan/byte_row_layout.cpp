@@ -10,7 +10,7 @@ constexpr int kMaxTapPairs = kMaxTaps / 2;
 constexpr int kMaxVectorBytes = 64;
 constexpr int kUnity = 128;
 
-/// Lowest and highest tap that is not zero in any used phase.
+/// First and last tap that some used phase weighs.
 struct TapSpan {
   int first = kMaxTaps;
   int last = 0;
@@ -81,7 +81,7 @@ void LayOutVector(const Layout& layout, std::int32_t firstOutput, std::uint8_t* 
   }
 }
 
-/// Outputs per vector, and vectors until the pattern repeats.
+/// Lays out the vectors until the pattern repeats, at most those of a row, and moves `memory` past them.
 void LayOutGrid(const Layout& layout, std::int32_t outputs, std::uint8_t*& memory, ByteRowGrid& grid) {
   const ByteRowShape& shape = layout.shape;
   const PositionRule& rule = layout.rule;

@@ -65,8 +65,8 @@ bool HorizontalRowLayout::ChooseShiftedRows(const ByteRowShape& shape) {
   return true;
 }
 
-/// Lays out the main grid, for vectors until the pattern repeats or as many as fill whole vectors of bytes, and the one
-/// for the rest. @return whether the windows reach all samples.
+/// Lays out the main grid (vectors until the pattern repeats, at most as many as fill whole vectors of bytes) and the
+/// grid of the row's end. @return whether the windows reach all samples.
 template <class LayOutVector>
 bool HorizontalRowLayout::LayOutGrids(const ByteRowShape& shape, std::int32_t windowsPerVector,
                                       std::int32_t patternBytes, const LayOutVector& layOutVector) {

@@ -14,7 +14,7 @@ namespace vidproc {
 /// @return whether that is possible with kMaxVerticalTaps; `plan` is then count, row and coefficient
 bool PairTapsOfPhase(const std::int16_t* coefficients, std::int32_t taps, VerticalTaps& plan);
 
-/// @param coefficients  of one phase, `taps` of them: 4 or 8
+/// @param coefficients  of one phase, `taps` of them: 4, 8 or 16, at most kMaxVerticalTaps not zero
 /// @param shape         of the kernels that the taps are for; {}: the general form only
 VerticalTaps PlanVerticalTaps(const std::int16_t* coefficients, std::int32_t taps, const ByteRowShape& shape);
 

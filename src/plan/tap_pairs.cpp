@@ -10,7 +10,7 @@ namespace {
 
 bool IsUsed(std::uint32_t usedPhases, int phase) { return (usedPhases >> phase & 1) != 0; }
 
-/// First and last tap that is not zero in all used phases.
+/// First and last tap that some used phase weighs.
 struct TapSpan {
   int first;
   int last;

@@ -16,7 +16,7 @@ struct TapPairs {
   bool AreExact(std::uint32_t usedPhases) const;
 };
 
-/// Pairs up the taps that are not zero in all used phases so that sums are exact, where that is possible: from the
+/// Pairs up the taps that some used phase weighs so that sums are exact, where that is possible: from the
 /// first of them on, or from the tap before it, so that large neighbours part; or with the middle ones halved between
 /// pairs.
 /// @param bank  kMaxTaps coefficients of each phase

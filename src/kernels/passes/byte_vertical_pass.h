@@ -55,7 +55,7 @@ VIDPROC_ALWAYS_INLINE U8 FilterBytes(const std::uint8_t* const* rows, const U8* 
   }
 }
 
-/// The two source rows that the next output row will be the first to read: fetched ahead.
+/// Two source rows of the next output row, fetched ahead.
 struct RowsAhead {
   const std::uint8_t* first;
   const std::uint8_t* second;

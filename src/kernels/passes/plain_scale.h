@@ -50,6 +50,7 @@ VIDPROC_ALWAYS_INLINE void StorePixels(const LumaResult& result, LumaWalk& luma,
 /// A row of `width` pixels.
 template <class LumaResult, class LumaWalk, class ChromaWalk>
 inline void StoreRow(const LumaResult& lumaResult, LumaWalk luma, ChromaWalk chroma, int width, std::uint8_t* out) {
+  // A copy, which no store of bytes can change, stays in registers.
   const LumaResult result = lumaResult;
   int x = 0;
   for (; x + kVectorBytes <= width; x += kVectorBytes) StorePixels(result, luma, chroma, out + 2 * x);
