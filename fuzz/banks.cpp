@@ -26,7 +26,7 @@ int MomentOf(const std::int16_t* phase, int index, int taps) {
   return moment;
 }
 
-void CheckScalingBank(const filters::ScalingFilter& filter, int taps, int bits, const filters::Bank& bank) {
+void CheckScalingBank(const filters::ScalingDesign& filter, int taps, int bits, const filters::Bank& bank) {
   const bool isFixed = filter.kernel == filters::ScalingKernel::kFixedWidth;
   const int total = 1 << bits, slack = isFixed && filter.sharpening == 0 ? 1 : 0;
   for (int q = 0; q < filters::kPhases; ++q) {
@@ -43,7 +43,7 @@ void CheckScalingBank(const filters::ScalingFilter& filter, int taps, int bits, 
 }
 
 void DesignScaling(Input& input) {
-  filters::ScalingFilter filter;
+  filters::ScalingDesign filter;
   filter.kernel = static_cast<filters::ScalingKernel>(input.Between(0, 7));
   filter.fixedWidth = {input.OneIn(8) ? input.Any() : input.Byte() % 3, input.Any(), input.Any()};
   filter.sharpening = input.OneIn(8) ? input.Any() : input.Byte() % 17;

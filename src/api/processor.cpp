@@ -10,8 +10,8 @@ struct vidproc_post : vidproc::api::Processor {};
 
 namespace vidproc::api {
 
-vidproc_status Configure(Processor& processor, const PipelineSettings& settings, const vidproc_frame_info& input,
-                         const vidproc_frame_info& output) noexcept {
+vidproc_status ReplacePipeline(Processor& processor, const PipelineSettings& settings, const vidproc_frame_info& input,
+                               const vidproc_frame_info& output) noexcept {
   return WithoutExceptions(processor.error, [&] {
     auto replacement = std::make_unique<Pipeline>(settings, processor.pipeline.get());
     // Nothing below fails.

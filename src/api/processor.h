@@ -19,8 +19,8 @@ struct Processor {
 };
 
 /// Replaces the pipeline by one of checked settings; changes nothing when memory is out.
-vidproc_status Configure(Processor& processor, const PipelineSettings& settings, const vidproc_frame_info& input,
-                         const vidproc_frame_info& output) noexcept;
+vidproc_status ReplacePipeline(Processor& processor, const PipelineSettings& settings, const vidproc_frame_info& input,
+                               const vidproc_frame_info& output) noexcept;
 vidproc_status Process(Processor& processor, const vidproc_input* input, const vidproc_output* output) noexcept;
 vidproc_status Reset(Processor& processor) noexcept;
 /// See vidproc_pre_passes_through.
@@ -35,7 +35,7 @@ vidproc_status ConfigureProcessor(Processor& processor, const OptionTable& table
   if (status != VIDPROC_OK) return status;
   const PipelineSettings settings = SettingsOf(known);
   status = CheckSettings(settings, processor.error);
-  return status == VIDPROC_OK ? Configure(processor, settings, known.input, known.output) : status;
+  return status == VIDPROC_OK ? ReplacePipeline(processor, settings, known.input, known.output) : status;
 }
 
 }  // namespace vidproc::api

@@ -11,7 +11,7 @@
 namespace vidproc::filters {
 namespace {
 
-bool IsScalingBank(const ScalingFilter& filter, int up, int down, int taps, int precisionBits) {
+bool IsScalingBank(const ScalingDesign& filter, int up, int down, int taps, int precisionBits) {
   return up > 0 && down > 0 && (taps == 4 || taps == 8 || taps == 16) && (precisionBits == 6 || precisionBits == 7) &&
          filter.sharpening <= kMaxSharpening &&
          (filter.kernel != ScalingKernel::kFixedWidth || IsKernelKind(filter.fixedWidth.kind));
@@ -154,7 +154,7 @@ void FinishPhase(double* samples, int phase, std::uint32_t sharpening, Centroid 
   if (centred) Recentre(samples, phase, taps, rounded);
 }
 
-void DesignFixedWidthBank(const ScalingFilter& filter, int taps, int precisionBits, Bank& bank) {
+void DesignFixedWidthBank(const ScalingDesign& filter, int taps, int precisionBits, Bank& bank) {
   std::fill_n(&bank[0][0], kPhases * kMaxTaps, std::int16_t{0});
   DesignResamplingBank(filter.fixedWidth, taps, precisionBits, bank);
   if (filter.sharpening == 0) return;
@@ -183,7 +183,7 @@ void DesignShapeBank(const KernelShape& shape, std::uint32_t sharpening, int tap
   MirrorPhases(taps, bank);
 }
 
-bool DesignScalingBank(const ScalingFilter& filter, int up, int down, int taps, int precisionBits, Bank& bank) {
+bool DesignScalingBank(const ScalingDesign& filter, int up, int down, int taps, int precisionBits, Bank& bank) {
   if (!IsScalingBank(filter, up, down, taps, precisionBits)) return false;
   if (filter.kernel == ScalingKernel::kFixedWidth) {
     DesignFixedWidthBank(filter, taps, precisionBits, bank);

@@ -28,7 +28,7 @@ bool CanBeStaged(const Frame420& planes, std::uint64_t stagingBytes) {
 }
 
 /// A row of odd width ends with a Cb and a Y that have no partners.
-void Stage(const Frame420& planes, std::uint8_t* frame) {
+void StageFrame(const Frame420& planes, std::uint8_t* frame) {
   const std::uint32_t last = planes.width - 1;
   const std::ptrdiff_t pairBytes = std::ptrdiff_t{4} * (planes.width / 2);
   ForEachRow(planes, frame, [&](const std::uint8_t* luma, const std::uint8_t* chroma, std::uint8_t* row) {
@@ -41,7 +41,7 @@ void Stage(const Frame420& planes, std::uint8_t* frame) {
 
 /// kept: the Cr that an odd width's last pair lacks is what follows in memory, the next row's first byte; the last row
 /// repeats its Cr before.
-void Unstage(const std::uint8_t* frame, const Frame420& planes) {
+void UnstageFrame(const std::uint8_t* frame, const Frame420& planes) {
   if (planes.width < 2) return;  // no Cr at all, and no processor makes frames of that width
   const std::uint32_t last = planes.width - 1;
   const std::ptrdiff_t pairBytes = std::ptrdiff_t{4} * (planes.width / 2);

@@ -25,10 +25,10 @@ struct FramePair420 {
 bool CanBeStaged(const Frame420& planes, std::uint64_t stagingBytes);
 
 /// Writes the planes as a packed 2vuy frame, both luma rows of a pair with the same chroma.
-void Stage(const Frame420& planes, std::uint8_t* frame);
+void StageFrame(const Frame420& planes, std::uint8_t* frame);
 
 /// Writes a packed 2vuy frame into the planes. kept: of the two rows 2j and 2j + 1, which both write chroma row j, the
 /// second stays.
-void Unstage(const std::uint8_t* frame, const Frame420& planes);
+void UnstageFrame(const std::uint8_t* frame, const Frame420& planes);
 
 }  // namespace vidproc

@@ -38,7 +38,7 @@ void RunRouteOnPlanes(VideoProcessor& p, Workspace* workspace, const Route& rout
   if (!CanBeStaged(frames.source, stagingBytes) || !CanBeStaged(frames.destination, stagingBytes)) return;
   p.srcFrame = reinterpret_cast<std::uint8_t*>(p.scratchB);
   p.dstFrame = reinterpret_cast<std::uint8_t*>(p.scratchA);
-  if (RunRoute(p, workspace, route, Source(p, &frames.source))) Unstage(p.dstFrame, frames.destination);
+  if (RunRoute(p, workspace, route, Source(p, &frames.source))) UnstageFrame(p.dstFrame, frames.destination);
 }
 
 }  // namespace vidproc

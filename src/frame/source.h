@@ -18,7 +18,7 @@ struct Source {
 
   /// Makes the rows of the source frame from the planes, where there are any.
   void StagePlanes() const {
-    if (planes != nullptr) Stage(*planes, frame);
+    if (planes != nullptr) StageFrame(*planes, frame);
   }
   Rows FrameRows() const { return {frame, stride}; }
 

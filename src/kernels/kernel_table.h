@@ -38,7 +38,8 @@ struct KernelTable {
   /// Adds the noise to bytes offset.. of the linear frame, which lie at `bytes`; those outside the noise's rows stay as
   /// they are. Pieces come in ascending, adjoining order, because the positions of a band are drawn when it is reached.
   void (*addNoise)(NoiseField& field, std::uint8_t* bytes, std::uint64_t offset, std::uint64_t count);
-  /// Interleaves a row of luma and a row of Cb Cr pairs into a row of `bytes` 2vuy bytes (a multiple of 4), and back.
+  /// Interleaves two rows into one of `bytes` bytes (even), `chroma` at the even places, and back: luma and Cb Cr pairs
+  /// with 2vuy rows or, as Cr and Cb, two planes with rows of pairs.
   void (*interleaveRow)(const std::uint8_t* luma, const std::uint8_t* chroma, std::uint8_t* row, std::ptrdiff_t bytes);
   void (*splitRow)(const std::uint8_t* row, std::uint8_t* luma, std::uint8_t* chroma, std::ptrdiff_t bytes);
   /// The row kernels, see row_jobs.h.

@@ -67,7 +67,7 @@ void ScaleByLanes(const HorizontalRowJob& job) {
   job.plan->shift == 6 ? ScaleByLanes<kStep, 6>(job) : ScaleByLanes<kStep, 7>(job);
 }
 
-void FilterShiftedRows(const HorizontalRowJob& job) {
+void ScaleSamePhase(const HorizontalRowJob& job) {
   const HorizontalRowPlan& plan = *job.plan;
   VerticalRowJob rows{&plan.shifted, {}, {}, plan.shift, plan.outputs * plan.step, job.out};
   for (int t = 0; t < plan.shifted.count; ++t) rows.rows[t] = job.in + plan.shifted.row[t] * plan.step;
@@ -194,7 +194,7 @@ void ScaleByPairs(const HorizontalRowJob& job) {
 }  // namespace
 
 void ScaleRow(const HorizontalRowJob& job) {
-  if (job.plan->form == HorizontalForm::kSamePhase) return FilterShiftedRows(job);
+  if (job.plan->form == HorizontalForm::kSamePhase) return ScaleSamePhase(job);
   if constexpr (kHasByteShuffle) {
     if (job.plan->form != HorizontalForm::kGeneral) return ScaleByGrids(job);
   } else if constexpr (kHasVectors) {

@@ -70,11 +70,11 @@ int VideoProcessor::PostProcDitherNoiseUpon2VUY(unsigned char* source, unsigned 
                                                 unsigned short width, unsigned short height, unsigned int seed,
                                                 unsigned short /*unused*/, unsigned char strength, signed char* table) {
   const std::uint32_t blocks = vidproc::NoiseBlocksPerRow(width);
-  const auto noiseBlkPosPtr = Allocate<std::uint16_t>(blocks, "noiseBlkPosPtr");
-  if (noiseBlkPosPtr == nullptr) return -1;
+  const auto blockPosition = Allocate<std::uint16_t>(blocks, "noiseBlkPosPtr");
+  if (blockPosition == nullptr) return -1;
   // kept: memory is asked for a single word, because a lack of it has a message of its own.
-  const auto prngByLFSRPtr = Allocate<std::uint32_t>(1, "prngByLFSRPtr");
-  if (prngByLFSRPtr == nullptr) return -1;
+  const auto registerState = Allocate<std::uint32_t>(1, "prngByLFSRPtr");
+  if (registerState == nullptr) return -1;
   if (strength < 1 || strength > kNoiseStrengths) {
     std::fprintf(stderr, "{PostProcDitherNoiseUpon2VUY} Dithering noise strength (=%u) not currently supported.\n",
                  unsigned{strength});
@@ -84,13 +84,13 @@ int VideoProcessor::PostProcDitherNoiseUpon2VUY(unsigned char* source, unsigned 
 
   signed char noise[2 * kNoiseTileCells];
   vidproc::SpreadNoiseTile(table, strength, noise);
-  *prngByLFSRPtr = vidproc::FirstNoiseState(seed);
+  *registerState = vidproc::FirstNoiseState(seed);
   for (std::size_t y = 0; y < height; ++y) {
     const std::size_t rowOfBand = y % vidproc::kNoiseBlockSize;
-    if (rowOfBand == 0) vidproc::DrawNoiseBand(*prngByLFSRPtr, noiseBlkPosPtr.get(), blocks);
+    if (rowOfBand == 0) vidproc::DrawNoiseBand(*registerState, blockPosition.get(), blocks);
     // kept: the source advances by 16 bits of the pitch
     CopyRowWithNoise(source + y * (pitch & 0xFFFF), destination + y * pitch, blocks * vidproc::kNoiseBlockBytes,
-                     noise + rowOfBand * vidproc::kNoiseTileRowBytes, noiseBlkPosPtr.get());
+                     noise + rowOfBand * vidproc::kNoiseTileRowBytes, blockPosition.get());
   }
   return 0;
 }

@@ -104,7 +104,7 @@ NoiseBlock NoiseEstimator::Read(const std::uint8_t* samples, std::ptrdiff_t stri
   return block;
 }
 
-void NoiseEstimator::Fetch(const std::uint8_t* samples, std::ptrdiff_t stride) {
+void NoiseEstimator::PrefetchBlock(const std::uint8_t* samples, std::ptrdiff_t stride) {
   for (std::int32_t row = 0; row < kNoiseBlockHeight; ++row) Prefetch(samples + row * stride);
 }
 
@@ -114,7 +114,7 @@ void NoiseEstimator::Measure(const LumaRows& frame) {
   std::size_t count = 0;
   bool isRepeat = hasPrevious;
   for (std::int32_t b = 0; b < blocks; ++b) {
-    Fetch(Samples(frame, std::min(b + kBlocksAhead, blocks - 1)), frame.stride);
+    PrefetchBlock(Samples(frame, std::min(b + kBlocksAhead, blocks - 1)), frame.stride);
     const std::uint8_t* const samples = Samples(frame, b);
     const NoiseBlock block = frame.sampleStep == 1 ? Read<1>(samples, frame.stride) : Read<2>(samples, frame.stride);
     NoiseBlock& before = previous[static_cast<std::size_t>(b)];

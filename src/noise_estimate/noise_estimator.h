@@ -46,7 +46,7 @@ class NoiseEstimator {
   const std::uint8_t* Samples(const LumaRows& frame, std::int32_t block) const;
   template <int kStep>
   static NoiseBlock Read(const std::uint8_t* samples, std::ptrdiff_t stride);
-  static void Fetch(const std::uint8_t* samples, std::ptrdiff_t stride);
+  static void PrefetchBlock(const std::uint8_t* samples, std::ptrdiff_t stride);
   void Add(std::int32_t figure);
 
   std::int32_t columns, rows;

@@ -32,8 +32,8 @@ filters::ScalingKernel KernelOf(ScalingFilter filter) {
   }
 }
 
-filters::ScalingFilter FilterOf(const ScalingSettings& settings, bool keepsPlaces) {
-  filters::ScalingFilter filter;
+filters::ScalingDesign FilterOf(const ScalingSettings& settings, bool keepsPlaces) {
+  filters::ScalingDesign filter;
   filter.kernel = KernelOf(settings.filter);
   if (filter.kernel == filters::ScalingKernel::kFixedWidth) {
     filter.fixedWidth = {KindOf(settings.filter), static_cast<std::uint32_t>(settings.softening),
@@ -91,7 +91,7 @@ bool PlanLastStep(const ScalingSettings& settings, const AxisRequest& axis, std:
     keepsPlaces = keepsPlaces && position.source == row && position.phase == 0;
     pass.positions.push_back(position);
   }
-  const filters::ScalingFilter filter = FilterOf(settings, keepsPlaces);
+  const filters::ScalingDesign filter = FilterOf(settings, keepsPlaces);
   const Ratio own = OwnRatio(settings, axis);
   filters::DesignScalingBank(filter, own.up << halvings, own.down, axis.taps, pass.precisionBits, pass.bank);
   return keepsPlaces;

@@ -100,7 +100,7 @@ void DenoiseStage::StartFrame() {
 /// Rows that nobody has asked for still become those of the frame before.
 void DenoiseStage::EndFrame() {
   if (KeepsAnything()) MakeRowsBefore(Shape().height);
-  for (const Kept what : kAllKept) IsCurrent(what) = Keeps(what);
+  for (const Kept what : kAllKept) HasKept(what) = Keeps(what);
 }
 
 void DenoiseStage::MakeRowsBefore(std::int32_t y) {
@@ -123,7 +123,7 @@ void DenoiseStage::WriteRow(std::int32_t y, std::uint8_t* out) {
 std::uint8_t* DenoiseStage::PreviousRow(Kept what, std::int32_t y, const std::uint8_t* current) {
   if (!plan->smoothsMotion) return nullptr;
   std::uint8_t* const row = KeptRows(what).Row(y);
-  if (!IsCurrent(what)) std::memcpy(row, current, static_cast<std::size_t>(Shape().RowBytes()));
+  if (!HasKept(what)) std::memcpy(row, current, static_cast<std::size_t>(Shape().RowBytes()));
   return row;
 }
 
@@ -149,7 +149,7 @@ void DenoiseStage::Denoise(std::int32_t y, std::uint8_t* history, std::uint8_t* 
   job.taps = &plan->horizontal;
   job.in = plan->filters ? FilterVertically(y) : input.HeldRow(y);
   job.previous = PreviousRow(Kept::kVerticalResult, y, job.in);
-  job.blend = plan->blends && IsCurrent(Kept::kOutput) ? &plan->blend : nullptr;
+  job.blend = plan->blends && HasKept(Kept::kOutput) ? &plan->blend : nullptr;
   job.history = history;
   job.step = Shape().sampleBytes;
   job.bytes = Shape().RowBytes();

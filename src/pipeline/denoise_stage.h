@@ -55,10 +55,10 @@ class DenoiseStage : public Stage {
 
   bool Keeps(Kept what) const { return what == Kept::kOutput ? plan->keepsHistory : plan->smoothsMotion; }
   RowStore& KeptRows(Kept what);
-  /// Whether the kept rows are those of a frame before.
-  bool& IsCurrent(Kept what) { return isCurrent[static_cast<int>(what)]; }
+  /// Whether there are kept rows: those of a frame before.
+  bool& HasKept(Kept what) { return hasKept[static_cast<int>(what)]; }
   /// The next frame is the first one.
-  void ForgetKept() { std::fill(std::begin(isCurrent), std::end(isCurrent), false); }
+  void ForgetKept() { std::fill(std::begin(hasKept), std::end(hasKept), false); }
 
  protected:
   void MakeRow(std::int32_t y, std::uint8_t* out) override;
@@ -79,7 +79,7 @@ class DenoiseStage : public Stage {
   RowStore verticalResult;  ///< one row
   RowStore previousInput;
   RowStore previousVertical;
-  bool isCurrent[3] = {};
+  bool hasKept[3] = {};
   std::int32_t nextRow = 0;
 };
 

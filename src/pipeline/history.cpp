@@ -5,16 +5,14 @@
 namespace vidproc {
 namespace {
 
-bool CanContinue(DenoiseStage& from, const DenoiseStage& to, Kept what) {
-  return from.IsCurrent(what) && to.Keeps(what);
-}
+bool CanContinue(DenoiseStage& from, const DenoiseStage& to, Kept what) { return from.HasKept(what) && to.Keeps(what); }
 
 void MoveComponent(DenoiseStage& from, DenoiseStage& to) {
   for (const Kept what : kAllKept) {
     if (!CanContinue(from, to, what)) continue;
     std::swap(from.KeptRows(what), to.KeptRows(what));
-    to.IsCurrent(what) = true;
-    from.IsCurrent(what) = false;
+    to.HasKept(what) = true;
+    from.HasKept(what) = false;
   }
 }
 
@@ -26,7 +24,7 @@ void JoinPlanes(DenoiseStage& cb, DenoiseStage& cr, DenoiseStage& pairs, const K
       kernels.interleaveRow(cr.KeptRows(what).Row(y), cb.KeptRows(what).Row(y), pairs.KeptRows(what).Row(y),
                             shape.RowBytes());
     }
-    pairs.IsCurrent(what) = true;
+    pairs.HasKept(what) = true;
   }
 }
 
@@ -38,8 +36,8 @@ void SplitPairs(DenoiseStage& pairs, DenoiseStage& cb, DenoiseStage& cr, const K
       kernels.splitRow(pairs.KeptRows(what).Row(y), cr.KeptRows(what).Row(y), cb.KeptRows(what).Row(y),
                        shape.RowBytes());
     }
-    cb.IsCurrent(what) = true;
-    cr.IsCurrent(what) = true;
+    cb.HasKept(what) = true;
+    cr.HasKept(what) = true;
   }
 }
 

@@ -25,7 +25,7 @@ bool KeepsBytes(const TapBank& bank, int phase, int unity) {
 }
 
 /// Signed byte taps whose sums of bytes, and `rounding` added, stay inside 16 bits in any order.
-bool KeepWords(const std::int16_t* coefficients, int count, int rounding) {
+bool SumsFitWords(const std::int16_t* coefficients, int count, int rounding) {
   int positive = 0;
   int negative = 0;
   for (int tap = 0; tap < count; ++tap) {
@@ -65,7 +65,7 @@ bool ByteRowsAreExact(const TapBank& vertical, const TapBank& horizontal, std::i
   for (int phase = 0; phase < kPhases; ++phase) {
     if (UsesPhase(vertical, phase) && !KeepsBytes(vertical, phase, unity)) return false;
     if (!UsesPhase(horizontal, phase) || IsIdentity(horizontal, phase, unity)) continue;
-    if (!KeepWords(horizontal.coefficient[phase], horizontal.taps, unity / 2)) return false;
+    if (!SumsFitWords(horizontal.coefficient[phase], horizontal.taps, unity / 2)) return false;
   }
   return true;
 }
@@ -78,7 +78,7 @@ bool ByteColumnsAreExact(const TapBank& vertical, const TapBank& horizontal) {
   return true;
 }
 
-bool ByteProductsFitWords(const std::int16_t* coefficients, int count) { return KeepWords(coefficients, count, 0); }
+bool ByteProductsFitWords(const std::int16_t* coefficients, int count) { return SumsFitWords(coefficients, count, 0); }
 
 bool WeightsAreCoefficients(const TapBank& vertical, const TapBank& horizontal) {
   for (int phase = 0; phase < kPhases; ++phase) {

@@ -32,7 +32,7 @@ HorizontalRowLayout::HorizontalRowLayout(const HorizontalRowRequest& request)
   plan.positions = positions.data();
   plan.coefficients = bank.data();
   if (request.shape.vectorBytes == 0) return;
-  if (ChooseShiftedRows(request.shape)) return;
+  if (ChooseSamePhase(request.shape)) return;
   if (!StepsByTwo() && ChooseWholeWindows(request.shape)) return;
   if (ChoosePairs(request.shape)) return;
   ChooseOctets(request.shape);
@@ -53,7 +53,7 @@ bool HorizontalRowLayout::Repeats(std::int32_t distance, std::int32_t count) con
   return true;
 }
 
-bool HorizontalRowLayout::ChooseShiftedRows(const ByteRowShape& shape) {
+bool HorizontalRowLayout::ChooseSamePhase(const ByteRowShape& shape) {
   const std::int16_t* const phase = bank.data() + positions[0].phase * kMaxTaps;
   if (plan.outputs < 2 || positions[1].source != positions[0].source + 1 || !Repeats(1, plan.outputs - 1) ||
       plan.taps - std::count(phase, phase + plan.taps, 0) > kMaxVerticalTaps) {

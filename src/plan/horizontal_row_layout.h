@@ -47,7 +47,7 @@ class HorizontalRowLayout {
   std::uint32_t UsedPhases() const;
   /// Whether outputs k and k + distance have the same phase, and the same way between them, for all k below `count`.
   bool Repeats(std::int32_t distance, std::int32_t count) const;
-  bool ChooseShiftedRows(const ByteRowShape& shape);
+  bool ChooseSamePhase(const ByteRowShape& shape);
   /// The bytes that some results take their samples from, of the phases' taps.
   struct Reach {
     std::int32_t first;

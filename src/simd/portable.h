@@ -74,7 +74,7 @@ inline Raw FromHalves(std::uint64_t low, std::uint64_t high) { return As<Raw>(In
 
 /// Lane i of the result is lane kPlace(i) of a and b side by side.
 template <auto kPlace, class Lanes, std::size_t... kLane>
-inline Lanes Choose(Lanes a, Lanes b, std::index_sequence<kLane...>) {
+inline Lanes ShuffleLanes(Lanes a, Lanes b, std::index_sequence<kLane...>) {
   constexpr int kLast = kLanesOf<Lanes> - 1;
   if constexpr (kCountsFromEnd) {
     return __builtin_shufflevector(b, a, (2 * kLast + 1 - kPlace(kLast - static_cast<int>(kLane)))...);
@@ -84,7 +84,7 @@ inline Lanes Choose(Lanes a, Lanes b, std::index_sequence<kLane...>) {
 }
 template <class Lanes, auto kPlace>
 inline Raw Choose(Raw a, Raw b) {
-  return As<Raw>(Choose<kPlace>(As<Lanes>(a), As<Lanes>(b), std::make_index_sequence<kLanesOf<Lanes>>()));
+  return As<Raw>(ShuffleLanes<kPlace>(As<Lanes>(a), As<Lanes>(b), std::make_index_sequence<kLanesOf<Lanes>>()));
 }
 /// The lanes of a and b from lane kFirst on, in turn.
 template <class Lanes, int kFirst>

@@ -29,13 +29,13 @@ struct Designed {
   int taps;
   bool accepted;
 
-  Designed(const ScalingFilter& filter, Ratio ratio, int taps, int bits = 7) : taps(taps) {
+  Designed(const ScalingDesign& filter, Ratio ratio, int taps, int bits = 7) : taps(taps) {
     std::memset(phases, 0x55, sizeof(phases));
     accepted = DesignScalingBank(filter, ratio.up, ratio.down, taps, bits, phases);
   }
 };
 
-ScalingFilter Filter(ScalingKernel kernel, std::uint32_t sharpening = 0) { return {kernel, {}, sharpening}; }
+ScalingDesign Filter(ScalingKernel kernel, std::uint32_t sharpening = 0) { return {kernel, {}, sharpening}; }
 
 class EveryBank : public testing::TestWithParam<ScalingKernel> {
  protected:
@@ -121,7 +121,7 @@ TEST(ScalingBank, TakesFixedWidthKernelsAsDesigned) {
 }
 
 TEST(ScalingBank, RefusesWhatItCannotDesign) {
-  const ScalingFilter automatic;
+  const ScalingDesign automatic;
   EXPECT_FALSE(Designed(automatic, {0, 1}, 4).accepted);
   EXPECT_FALSE(Designed(automatic, {1, -1}, 4).accepted);
   EXPECT_FALSE(Designed(automatic, {1, 1}, 6).accepted);

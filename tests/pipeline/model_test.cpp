@@ -25,12 +25,12 @@ reference::Chroma ChromaOf(const vidproc_frame_info& info) {
           info.siting == VIDPROC_SITING_CENTRE};
 }
 
-filters::ScalingFilter FilterOf(const vidproc_pre_options& o) {
+filters::ScalingDesign FilterOf(const vidproc_pre_options& o) {
   static constexpr filters::ScalingKernel kKernels[] = {
       filters::ScalingKernel::kAutomatic, filters::ScalingKernel::kBilinear, filters::ScalingKernel::kCatmullRom,
       filters::ScalingKernel::kMitchell,  filters::ScalingKernel::kLanczos,  filters::ScalingKernel::kArea};
   static constexpr std::uint32_t kKinds[] = {filters::kGaussian, filters::kHammingSinc, filters::kTwoSincs};
-  filters::ScalingFilter filter;
+  filters::ScalingDesign filter;
   filter.sharpening = static_cast<std::uint32_t>(o.sharpening);
   filter.kernel = HasOwnWidth(o) ? filters::ScalingKernel::kFixedWidth : kKernels[o.filter];
   if (HasOwnWidth(o)) {
@@ -53,7 +53,7 @@ reference::ScaleSettings ScalingOf(const vidproc_pre_options& o, bool isPost) {
   scale.filtersWithoutResizing = HasOwnWidth(o) || o.sharpening > 0;
   scale.bank = [asked = FilterOf(o), bits = scale.precisionBits](const reference::BankRequest& request,
                                                                  reference::Bank& bank) {
-    filters::ScalingFilter filter = request.halving ? filters::ScalingFilter{} : asked;
+    filters::ScalingDesign filter = request.halving ? filters::ScalingDesign{} : asked;
     if (request.samePlaces && filter.kernel != filters::ScalingKernel::kFixedWidth) {
       filter.kernel = filters::ScalingKernel::kIdentity;
     }

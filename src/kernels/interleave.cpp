@@ -1,5 +1,5 @@
-// Rows of 4:2:0 frames with interleaved chroma to 2vuy rows and back: Cb Y Cr Y is the pairwise interleaving of
-// Cb Cr and Y Y.
+// Two rows to one of alternating bytes, and back: Cb Y Cr Y is the pairwise interleaving of Cb Cr and Y Y, and Cb Cr
+// that of Cb and Cr.
 #include "kernels/kernel_table.h"
 #include "kernels/passes/byte_vertical_pass.h"
 #include "kernels/passes/vector_walk.h"
