@@ -60,7 +60,6 @@ PipelineSettings SharedSettings(Role role, const Options& o) {
                       .softening = o.softening,
                       .lobes = o.lobes,
                       .sharpening = o.sharpening};
-  settings.denoise.taps = 8;
   settings.lumaGain = o.luma_gain;
   settings.lumaOffset = o.luma_offset;
   settings.ditherLevel = o.dither_level;

@@ -13,7 +13,7 @@ namespace vidproc::api {
 vidproc_status ReplacePipeline(Processor& processor, const PipelineSettings& settings, const vidproc_frame_info& input,
                                const vidproc_frame_info& output) noexcept {
   return WithoutExceptions(processor.error, [&] {
-    auto replacement = std::make_unique<Pipeline>(settings, processor.pipeline.get());
+    auto replacement = std::make_unique<Pipeline>(settings);
     // Nothing below fails.
     if (processor.pipeline != nullptr) replacement->TakeHistory(*processor.pipeline);
     processor.pipeline = std::move(replacement);

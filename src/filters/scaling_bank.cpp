@@ -193,10 +193,4 @@ bool DesignScalingBank(const ScalingDesign& filter, int up, int down, int taps, 
   return true;
 }
 
-bool FitsSignedBytes(const std::int16_t* phase, int taps) {
-  const auto fits = [](int c) { return c >= -127 && c <= 127; };
-  if (std::all_of(phase, phase + taps, fits)) return true;
-  return std::count(phase, phase + taps, 0) == taps - 1 && std::count(phase, phase + taps, 128) == 1;
-}
-
 }  // namespace vidproc::filters

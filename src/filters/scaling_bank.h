@@ -40,7 +40,4 @@ bool DesignScalingBank(const ScalingDesign& filter, int up, int down, int taps, 
 /// The same bank from a kernel of one's own.
 void DesignShapeBank(const KernelShape& shape, std::uint32_t sharpening, int taps, int precisionBits, Bank& bank);
 
-/// Whether every coefficient of a phase lies in -127..127; one tap alone may be 128.
-bool FitsSignedBytes(const std::int16_t* phase, int taps);
-
 }  // namespace vidproc::filters

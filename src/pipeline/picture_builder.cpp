@@ -104,8 +104,7 @@ void PictureBuilder::Split(Stage& packed, std::int32_t width, PackedOrder order)
 void PictureBuilder::SplitApart(Stage& packed, std::int32_t width, std::int32_t chromaRows) {
   Split(packed, width, PackedOrder::kChromaFirst);
   Stage* const luma = rows.luma;
-  // The luma that is split off along with the pairs is not used, nor are the pairs along with luma.
-  rows.luma->Hold(1);
+  // Each split also makes rows of a part that nobody reads: one held row takes them.
   rows.pairs->Hold(1);
   Split(packed, width, PackedOrder::kChromaFirst);
   rows.luma->Hold(1);

@@ -18,7 +18,7 @@ namespace vidproc {
 /// The stages of a frame's components, from the planes of the input on.
 class PictureBuilder {
  public:
-  /// @throws std::bad_alloc, as do all that follow
+  /// @throws std::bad_alloc, as do all that follow but UseDenoiseStep
   PictureBuilder(const PipelineSettings& settings, const KernelTable& kernels);
 
   void AddSources();

@@ -57,8 +57,7 @@ void Pipeline::Stages::Process(const InputPlanes& input, const OutputPlanes& out
   for (const auto& stage : picture.stages) stage->EndFrame();
 }
 
-Pipeline::Pipeline(const PipelineSettings& settings, const Pipeline* /*replaced*/)
-    : stages(std::make_unique<Stages>(settings)) {}
+Pipeline::Pipeline(const PipelineSettings& settings) : stages(std::make_unique<Stages>(settings)) {}
 
 Pipeline::~Pipeline() = default;
 

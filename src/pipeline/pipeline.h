@@ -60,15 +60,13 @@ struct PipelineSettings {
 
 class Pipeline {
  public:
-  /// Takes all memory that frames of these settings need. History buffers that TakeHistory would bring from `replaced`
-  /// (null: none) need not be made. @throws std::bad_alloc
-  Pipeline(const PipelineSettings& settings, const Pipeline* replaced);
+  /// Takes all memory that frames of these settings need. @throws std::bad_alloc
+  explicit Pipeline(const PipelineSettings& settings);
   ~Pipeline();
   Pipeline(const Pipeline&) = delete;
   Pipeline& operator=(const Pipeline&) = delete;
 
-  /// Continues the history of `replaced`, the one given at construction, where input size and chroma sampling agree
-  /// and both keep one.
+  /// Continues the history of `replaced` where input size and chroma sampling agree and both keep one.
   void TakeHistory(Pipeline& replaced) noexcept;
   /// The next frame is the first one.
   void ForgetHistory() noexcept;

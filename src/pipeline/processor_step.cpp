@@ -1,6 +1,5 @@
 #include "pipeline/processor_step.h"
 
-#include "filters/resampling_bank.h"
 #include "pipeline/axis_pass.h"
 
 namespace vidproc {

@@ -1,7 +1,6 @@
 #include "pipeline/scaling_stages.h"
 
 #include <algorithm>
-#include <cstring>
 #include <numeric>
 
 #include "plan/exactness.h"
@@ -92,12 +91,6 @@ void VerticalPass::MakeRow(std::int32_t y, std::uint8_t* out) {
   job.bytes = Shape().RowBytes();
   job.out = out;
   kernels.filterRowsVertically(job);
-}
-
-/// The kernel may overrun short rows.
-void VerticalPass::WriteRow(std::int32_t y, std::uint8_t* out) {
-  if (Shape().RowBytes() >= kMinRowBytes) return MakeRow(y, out);
-  std::memcpy(out, HeldRow(y), static_cast<std::size_t>(Shape().RowBytes()));
 }
 
 HorizontalPass::HorizontalPass(Stage& input, const AxisPass& pass, const KernelTable& kernels)

@@ -16,7 +16,6 @@ class VerticalPass : public Stage {
  public:
   /// @throws std::bad_alloc
   VerticalPass(Stage& input, const AxisPass& pass, const KernelTable& kernels);
-  void WriteRow(std::int32_t y, std::uint8_t* out) override;
 
  protected:
   void MakeRow(std::int32_t y, std::uint8_t* out) override;

@@ -1,7 +1,7 @@
 // Work that needs a whole frame, as 2vuy: the frame is written from stages, worked on, and read by stages again.
 #pragma once
 
-#include <memory>
+#include <vector>
 
 #include "pipeline/frame_sink.h"
 #include "pipeline/source_stages.h"

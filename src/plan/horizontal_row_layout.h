@@ -5,7 +5,6 @@
 #include <cstdint>
 #include <vector>
 
-#include "kernels/kernel_table.h"
 #include "kernels/row_jobs.h"
 #include "plan/tap_pairs.h"
 
@@ -26,8 +25,8 @@ class HorizontalRowLayout {
  public:
   /// @throws std::bad_alloc
   explicit HorizontalRowLayout(const HorizontalRowRequest& request);
-  HorizontalRowLayout(HorizontalRowLayout&&) = default;
-  HorizontalRowLayout& operator=(HorizontalRowLayout&&) = default;
+  HorizontalRowLayout(const HorizontalRowLayout&) = delete;
+  HorizontalRowLayout& operator=(const HorizontalRowLayout&) = delete;
 
   /// Lives as long as the layout, and points into it.
   const HorizontalRowPlan& Plan() const { return plan; }

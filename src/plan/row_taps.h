@@ -3,7 +3,6 @@
 
 #include <cstdint>
 
-#include "kernels/kernel_table.h"
 #include "kernels/row_jobs.h"
 
 namespace vidproc {

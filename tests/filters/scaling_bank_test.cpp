@@ -7,7 +7,6 @@
 #include <cstring>
 #include <iterator>
 #include <numeric>
-#include <vector>
 
 namespace {
 
@@ -129,16 +128,6 @@ TEST(ScalingBank, RefusesWhatItCannotDesign) {
   EXPECT_FALSE(Designed(Filter(ScalingKernel::kArea, 17), {1, 1}, 4).accepted);
   EXPECT_FALSE(Designed({ScalingKernel::kFixedWidth, {3, 0, 3}, 0}, {1, 1}, 4).accepted);
   EXPECT_EQ(Designed(automatic, {1, 1}, 6).phases[15][15], 0x5555) << "the bank stays as it was";
-}
-
-TEST(ScalingBank, KnowsWhatFitsSignedBytes) {
-  const auto fits = [](const std::vector<std::int16_t>& phase) {
-    return FitsSignedBytes(phase.data(), static_cast<int>(phase.size()));
-  };
-  EXPECT_TRUE(fits({-127, 127, 127, 1}));
-  EXPECT_TRUE(fits({0, 128, 0, 0}));
-  EXPECT_FALSE(fits({1, 128, -1, 0}));
-  EXPECT_FALSE(fits({-128, 127, 127, 2}));
 }
 
 }  // namespace
