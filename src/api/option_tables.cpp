@@ -2,6 +2,7 @@
 #include <iterator>
 
 #include "api/option_checks.h"
+#include "kernels/block_statistics.h"
 
 namespace vidproc::api {
 namespace {
@@ -13,7 +14,7 @@ static_assert(offsetof(Shared, input) == offsetof(vidproc_exposure_options, inpu
 static_assert(offsetof(Shared, alignment) == offsetof(vidproc_post_options, alignment));
 static_assert(offsetof(Shared, dither_seed) == offsetof(vidproc_post_options, dither_seed));
 
-constexpr int kSmallestWatched = 16;  // one block
+constexpr int kSmallestWatched = kExposureBlockSize;
 
 constexpr const char* kAlignments[] = {"centres", "corners", nullptr};
 constexpr const char* kFilters[] = {"automatic", "bilinear", "catmull-rom",  "mitchell",  "lanczos",

@@ -26,6 +26,9 @@ inline bool IsBankShape(int taps, int maxTaps, int precisionBits) {
 /// The tap of the source sample at which phase 0 lies.
 constexpr int CentreTap(int taps) { return taps / 2 - 1; }
 
+/// Distance of a tap from the output sample, in sixteenths of a pixel.
+constexpr int TapDistance(int tap, int phase, int taps) { return kPhases * (tap - CentreTap(taps)) - phase; }
+
 /// The farthest distance at which SampleKernel samples, in sixteenths of a pixel.
 constexpr int KernelReach(int taps) { return kPhases / 2 * taps - 1; }
 
@@ -34,7 +37,7 @@ constexpr int KernelReach(int taps) { return kPhases / 2 * taps - 1; }
 template <typename Kernel>
 void SampleKernel(Kernel kernel, int phase, int taps, double* samples) {
   for (int tap = 0; tap < taps; ++tap) {
-    const int d = kPhases * (tap - CentreTap(taps)) - phase;
+    const int d = TapDistance(tap, phase, taps);
     samples[tap] = d == 0 ? 1.0 : d > KernelReach(taps) ? 0.0 : kernel(static_cast<double>(d));
   }
 }

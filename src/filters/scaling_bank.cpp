@@ -50,24 +50,21 @@ void Sharpen(double* samples, int used, std::uint32_t sharpening) {
   std::copy_n(sharpened, used, samples);
 }
 
-// Distance of a tap from the output sample, in sixteenths of a sample.
-int Distance(int tap, int phase, int taps) { return kPhases * (tap - CentreTap(taps)) - phase; }
-
 // Brings the centroid of the samples to the output sample, each sample giving by its weight: zeros stay zeros.
 void Centre(double* samples, int phase, int taps) {
   double moment = 0, weight = 0, weightedMean = 0, variance = 0;
   for (int t = 0; t < taps; ++t) {
-    moment += samples[t] * Distance(t, phase, taps);
+    moment += samples[t] * TapDistance(t, phase, taps);
     weight += std::abs(samples[t]);
-    weightedMean += std::abs(samples[t]) * Distance(t, phase, taps);
+    weightedMean += std::abs(samples[t]) * TapDistance(t, phase, taps);
   }
   weightedMean /= weight;
   for (int t = 0; t < taps; ++t) {
-    const double deviation = Distance(t, phase, taps) - weightedMean;
+    const double deviation = TapDistance(t, phase, taps) - weightedMean;
     variance += std::abs(samples[t]) * deviation * deviation;
   }
   for (int t = 0; t < taps; ++t) {
-    samples[t] -= moment / variance * std::abs(samples[t]) * (Distance(t, phase, taps) - weightedMean);
+    samples[t] -= moment / variance * std::abs(samples[t]) * (TapDistance(t, phase, taps) - weightedMean);
   }
 }
 
@@ -112,7 +109,7 @@ void RoundToSum(const double* samples, int used, bool symmetric, int total, Roun
 void Recentre(const double* samples, int phaseIndex, int taps, RoundedPhase& phase) {
   for (;;) {
     int moment = 0;
-    for (int t = 0; t < taps; ++t) moment += phase.coefficients[t] * Distance(t, phaseIndex, taps);
+    for (int t = 0; t < taps; ++t) moment += phase.coefficients[t] * TapDistance(t, phaseIndex, taps);
     if (moment == 0) return;
     int bestFrom = -1, bestTo = -1;
     double leastError = 0;
@@ -176,7 +173,7 @@ void DesignShapeBank(const KernelShape& shape, std::uint32_t sharpening, int tap
   for (int phase = 0; phase <= kPhases / 2; ++phase) {
     double samples[kMaxTaps];
     for (int t = 0; t < taps; ++t) {
-      samples[t] = SampleShape(shape, Distance(t, phase, taps) / static_cast<double>(kPhases));
+      samples[t] = SampleShape(shape, TapDistance(t, phase, taps) / static_cast<double>(kPhases));
     }
     FinishPhase(samples, phase, sharpening, centroid, taps, precisionBits, bank[phase]);
   }

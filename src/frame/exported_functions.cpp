@@ -4,6 +4,7 @@
 
 #include "filters/resampling_bank.h"
 #include "frame/runners.h"
+#include "kernels/kernel_traits.h"
 #include "vidproc/video_processor.h"
 
 namespace {
@@ -20,8 +21,8 @@ struct SetUp {
 
 constexpr bool kPreProcessor = true;
 constexpr bool kPostProcessor = false;
-constexpr std::uint32_t kPreProcBits = 7;
-constexpr std::uint32_t kPostProcBits = 6;
+constexpr std::uint32_t kPreProcBits = vidproc::kPlainTraits.precisionBits;
+constexpr std::uint32_t kPostProcBits = vidproc::kPostTraits.precisionBits;
 constexpr std::uint32_t kLobes = 3;
 constexpr std::uint32_t kSoftenLevel420 = 10;
 constexpr short kNeutralGain = 128;

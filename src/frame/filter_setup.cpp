@@ -13,8 +13,6 @@
 namespace vidproc {
 namespace {
 
-constexpr int kDeblockingPrecisionBits = 7;
-
 /// kept: as many phases are enhanced as the horizontal bank has taps, so with 8 taps the upper half stays as designed.
 void Enhance(const VideoProcessor& p, int taps, int horizontalTaps, std::int32_t total, filters::Bank& enhanced,
              filters::Bank& bank) {
@@ -81,7 +79,7 @@ void VideoProcessor::GetFilterDeblock(short (*bank)[8], int taps, int precisionB
 
 int VideoProcessor::InitDeblocker(unsigned char level) {
   deblockLevel = level;
-  GetFilterDeblock(deblockHorizontalFilter, filters::kDeblockingTaps, vidproc::kDeblockingPrecisionBits, 0);
+  GetFilterDeblock(deblockHorizontalFilter, filters::kDeblockingTaps, filters::kDeblockingBits, 0);
   std::memcpy(deblockVerticalFilter, deblockHorizontalFilter, sizeof(deblockVerticalFilter));
   filters::CopyToLanes(deblockVerticalFilter, filters::kDeblockingTaps, deblockVerticalFilterLanes);
   filters::CopyToLanes(deblockHorizontalFilter, filters::kDeblockingTaps, deblockHorizontalFilterLanes);

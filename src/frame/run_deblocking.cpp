@@ -1,4 +1,5 @@
 // Deblocking of the source frame in place.
+#include "filters/deblocking_bank.h"
 #include "frame/bank_listing.h"
 #include "frame/frame_checks.h"
 #include "frame/runners.h"
@@ -14,7 +15,7 @@ void DeblockFrame(const VideoProcessor& p, const Workspace& workspace) {
   job.width = static_cast<std::int32_t>(p.inWidth);
   job.height = static_cast<std::int32_t>(p.inHeight);
   job.testPattern = p.deblockTestPattern != 0;
-  job.edgeSensitivity = static_cast<std::int16_t>((51 - p.deblockLevel) >> 2);
+  job.edgeSensitivity = filters::EdgeSensitivity(p.deblockLevel);
   for (int t = 0; t < 8; ++t) {
     job.verticalTaps[t] = p.deblockVerticalFilterLanes[0][t][0];
     job.horizontalTaps[t] = p.deblockHorizontalFilterLanes[0][t][0];

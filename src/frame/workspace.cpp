@@ -3,6 +3,7 @@
 
 #include <new>
 
+#include "plan/strip_sizes.h"
 #include "vidproc/video_processor.h"
 
 namespace vidproc {
@@ -28,23 +29,22 @@ class Arena {
 };
 
 void AllocateAll(Arena& arena, const FrameSizes& sizes, Workspace& workspace) {
-  // Strips keep 64 bytes for each byte of a row: 32 rows of 16-bit values or 64 rows of bytes.
-  constexpr std::uint64_t kValues = kMaxStripRows / 2;
-  const std::uint64_t pitch = 2 * sizes.inWidth + kRowSlack / 2;
+  const std::uint64_t inRowBytes = 2 * sizes.inWidth;
+  const std::uint64_t stripOutput = StripOutputSize(2 * sizes.outWidth);
   StripMemory& strip = workspace.strip;
-  arena.Allocate(strip.rows, kValues * pitch);
-  arena.Allocate(strip.columns, kValues * (2 * sizes.inWidth + 2 * kEdgeColumns + kRowSlack));
-  arena.Allocate(strip.outColumns, kMaxStripRows * (2 * sizes.outWidth + kRowSlack));
-  arena.Allocate(strip.outRows, kMaxStripRows * (2 * sizes.outWidth + kRowSlack));
-  arena.Allocate(strip.previousVerticalPiece, kMaxStripRows * (2 * sizes.outWidth + kRowSlack));
+  arena.Allocate(strip.rows, StripRowValues(inRowBytes));
+  arena.Allocate(strip.columns, StripColumnValues(inRowBytes));
+  arena.Allocate(strip.outColumns, stripOutput);
+  arena.Allocate(strip.outRows, stripOutput);
+  arena.Allocate(strip.previousVerticalPiece, stripOutput);
   arena.Allocate(workspace.planMemory.rows, sizes.outHeight);
   arena.Allocate(workspace.planMemory.lumaColumns, sizes.outWidth);
   arena.Allocate(workspace.planMemory.chromaColumns, sizes.outWidth / 2 + 1);
   arena.Allocate(workspace.planMemory.rowPatterns, ByteRowPlanBytes(sizes.outWidth));
-  const bool narrow = 2 * sizes.inWidth < kMinRowBytes;
+  const bool narrow = inRowBytes < kMinRowBytes;
   arena.Allocate(workspace.narrowRows, narrow ? sizes.inHeight * kMinRowBytes : 0);
   arena.Allocate(workspace.narrowPreviousInput, narrow ? sizes.outHeight * kMinRowBytes : 0);
-  arena.Allocate(workspace.deblockRows, 3 * (2 * sizes.inWidth + kRowSlack));
+  arena.Allocate(workspace.deblockRows, RowsAboveBytes(inRowBytes));
   arena.Allocate(workspace.deblockSources, sizes.inWidth);
 }
 
@@ -62,7 +62,7 @@ void Workspace::Reserve(const FrameSizes& sizes) {
   const auto misaligned = reinterpret_cast<std::uintptr_t>(memory.get()) % kCacheLine;
   Arena arena(memory.get() + (misaligned == 0 ? 0 : kCacheLine - misaligned));
   AllocateAll(arena, sizes, *this);
-  strip.rowPitch = static_cast<std::ptrdiff_t>(2 * sizes.inWidth + kRowSlack / 2);
+  strip.rowPitch = static_cast<std::ptrdiff_t>(StripRowPitch(2 * sizes.inWidth));
   reservedFor = sizes;
   plan.Invalidate();
 }

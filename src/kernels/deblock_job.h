@@ -10,9 +10,8 @@ struct DeblockJob {
   std::int32_t width;
   std::int32_t height;
   Form form;
-  bool testPattern;  ///< filter a checkerboard instead of the frame's own picture
-  /// (51 - level) >> 2: how fast the filter lets go as the step across an edge grows.
-  std::int16_t edgeSensitivity;
+  bool testPattern;              ///< filter a checkerboard instead of the frame's own picture
+  std::int16_t edgeSensitivity;  ///< how fast the filter lets go as the step across an edge grows
   std::int16_t verticalTaps[8];
   std::int16_t horizontalTaps[8];
   const std::int32_t* sources;  ///< source sample of every output sample

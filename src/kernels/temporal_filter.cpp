@@ -11,6 +11,7 @@
 // kept: in place, the segment before has already been filtered when it is the neighbour.
 #include <cstring>
 
+#include "kernels/denoise_taps.h"
 #include "kernels/kernel_table.h"
 #include "kernels/passes/byte_arithmetic.h"
 #include "kernels/passes/result_policy.h"
@@ -44,11 +45,8 @@ struct TableBlend {
   U8 farWeight;       ///< negated, of those others
 
   TableBlend(int strength, int shift) {
-    const auto negatedWeight = [=](int measure) {
-      const int square = measure * measure;
-      const int lost = shift < 16 ? (square << shift) & 0xFFFF : 0;
-      return -(((lost < 256 ? 256 - lost : 0) * strength + 128) >> 8);
-    };
+    const int boundedShift = shift < kClearingShift ? shift : kClearingShift;
+    const auto negatedWeight = [=](int measure) { return -int{WeightAt(measure, strength, boundedShift)}; };
     const int far = negatedWeight(16);
     std::uint8_t table[16];
     for (int m = 0; m < 16; ++m) table[m] = static_cast<std::uint8_t>(negatedWeight(m) ^ far);

@@ -5,12 +5,13 @@
 #include <utility>
 
 #include "filters/scaling_bank.h"
+#include "kernels/kernel_traits.h"
 
 namespace vidproc {
 namespace {
 
 constexpr std::int32_t kInterfaceBits = 7;
-constexpr std::int32_t kFixedWidthPostBits = 6;
+constexpr std::int32_t kFixedWidthPostBits = kPostTraits.precisionBits;
 constexpr std::int32_t kFewestTaps = 4;
 
 filters::ScalingKernel KernelOf(ScalingFilter filter) {

@@ -1,12 +1,11 @@
 #include "pipeline/processor_step.h"
 
+#include "kernels/kernel_traits.h"
 #include "pipeline/axis_pass.h"
 
 namespace vidproc {
 namespace {
 
-constexpr unsigned kPreBits = 7;
-constexpr unsigned kPostBits = 6;
 constexpr short kNeutralGain = 64;
 
 /// Stands for the noise table, which the object would else make and never release; without noise nothing reads it.
@@ -35,9 +34,9 @@ ProcessorStep::ProcessorStep(const PipelineSettings& settings, const PictureRows
   processor.SetTaps(settings.scaling.taps == 16 ? 1 : 0);
   processor.ditherLevel = 0;
   processor.ditherTable = &noNoise;
-  const bool isPre = settings.role == Role::kPreProcessor;
+  const KernelTraits& traits = settings.role == Role::kPreProcessor ? kPlainTraits : kPostTraits;
   processor.SetEnhanceFilter(EnhanceLaplacian4, static_cast<unsigned>(settings.scaling.sharpening),
-                             isPre ? kPreBits : kPostBits, kNeutralGain, 0);
+                             static_cast<unsigned>(traits.precisionBits), kNeutralGain, 0);
 }
 
 const PackedFrame& ProcessorStep::Work(PackedFrame& frame) {

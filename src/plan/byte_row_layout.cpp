@@ -16,12 +16,10 @@ struct TapSpan {
   int last = 0;
 };
 
-bool UsesPhase(const TapBank& bank, int phase) { return (bank.usedPhases >> phase & 1) != 0; }
-
 TapSpan SpanOf(const TapBank& bank) {
   TapSpan span;
   for (int phase = 0; phase < kPhases; ++phase) {
-    if (!UsesPhase(bank, phase)) continue;
+    if (!HasPhase(bank.usedPhases, phase)) continue;
     span.first = std::min(span.first, bank.firstTap[phase]);
     span.last = std::max(span.last, bank.firstTap[phase] + bank.tapCount[phase] - 1);
   }
@@ -32,7 +30,7 @@ int PairsOf(const TapSpan& span) { return (span.last - span.first) / 2 + 1; }
 
 bool NeedsUnity(const TapBank& bank) {
   for (int phase = 0; phase < kPhases; ++phase) {
-    if (UsesPhase(bank, phase) && bank.coefficient[phase][bank.firstTap[phase]] == kUnity) return true;
+    if (HasPhase(bank.usedPhases, phase) && bank.coefficient[phase][bank.firstTap[phase]] == kUnity) return true;
   }
   return false;
 }

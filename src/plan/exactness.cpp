@@ -1,13 +1,12 @@
 #include "plan/exactness.h"
 
 #include "levels/general_forms.h"
+#include "plan/phase_position.h"
 
 namespace vidproc {
 namespace {
 
 constexpr int kMaxByte = 255;
-
-bool UsesPhase(const TapBank& bank, int phase) { return (bank.usedPhases >> phase & 1) != 0; }
 
 bool IsIdentity(const TapBank& bank, int phase, int unity) {
   return bank.tapCount[phase] == 1 && bank.coefficient[phase][bank.firstTap[phase]] == unity;
@@ -63,8 +62,8 @@ bool WeighsItsCoefficients(const TapBank& bank, int phase) {
 bool ByteRowsAreExact(const TapBank& vertical, const TapBank& horizontal, std::int32_t precisionBits) {
   const int unity = 1 << precisionBits;
   for (int phase = 0; phase < kPhases; ++phase) {
-    if (UsesPhase(vertical, phase) && !KeepsBytes(vertical, phase, unity)) return false;
-    if (!UsesPhase(horizontal, phase) || IsIdentity(horizontal, phase, unity)) continue;
+    if (HasPhase(vertical.usedPhases, phase) && !KeepsBytes(vertical, phase, unity)) return false;
+    if (!HasPhase(horizontal.usedPhases, phase) || IsIdentity(horizontal, phase, unity)) continue;
     if (!SumsFitWords(horizontal.coefficient[phase], horizontal.taps, unity / 2)) return false;
   }
   return true;
@@ -72,8 +71,8 @@ bool ByteRowsAreExact(const TapBank& vertical, const TapBank& horizontal, std::i
 
 bool ByteColumnsAreExact(const TapBank& vertical, const TapBank& horizontal) {
   for (int phase = 0; phase < kPhases; ++phase) {
-    if (UsesPhase(vertical, phase) && !OuterTapsFitBytes(vertical, phase)) return false;
-    if (UsesPhase(horizontal, phase) && !OuterTapsFitBytes(horizontal, phase)) return false;
+    if (HasPhase(vertical.usedPhases, phase) && !OuterTapsFitBytes(vertical, phase)) return false;
+    if (HasPhase(horizontal.usedPhases, phase) && !OuterTapsFitBytes(horizontal, phase)) return false;
   }
   return true;
 }
@@ -82,8 +81,8 @@ bool ByteProductsFitWords(const std::int16_t* coefficients, int count) { return 
 
 bool WeightsAreCoefficients(const TapBank& vertical, const TapBank& horizontal) {
   for (int phase = 0; phase < kPhases; ++phase) {
-    if (UsesPhase(vertical, phase) && !WeighsItsCoefficients(vertical, phase)) return false;
-    if (UsesPhase(horizontal, phase) && !WeighsItsCoefficients(horizontal, phase)) return false;
+    if (HasPhase(vertical.usedPhases, phase) && !WeighsItsCoefficients(vertical, phase)) return false;
+    if (HasPhase(horizontal.usedPhases, phase) && !WeighsItsCoefficients(horizontal, phase)) return false;
   }
   return true;
 }

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "plan/exactness.h"
+#include "plan/phase_position.h"
 #include "plan/row_taps.h"
 
 namespace vidproc {
@@ -124,7 +125,7 @@ bool HorizontalRowLayout::ChooseWholeWindows(const ByteRowShape& shape) {
   const std::uint32_t usedPhases = UsedPhases();
   plan.pairs = 1;
   for (int phase = 0; phase < kPhases; ++phase) {
-    if ((usedPhases >> phase & 1) == 0) continue;
+    if (!HasPhase(usedPhases, phase)) continue;
     if (!PairTapsOfPhase(bank.data() + phase * kMaxTaps, plan.taps, phases[phase])) return false;
     plan.pairs = std::max(plan.pairs, (phases[phase].count + 1) / 2);
   }
@@ -245,7 +246,7 @@ bool HorizontalRowLayout::ChooseOctets(const ByteRowShape& shape) {
 bool HorizontalRowLayout::OctetsAreExact() const {
   const std::uint32_t usedPhases = UsedPhases();
   for (int phase = 0; phase < kPhases; ++phase) {
-    if ((usedPhases >> phase & 1) == 0) continue;
+    if (!HasPhase(usedPhases, phase)) continue;
     const std::int16_t* const row = bank.data() + phase * kMaxTaps;
     for (const int half : {0, 4}) {
       std::int16_t coefficients[8] = {};

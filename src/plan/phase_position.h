@@ -7,6 +7,9 @@
 
 namespace vidproc {
 
+/// Whether a set of phases, a bit each, has one.
+inline bool HasPhase(std::uint32_t phases, int phase) { return (phases >> phase & 1) != 0; }
+
 /// Output to input size of an axis, reduced.
 struct Ratio {
   std::int32_t up;

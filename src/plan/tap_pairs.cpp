@@ -4,11 +4,10 @@
 #include <utility>
 
 #include "plan/exactness.h"
+#include "plan/phase_position.h"
 
 namespace vidproc {
 namespace {
-
-bool IsUsed(std::uint32_t usedPhases, int phase) { return (usedPhases >> phase & 1) != 0; }
 
 /// First and last tap that some used phase weighs.
 struct TapSpan {
@@ -19,7 +18,7 @@ struct TapSpan {
 TapSpan FindSpan(const std::int16_t* bank, int taps, std::uint32_t usedPhases) {
   const auto isZero = [&](int tap) {
     for (int phase = 0; phase < kPhases; ++phase) {
-      if (IsUsed(usedPhases, phase) && bank[phase * kMaxTaps + tap] != 0) return false;
+      if (HasPhase(usedPhases, phase) && bank[phase * kMaxTaps + tap] != 0) return false;
     }
     return true;
   };
@@ -58,7 +57,7 @@ bool TapPairs::AreExact(std::uint32_t usedPhases) const {
   const int others = 2 * (count - 1);
   for (int phase = 0; phase < kPhases; ++phase) {
     const std::int16_t* const row = coefficient[phase];
-    if (!IsUsed(usedPhases, phase)) continue;
+    if (!HasPhase(usedPhases, phase)) continue;
     if (!ByteProductsFitWords(row, others) || !ByteProductsFitWords(row + others, 2)) return false;
   }
   return true;

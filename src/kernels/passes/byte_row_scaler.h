@@ -12,17 +12,6 @@
 namespace vidproc::VIDPROC_TARGET {
 namespace {
 
-/// Samples repeated on each side of a row: as far as taps and windows reach.
-constexpr int kEdgeSamples = 32;
-
-/// Repeats the pair of samples at either end of a row outward. kept: luma beyond an edge alternates between the two.
-inline void RepeatEdges(std::uint8_t* row, int samples) {
-  for (int i = 0; i < kEdgeSamples; i += 2) {
-    std::memcpy(row - kEdgeSamples + i, row, 2);
-    std::memcpy(row + samples + i, row + samples - 2, 2);
-  }
-}
-
 constexpr int kWindows = kVectorBytes / kWindowBytes;
 
 /// The windows of a vector, from which Gather brings two samples to each result: each window anywhere in the row; side

@@ -5,11 +5,13 @@
 #include <cstring>
 
 #include "compiler/compiler.h"
+#include "kernels/kernel_table.h"
 #include "kernels/kernel_traits.h"
 #include "kernels/passes/byte_row_scaler.h"
 #include "kernels/passes/byte_vertical_pass.h"
 #include "kernels/passes/put_rows.h"
 #include "kernels/passes/strip_driver.h"
+#include "kernels/row_jobs.h"
 
 namespace vidproc::VIDPROC_TARGET {
 namespace {
@@ -30,8 +32,9 @@ inline void FilterSourceRows(const ScaleJob& job, int r, const SplitRow2vuy& out
     vertical.template FilterRow<kShift>(r, lumaAt, job.inWidth, PlaneResult{out.luma});
     vertical.template FilterRow<kShift>(r, chromaAt, job.inWidth, PlaneResult{out.chroma});
   }
-  RepeatEdges(out.luma, job.inWidth);
-  RepeatEdges(out.chroma, job.inWidth);
+  // kept: beyond its ends a row of luma repeats two samples in turn, as one of Cb Cr pairs does.
+  RepeatRowEdges(out.luma, job.inWidth, 2);
+  RepeatRowEdges(out.chroma, job.inWidth, 2);
 }
 
 /// 2 * kVectorBytes bytes of 2vuy from two vectors of luma and two of chroma.
@@ -66,7 +69,7 @@ inline void RunRows(const ScaleJob& job, const LumaResult& lumaResult) {
   constexpr int kShift = kTraits.precisionBits;
   // The two rows of the vertical result, each with its edges and with room to overshoot.
   auto* const memory = reinterpret_cast<std::uint8_t*>(job.strip.rows);
-  const SplitRow2vuy split{memory + kEdgeSamples, memory + 4 * kEdgeSamples + kRowSlack + job.inWidth};
+  const SplitRow2vuy split{memory + kRowEdge, memory + 4 * kRowEdge + kRowSlack + job.inWidth};
   const ByteRowPlan& plan = *job.byteRowPlan;
   const auto scaleRow = [&](std::uint8_t* row, std::ptrdiff_t /*stride*/) {
     WithGridWalk<kTraits.horizontalTaps / 2>(
