@@ -17,7 +17,14 @@ namespace bench {
 namespace {
 
 vidproc::scene::Format SceneFormat(Format format) {
-  return format == Format::kNv12 ? vidproc::scene::Format::kNv12 : vidproc::scene::Format::kUyvy;
+  switch (format) {
+    case Format::kNv12:
+      return vidproc::scene::Format::kNv12;
+    case Format::kI420:
+      return vidproc::scene::Format::kI420;
+    default:
+      return vidproc::scene::Format::kUyvy;
+  }
 }
 
 vidproc::scene::Scene& SceneOf(Size size) {
