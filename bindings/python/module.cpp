@@ -119,8 +119,8 @@ class Watcher {
 };
 
 /// Views of the planes of a frame in one array: (rows, bytes of a row) each.
-py::tuple Planes(const py::array_t<std::uint8_t>& memory, const std::string& format, std::int32_t width,
-                 std::int32_t height) {
+py::tuple Planes(const py::array_t<std::uint8_t, py::array::c_style>& memory, const std::string& format,
+                 std::int32_t width, std::int32_t height) {
   const BorrowedFrame frame(memory, InfoOf(format, width, height, "left"), "memory", BorrowedFrame::Access::kRead);
   const Input view = frame.AsInput();
   py::list planes;

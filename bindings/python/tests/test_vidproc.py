@@ -116,6 +116,7 @@ read_only.flags.writeable = False
         (lambda: vidproc.planes(good[1:], "I420", WIDTH, HEIGHT), ValueError, "bytes one after another"),
         (lambda: process(good.astype(np.int16)), TypeError, "elements of format 'h'"),
         (lambda: process(7), TypeError, "frame is a int"),
+        (lambda: vidproc.planes(np.zeros((8, 20), np.uint8)[:, :16], "UYVY", 8, 8), TypeError, "incompatible"),
         (lambda: process(good[1:]), ValueError, r"frame has shape \(3959,\), wanted 3960 bytes"),
         (lambda: process(np.zeros(2 * good.size, np.uint8)[::2]), ValueError, "bytes one after another"),
         (lambda: process([good]), ValueError, "frame has 1 planes, wanted 3"),
