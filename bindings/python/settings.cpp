@@ -8,11 +8,11 @@ namespace vidproc::python {
 
 std::int32_t NumberOf(const vidproc_option& option, const py::handle& value) {
   if (!py::isinstance<py::str>(value) || option.choices == nullptr) {
-    if (py::isinstance<py::int_>(value)) return value.cast<std::int32_t>();
+    if (py::isinstance<py::int_>(value)) return ValueAs<std::int32_t>(option.name, value, "an int of 32 bits");
     throw py::type_error(std::string(option.name) + " is a " + Py_TYPE(value.ptr())->tp_name + ", wanted an int" +
                          (option.choices == nullptr ? "" : " or a name"));
   }
-  const auto text = value.cast<std::string>();
+  const auto text = ValueAs<std::string>(option.name, value, "a name");
   std::string known;
   for (std::int32_t number = 0; number <= option.high; ++number) {
     if (text == option.choices[number]) return number;

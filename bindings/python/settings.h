@@ -22,6 +22,17 @@ struct Side<PostOptions> {
   static const vidproc_option* OptionAt(std::int32_t number) { return vidproc_post_option(number); }
 };
 
+/// A value from Python; raises TypeError where it is no Value.
+/// @param wanted  what it has to be, for the error
+template <typename Value>
+Value ValueAs(const std::string& name, const pybind11::handle& value, const std::string& wanted) {
+  try {
+    return value.cast<Value>();
+  } catch (const pybind11::cast_error&) {
+    throw pybind11::type_error(name + " is " + std::string(pybind11::repr(value)) + ", wanted " + wanted);
+  }
+}
+
 /// A setting's value from Python: the name of a choice, or a number. Raises TypeError and ValueError.
 std::int32_t NumberOf(const vidproc_option& option, const pybind11::handle& value);
 /// The same the other way.
@@ -43,16 +54,16 @@ const vidproc_option* OptionNamed(const std::string& name) {
   return nullptr;
 }
 
-/// Output's format, size and siting that are not among the keywords are the input's.
+/// Takes a keyword of the output's format, size or siting. @return false for any other name
 inline bool TakeOutput(FrameInfo& output, const std::string& name, const pybind11::handle& value) {
   if (name == "output_format") {
-    output.format = FormatNamed(value.cast<std::string>());
+    output.format = FormatNamed(ValueAs<std::string>(name, value, "a str"));
   } else if (name == "output_width") {
-    output.width = value.cast<std::int32_t>();
+    output.width = ValueAs<std::int32_t>(name, value, "an int of 32 bits");
   } else if (name == "output_height") {
-    output.height = value.cast<std::int32_t>();
+    output.height = ValueAs<std::int32_t>(name, value, "an int of 32 bits");
   } else if (name == "output_siting") {
-    output.siting = SitingNamed(value.cast<std::string>());
+    output.siting = SitingNamed(ValueAs<std::string>(name, value, "a str"));
   } else {
     return false;
   }
