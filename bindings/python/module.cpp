@@ -56,16 +56,19 @@ class Processor {
   }
 
   void Configure(const py::kwargs& keywords) {
-    const Options changed = Changed(options, keywords);
-    stream.Run([&](Stream& s) { s.Configure(changed); });
-    options = changed;
+    const Options changed = Changed(InUse(), keywords);
+    stream.Run([&](Stream& s) {
+      s.Configure(changed);
+      options = changed;
+    });
   }
 
   py::object Process(const py::object& frame, const py::object& output) {
+    const Options used = InUse();
     py::object target =
-        output.is_none() ? py::array_t<std::uint8_t>(static_cast<py::ssize_t>(FrameBytes(options.output))) : output;
-    const BorrowedFrame from(frame, options.input, "frame", BorrowedFrame::Access::kRead);
-    const BorrowedFrame to(target, options.output, "output", BorrowedFrame::Access::kWrite);
+        output.is_none() ? py::array_t<std::uint8_t>(static_cast<py::ssize_t>(FrameBytes(used.output))) : output;
+    const BorrowedFrame from(frame, used.input, "frame", BorrowedFrame::Access::kRead);
+    const BorrowedFrame to(target, used.output, "output", BorrowedFrame::Access::kWrite);
     stream.Run([&](Stream& s) { s.Process(from.AsInput(), to.AsOutput()); });
     return target;
   }
@@ -82,14 +85,20 @@ class Processor {
   }
 
   py::dict Settings() {
+    Options used = InUse();
     py::dict settings;
     for (std::int32_t number = 0; const vidproc_option* const option = Side<Options>::OptionAt(number); ++number) {
-      settings[option->name] = ValueOf(*option, FieldOf(options, *option));
+      settings[option->name] = ValueOf(*option, FieldOf(used, *option));
     }
     return settings;
   }
 
  private:
+  /// Another thread may be changing them.
+  Options InUse() {
+    return stream.Run([&](Stream&) { return options; });
+  }
+
   Options options;
   Guarded<Stream> stream;
 };
