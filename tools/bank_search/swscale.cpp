@@ -33,9 +33,11 @@ Picture ScaleBySwscale(const Picture& in, int width, int height) {
   PaddedPlane source(in.width, in.height);
   for (int y = 0; y < in.height; ++y) std::copy_n(in.Row(y), in.width, source.Row(y));
   PaddedPlane scaled(width, height);
-  const std::uint8_t* sourcePlane = source.Row(0);
-  std::uint8_t* scaledPlane = scaled.Row(0);
-  sws_scale(scaler.get(), &sourcePlane, &source.stride, 0, in.height, &scaledPlane, &scaled.stride);
+  // sws_scale reads four of each, whatever the format.
+  const std::uint8_t* const sourcePlanes[4] = {source.Row(0)};
+  std::uint8_t* const scaledPlanes[4] = {scaled.Row(0)};
+  const int sourceStrides[4] = {source.stride}, scaledStrides[4] = {scaled.stride};
+  sws_scale(scaler.get(), sourcePlanes, sourceStrides, 0, in.height, scaledPlanes, scaledStrides);
   Picture out(width, height);
   for (int y = 0; y < height; ++y) std::copy_n(scaled.Row(y), width, out.Row(y));
   return out;
