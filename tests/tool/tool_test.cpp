@@ -102,7 +102,7 @@ TEST_F(ToolTest, NamesWhatDoesNotGoTogether) {
                         {"pre none.mkv -o x.xyz", {"-o", "x.xyz", ".mkv", "--format"}},
                         {"pre \"\" -o x.y4m", {"--input", "empty"}},
                         {"pre -o \"\" --stats s", {"-o", "empty"}},
-                        {"pre -o x.y4m --compare x.jpg", {"--compare", "x.jpg", ".png"}},
+                        {"pre -o x.y4m --compare x.nv12", {"--compare", "x.nv12", ".png"}},
                         {"pre -o x.png --compare ./x.png", {"--compare", "./x.png", "-o"}},
                         {"pre -o - --stats -", {"--stats", "standard output", "-o"}},
                         {"pre -o x.y4m --framemd5 ../$(basename $PWD)/x.y4m", {"--framemd5", "-o"}},

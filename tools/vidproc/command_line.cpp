@@ -131,7 +131,7 @@ void CheckResults(const Options& options) {
     const auto [other, isNew] = takenBy.try_emplace(place, option);
     if (!isNew) throw BadUsage(option, OutputName(path) + " is taken by " + other->second);
     if (InputFiles::Contain(path)) throw BadUsage(option, OutputName(path) + " is the file that is read; name another");
-    const bool isPng = std::filesystem::path(path).extension() == ".png" || RawFormatOf(path) != AV_PIX_FMT_NONE;
+    const bool isPng = std::filesystem::path(path).extension() == ".png";
     if (isPicture && path != "-" && !isPng) throw BadUsage(option, path + ": the name must end in .png");
   }
   if (printsLines && InputFiles::Contain("-")) {
