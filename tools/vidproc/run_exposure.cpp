@@ -74,7 +74,7 @@ drawing::Canvas PlotBrightness(const std::vector<Sample>& samples, const std::st
   cairo_paint(picture.Context());
   const double end = std::max(samples.back().seconds, 0.1);
   const double step = NiceStep(end, 12);
-  const Axis time{0, end, step, step < 1 ? 1 : 0, "seconds"};
+  const Axis time{0, end, step, step < 0.1 ? 2 : step < 1 ? 1 : 0, "seconds"};
   const Axis luma{0, 255, 50, 0, "mean luma"};
   Chart chart(picture.Context(), {0, 0}, size, "Brightness of " + name, time, luma);
   std::vector<drawing::Point> curve;
