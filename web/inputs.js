@@ -17,7 +17,10 @@ export async function openCamera(onEnd, postFrame) {
     const { readable } = new MediaStreamTrackProcessor({ track });
     return { source: { source: 'camera', readable }, transfer: [readable], stop };
   }
-  const element = await playing({ srcObject: stream });
+  const element = await playing({ srcObject: stream }).catch((error) => {
+    stop();
+    throw error;
+  });
   const stopPosting = postFrames(element, postFrame);
   return { source: { source: 'posted' }, element, stop: () => (stopPosting(), stop()) };
 }
