@@ -50,8 +50,11 @@ export class Comparison {
     this.#format = frame.format ?? 'known to the browser alone';
     if (Stream.takes(frame.format)) return this.#show(frame);
     const converted = await this.#convert(frame);
-    await this.#show(converted);
-    converted.close();
+    try {
+      await this.#show(converted);
+    } finally {
+      converted.close();
+    }
   }
 
   async #show(frame) {
