@@ -113,9 +113,9 @@ TEST(SceneTest, GivesEveryFrameByItselfInEveryFormatAndSize) {
       for (std::size_t i = 0; i < chroma; ++i) apart.push_back(nv12[luma + 2 * i + component]);
     }
     EXPECT_EQ(apart, planes);
-    if (width % 2 != 0) continue;
     const Bytes uyvy = Render(scene, settings, 9, Format::kUyvy);
-    for (std::size_t i = 0; i < luma; ++i) ASSERT_EQ(uyvy[2 * i + 1], planes[i]);
+    const auto columns = static_cast<std::size_t>(width), rowBytes = (columns + 1) / 2 * 4;
+    for (std::size_t i = 0; i < luma; ++i) ASSERT_EQ(uyvy[i / columns * rowBytes + i % columns * 2 + 1], planes[i]);
   }
 }
 

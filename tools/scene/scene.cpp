@@ -31,8 +31,9 @@ const Settings& Checked(const Settings& settings) {
 
 std::size_t FrameBytes(Format format, int width, int height) {
   const auto columns = static_cast<std::size_t>(width), rows = static_cast<std::size_t>(height);
-  const std::size_t chromaRows = format == Format::kUyvy ? rows : (rows + 1) / 2;
-  return columns * rows + 2 * ((columns + 1) / 2) * chromaRows;
+  const std::size_t pairs = (columns + 1) / 2;
+  if (format == Format::kUyvy) return 4 * pairs * rows;
+  return columns * rows + 2 * pairs * ((rows + 1) / 2);
 }
 
 struct Scene::State {

@@ -33,7 +33,8 @@ class Scene {
   Scene(const Scene&) = delete;
   Scene& operator=(const Scene&) = delete;
 
-  /// Frame `number` >= 0, whatever was rendered before, into FrameBytes bytes. UYVY needs an even width.
+  /// Frame `number` >= 0, whatever was rendered before, into FrameBytes bytes. UYVY rows of odd widths end with a whole
+  /// pair, whose second Y is 0.
   void Render(std::int64_t number, Format format, std::uint8_t* bytes);
 
  private:
