@@ -19,11 +19,14 @@ PLANAR_420 = ("automatic", "automatic16", "automatic-nv12", "post-automatic", "d
 # The panels of the picture: a question, its work and sizes, and the peers that people would take instead.
 PANELS = [
     ("Halve a camera's frame\n1280x720 to 640x360", "automatic/1280x720-640x360",
-     {"libyuv-box": "libyuv box", "zimg-bicubic": "zimg bicubic", "swscale-bicubic": "swscale bicubic"}),
+     {"libyuv-box": "libyuv box", "zimg-bicubic-avx512": "zimg bicubic, avx512", "zimg-bicubic": "zimg bicubic",
+      "swscale-bicubic": "swscale bicubic"}),
     ("1080p to 720p", "automatic/1920x1080-1280x720",
-     {"libyuv-box": "libyuv box", "zimg-bicubic": "zimg bicubic", "swscale-bicubic": "swscale bicubic"}),
+     {"libyuv-box": "libyuv box", "zimg-bicubic-avx512": "zimg bicubic, avx512", "zimg-bicubic": "zimg bicubic",
+      "swscale-bicubic": "swscale bicubic"}),
     ("Enlarge a decoded frame\n640x360 to 1280x720", "post-automatic/640x360-1280x720",
-     {"zimg-lanczos": "zimg Lanczos", "swscale-lanczos": "swscale Lanczos"}),
+     {"zimg-lanczos-avx512": "zimg Lanczos, avx512", "zimg-lanczos": "zimg Lanczos",
+      "swscale-lanczos": "swscale Lanczos"}),
     ("Remove noise\n1280x720", "denoise/1280x720",
      {"avfilter-hqdn3d": "hqdn3d", "avfilter-atadenoise": "atadenoise"}),
     ("Remove noise and halve\n1280x720 to 640x360", "denoise-and-scale/1280x720-640x360",
