@@ -169,7 +169,7 @@ def compare(anchor, tested):
         cells.append(signed(rate))
         if measure == "psnr Y":
             span = common
-    return cells + ["none" if span is None else f"{span[0]:.1f} to {span[1]:.1f}"]
+    return cells + ["-" if span is None else f"{span[0]:.1f} to {span[1]:.1f}"]
 
 
 class Report:
