@@ -5,12 +5,10 @@
 
 #include "commands.h"
 #include "ffmpeg_handles.h"
+#include "levels/cpu_level.h"
 
 namespace vidproc::tool {
 namespace {
-
-constexpr const char* kLevels[] = {"scalar", "portable",   "sse2", "sse41", "avx2",
-                                   "avx512", "avx512vbmi", "neon", "wasm"};
 
 std::string ProcessorName() {
   std::ifstream file("/proc/cpuinfo");
@@ -24,15 +22,12 @@ std::string ProcessorName() {
 }  // namespace
 
 std::string LevelsHere() {
-  const std::string inUse = vidproc_level();
   std::string names;
-  for (const char* level : kLevels) {
-    if (vidproc_cap_level(level) == VIDPROC_OK && vidproc_level() == std::string(level)) {
-      if (!names.empty()) names += ' ';
-      names += level;
-    }
+  for (const Level level : kAllLevels) {
+    if (!IsLevelAvailable(level)) continue;
+    if (!names.empty()) names += ' ';
+    names += LevelName(level);
   }
-  vidproc_cap_level(inUse.c_str());
   return names;
 }
 
