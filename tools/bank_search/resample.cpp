@@ -54,18 +54,19 @@ Picture Transpose(const Picture& in) {
 
 bool IsTooMuch(const Axis& axis) { return 2 * axis.down > axis.taps * axis.up; }
 
-// One pass over rows, at the axis's ratio or, where that is too much for its taps, by a half.
-Picture Step(const Picture& in, Axis& axis, bool halve, const BankDesign& design) {
-  if (halve) {
-    Axis half = {axis.in, (axis.in + 1) / 2, 1, 2, axis.taps, {}};
-    design(1, 2, half.taps, half.bank);
-    axis.in = half.out;
-    axis.up *= 2;
-    const int divisor = std::gcd(axis.up, axis.down);
-    axis.up /= divisor;
-    axis.down /= divisor;
-    return ScaleRows(in, half);
-  }
+// Leaves the axis half its ratio.
+Picture HalveRows(const Picture& in, Axis& axis, const BankDesign& design) {
+  Axis half = {axis.in, (axis.in + 1) / 2, 1, 2, axis.taps, {}};
+  design(1, 2, half.taps, half.bank);
+  axis.in = half.out;
+  axis.up *= 2;
+  const int divisor = std::gcd(axis.up, axis.down);
+  axis.up /= divisor;
+  axis.down /= divisor;
+  return ScaleRows(in, half);
+}
+
+Picture FinishRows(const Picture& in, Axis& axis, const BankDesign& design) {
   if (axis.up == axis.down) return in;
   design(axis.up, axis.down, axis.taps, axis.bank);
   return ScaleRows(in, axis);
@@ -85,9 +86,9 @@ Picture Resample(const Picture& in, int width, int height, TapSet taps, const Ba
   Picture picture = in;
   while (IsTooMuch(vertical) || IsTooMuch(horizontal)) {
     const bool halveRow = IsTooMuch(horizontal);
-    if (IsTooMuch(vertical)) picture = Step(picture, vertical, true, halving);
-    if (halveRow) picture = Transpose(Step(Transpose(picture), horizontal, true, halving));
+    if (IsTooMuch(vertical)) picture = HalveRows(picture, vertical, halving);
+    if (halveRow) picture = Transpose(HalveRows(Transpose(picture), horizontal, halving));
   }
-  picture = Step(picture, vertical, false, design);
-  return Transpose(Step(Transpose(picture), horizontal, false, design));
+  picture = FinishRows(picture, vertical, design);
+  return Transpose(FinishRows(Transpose(picture), horizontal, design));
 }

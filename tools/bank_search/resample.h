@@ -1,4 +1,5 @@
-// Separable scaling as the library's scaler defines it: positions from centres, 7 bits, rows first, a byte between.
+// Separable scaling as the library's scaler defines it: positions from centres, 7 bits, vertical pass first, a byte
+// between.
 #pragma once
 
 #include <functional>
