@@ -131,10 +131,10 @@ def raw_input(size):
     return ["-f", "rawvideo", "-pix_fmt", "yuv420p", "-s", f"{size[0]}x{size[1]}", "-r", "25"]
 
 
-def ffmpeg(arguments, data=None):
+def ffmpeg(arguments):
     """Runs it on one thread, which makes its results repeatable. @return its outputs."""
     command = ["ffmpeg", "-hide_banner", "-nostdin", "-y", "-threads", "1", "-filter_threads", "1"] + arguments
-    done = subprocess.run(command, input=data, capture_output=True)
+    done = subprocess.run(command, capture_output=True)
     if done.returncode:
         raise RuntimeError(" ".join(command) + "\n" + done.stderr.decode()[-2000:])
     return done
