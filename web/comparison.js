@@ -138,11 +138,11 @@ export class Comparison {
     const { width, height } = frame.visibleRect;
     if (this.#converter?.width !== width || this.#converter?.height !== height) {
       this.#converter?.destroy();
-      this.#converter = this.#library.makeCamera(width, height, 0);
+      this.#converter = this.#library.makeConverter(width, height, 0);
     }
     await frame.copyTo(this.#converter.picture, { format: 'RGBA' });
     const { timestamp } = frame;
-    return new VideoFrame(this.#converter.take(0), {
+    return new VideoFrame(this.#converter.convert(0), {
       format: 'I420',
       codedWidth: width,
       codedHeight: height,

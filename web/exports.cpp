@@ -24,7 +24,7 @@ struct Stream {
   vidproc_frame_info input, output;
 };
 
-struct Camera {
+struct PictureConverter {
   Sensor sensor;
   int width, height;
 };
@@ -125,21 +125,23 @@ EMSCRIPTEN_KEEPALIVE std::int32_t Noise(Stream* stream) {
 
 EMSCRIPTEN_KEEPALIVE const char* LastError(const Stream* stream) { return vidproc_pre_last_error(stream->pre.get()); }
 
-/// Makes video of painted pictures of one size.
-EMSCRIPTEN_KEEPALIVE Camera* CreateCamera(int width, int height, double noise) {
-  return new Camera{Sensor(width, height, 1, noise), width, height};
+/// Turns pictures of one size into frames.
+/// @param noise  0 (none) to 10, as that of the scene
+EMSCRIPTEN_KEEPALIVE PictureConverter* CreateConverter(int width, int height, double noise) {
+  return new PictureConverter{Sensor(width, height, 1, noise), width, height};
 }
 
-EMSCRIPTEN_KEEPALIVE void DestroyCamera(Camera* camera) { delete camera; }
+EMSCRIPTEN_KEEPALIVE void DestroyConverter(PictureConverter* converter) { delete converter; }
 
 /// @param picture  red, green, blue, alpha a pixel, as a canvas has them
 /// @param frame    gets I420
-EMSCRIPTEN_KEEPALIVE void TakeFrame(Camera* camera, int number, std::uint32_t* picture, std::uint8_t* frame) {
-  const int pixels = camera->width * camera->height;
+EMSCRIPTEN_KEEPALIVE void ConvertPicture(PictureConverter* converter, int number, std::uint32_t* picture,
+                                         std::uint8_t* frame) {
+  const int pixels = converter->width * converter->height;
   for (int i = 0; i < pixels; ++i) picture[i] = __builtin_bswap32(picture[i]) >> 8;
-  camera->sensor.Capture({reinterpret_cast<const std::uint8_t*>(picture), 4 * camera->width},
-                         {0, 0, camera->width, camera->height});
-  camera->sensor.ReadOut(number, 1, vidproc::scene::Format::kI420, frame);
+  converter->sensor.Capture({reinterpret_cast<const std::uint8_t*>(picture), 4 * converter->width},
+                            {0, 0, converter->width, converter->height});
+  converter->sensor.ReadOut(number, 1, vidproc::scene::Format::kI420, frame);
 }
 
 }  // extern "C"

@@ -28,8 +28,8 @@ class Library {
     return new Stream(this.#module);
   }
 
-  makeCamera(width, height, noise) {
-    return new Camera(this.#module, width, height, noise);
+  makeConverter(width, height, noise) {
+    return new PictureConverter(this.#module, width, height, noise);
   }
 }
 
@@ -127,8 +127,8 @@ export class Stream {
   }
 }
 
-/// Makes video of pictures, with a sensor's noise.
-class Camera {
+/// Turns pictures of one size into frames of I420, with a sensor's noise.
+class PictureConverter {
   #module;
   #handle;
   #picture;
@@ -136,7 +136,7 @@ class Camera {
 
   constructor(module, width, height, noise) {
     this.#module = module;
-    this.#handle = module._CreateCamera(width, height, noise);
+    this.#handle = module._CreateConverter(width, height, noise);
     this.#picture = new Block(module);
     this.#frame = new Block(module);
     this.#picture.resize(4 * width * height);
@@ -150,14 +150,14 @@ class Camera {
     return this.#picture.view;
   }
 
-  /// The picture as I420.
-  take(number) {
-    this.#module._TakeFrame(this.#handle, number, this.#picture.address, this.#frame.address);
+  /// The picture as I420, with the noise of frame `number`.
+  convert(number) {
+    this.#module._ConvertPicture(this.#handle, number, this.#picture.address, this.#frame.address);
     return this.#frame.view;
   }
 
   destroy() {
-    this.#module._DestroyCamera(this.#handle);
+    this.#module._DestroyConverter(this.#handle);
     this.#picture.free();
     this.#frame.free();
   }

@@ -18,16 +18,17 @@ function timedStream(rate, make) {
   return new ReadableStream({ pull, cancel: () => (cancelled = true) }, { highWaterMark: 0 });
 }
 
-let painter, camera;
+let painter, converter;
 
 export function renderedClip(library) {
   const { width, height } = Painter.size;
   painter ??= new Painter();
-  camera ??= library.makeCamera(width, height, 1);
+  converter ??= library.makeConverter(width, height, 1);
   return timedStream(framesPerSecond, (number) => {
-    camera.picture.set(painter.paint(number / framesPerSecond));
+    converter.picture.set(painter.paint(number / framesPerSecond));
     const timestamp = (number * 1e6) / framesPerSecond;
-    return new VideoFrame(camera.take(number), { format: 'I420', codedWidth: width, codedHeight: height, timestamp });
+    const frame = converter.convert(number);
+    return new VideoFrame(frame, { format: 'I420', codedWidth: width, codedHeight: height, timestamp });
   });
 }
 
