@@ -5,6 +5,7 @@
 
 #include <vidproc/vidproc.hpp>
 
+#include "parent_class.h"
 #include "video_frame.h"
 
 namespace vidproc::gstreamer {
@@ -21,10 +22,6 @@ struct Watcher {
 template <typename Instance>
 Watcher& WatcherOf(Instance* instance) {
   return *reinterpret_cast<Watcher*>(instance);
-}
-template <typename Class, typename Instance>
-Class* ParentClassOf(Instance* instance) {
-  return static_cast<Class*>(g_type_class_peek_parent(G_TYPE_INSTANCE_GET_CLASS(instance, 0, GTypeClass)));
 }
 
 void Finalize(GObject* object) {

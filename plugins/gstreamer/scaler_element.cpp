@@ -8,6 +8,7 @@
 #include <string>
 
 #include "frame_shape.h"
+#include "parent_class.h"
 #include "settings.h"
 #include "video_frame.h"
 
@@ -35,10 +36,6 @@ Processor& ProcessorOf(Instance* instance) {
 template <typename Instance>
 const Side& SideOf(Instance* instance) {
   return *G_TYPE_INSTANCE_GET_CLASS(instance, 0, ScalerClass)->side;
-}
-template <typename Class, typename Instance>
-Class* ParentClassOf(Instance* instance) {
-  return static_cast<Class*>(g_type_class_peek_parent(G_TYPE_INSTANCE_GET_CLASS(instance, 0, ScalerClass)));
 }
 
 void SetProperty(GObject* object, guint id, const GValue* value, GParamSpec* /*property*/) {
