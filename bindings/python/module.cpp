@@ -185,7 +185,7 @@ void BindErrors(py::module_& module) {
     statuses[name] = status;
   }
   module.attr("Status") = py::module_::import("enum").attr("IntEnum")("Status", statuses, "module"_a = "vidproc");
-  // Both live as long as the process, which the translator may outlive the module in.
+  // Both live as long as the process, because the translator may outlive the module.
   static const py::handle kStatus = py::object(module.attr("Status")).release();
   static const py::handle kError = py::exception<Error>(module, "Error", PyExc_ValueError).release();
   py::register_exception_translator([](std::exception_ptr thrown) {

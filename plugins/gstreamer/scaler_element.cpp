@@ -74,8 +74,7 @@ GstCaps* FixateCaps(GstBaseTransform* /*transform*/, GstPadDirection /*direction
   return Choose(caps, choices);
 }
 
-/// A change of what it means for frames to pass through is a matter for the neighbours: they may lend each other
-/// buffers.
+/// Whether frames pass through decides on the buffers that the neighbours may lend each other: a change is negotiated.
 void FollowPassing(GstVideoFilter* filter) {
   GstBaseTransform* const transform = GST_BASE_TRANSFORM_CAST(filter);
   const gboolean passes = ProcessorOf(filter).PassesThrough();

@@ -9,7 +9,7 @@
 namespace vidproc::gstreamer {
 namespace {
 
-// An option's property is its number after this.
+// Ids of properties. An option's is kFirstOption plus its number in the library's list.
 constexpr guint kPreset = 1;
 constexpr guint kFirstOption = 2;
 

@@ -13,7 +13,7 @@ class FrameConverter {
   /// @param steps  filters that come first, separated by commas; may be empty
   /// @param target  colour of the frames to make, which are of `format`
   FrameConverter(std::string steps, AVPixelFormat format, const ColourTags& target);
-  /// Throws ToolError. The first frame's format and size hold for all that follow; others make a new graph.
+  /// Throws ToolError. A frame of another format or size than the one before makes a new graph.
   FramePtr Convert(FramePtr frame);
 
  private:

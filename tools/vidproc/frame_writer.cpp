@@ -19,7 +19,7 @@ namespace {
 
 constexpr double kCrf = 18;
 
-/// Some encoders count time in 16 bits, others in frames.
+/// Encoders with a list of frame rates take no finer time; MPEG-4's counts at most 65535 units a second.
 AVRational CodecTimeBase(const StreamInfo& info, const AVOutputFormat& muxer, const AVCodec& codec) {
   if (!KeepsTimes(muxer) || codec.supported_framerates != nullptr) return av_inv_q(info.frameRate);
   return info.timeBase.num == 0 || info.timeBase.den > 65535 ? AVRational{1, 60000} : info.timeBase;

@@ -174,7 +174,7 @@ void RunBench(const Options& options) {
   const auto run = [&](const std::vector<int>& processors, int streams, double seconds) {
     return RunCores(processors, camera, settings, streams, seconds);
   };
-  // A single handle runs from the caches: it says how many there may be, and so many say what is carried.
+  // One handle alone runs from the caches and says too much: its rate is the number of handles to measure with.
   const int streams =
       options.streams > 0 ? options.streams : std::max(1, run(first, 1, options.seconds / 5)[0].Carried());
   const std::vector<Core> one = run(first, streams, options.seconds);
