@@ -194,6 +194,9 @@ TEST_F(PictureTest, DrawsBrightnessToScale) {
   const double black = 16.0 / 255 * (axis - kTop);
   EXPECT_NEAR((curve(3.5) - black) / (curve(1.5) - black), 0.55, 0.02);
   EXPECT_GT(curve(1.5), (axis - kTop) / 3);
+
+  ASSERT_NO_FATAL_FAILURE(Draw("exposure --synthetic-size 64x48 --frames 9 --plot", "without_events.png"));
+  EXPECT_GT(Blue(180), 160) << "a line from the title";
 }
 
 TEST_F(PictureTest, DrawsTapsWhereTheyStand) {

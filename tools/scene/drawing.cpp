@@ -113,6 +113,7 @@ double TextWidth(cairo_t* context, const std::string& text) {
 void Text(cairo_t* context, Point start, const std::string& text) {
   cairo_move_to(context, start.x, start.y);
   cairo_show_text(context, text.c_str());
+  cairo_new_path(context);  // the text's end would begin the next line
 }
 
 void TextCentred(cairo_t* context, Point middle, const std::string& text) {
