@@ -126,7 +126,8 @@ void Frame::Store() {
 void Stream::Paint(int n) {
   in.Paint(watchesExposure ? n % 2 : n);
   if (watchesExposure) {
-    for (std::uint8_t& byte : in.block) byte = static_cast<std::uint8_t>(byte / (n < kWatchedFrames / 2 ? 2 : 4));
+    for (std::uint8_t& byte : in.block)
+      byte = static_cast<std::uint8_t>(byte / (n % kWatchedFrames < kWatchedFrames / 2 ? 2 : 4));
   }
   in.Load();
 }
