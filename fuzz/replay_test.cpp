@@ -9,9 +9,17 @@
 #include <vector>
 
 #include "targets.h"
+#include "tests/support/eight_threads.h"
 #include "tests/support/frame_content.h"
 
 namespace {
+
+std::vector<std::uint8_t> DrawInput(std::uint32_t seed) {
+  testing_support::Random random(seed);
+  std::vector<std::uint8_t> bytes(512);
+  for (std::uint8_t& byte : bytes) byte = random.Byte();
+  return bytes;
+}
 
 class Corpus : public testing::TestWithParam<fuzzing::Target> {};
 
@@ -35,11 +43,21 @@ TEST_P(Corpus, Passes) {
 TEST_P(Corpus, DrawnInputsPass) {
   for (std::uint32_t seed = 0; seed < 100; ++seed) {
     SCOPED_TRACE(seed);
-    testing_support::Random random(seed);
-    std::vector<std::uint8_t> bytes(512);
-    for (std::uint8_t& byte : bytes) byte = random.Byte();
+    const std::vector<std::uint8_t> bytes = DrawInput(seed);
     GetParam().run({bytes.data(), bytes.size()});
   }
+}
+
+/// Calls on handles of a thread's own give what they give alone.
+TEST(DrawnCalls, AgreeInEightThreads) {
+  const auto run = [](std::size_t number) {
+    const std::vector<std::uint8_t> bytes = DrawInput(static_cast<std::uint32_t>(number));
+    fuzzing::Input input(bytes.data(), bytes.size());
+    return (number % 2 == 0 ? fuzzing::RunObjects : fuzzing::RunInterface)(input, fuzzing::Run::kRepeatable);
+  };
+  std::vector<std::uint64_t> alone;
+  while (alone.size() < 200) alone.push_back(run(alone.size()));
+  testing_support::RunInEightThreads(alone.size(), [&](std::size_t i) { EXPECT_EQ(run(i), alone[i]) << i; });
 }
 
 INSTANTIATE_TEST_SUITE_P(Fuzz, Corpus, testing::ValuesIn(fuzzing::kTargets),

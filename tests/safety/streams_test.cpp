@@ -14,11 +14,11 @@
 #include <functional>
 #include <iterator>
 #include <string>
-#include <thread>
 #include <vector>
 
 #include "golden/golden_cases.h"
 #include "support/allocation_log.h"
+#include "support/eight_threads.h"
 #include "support/failing_malloc.h"
 
 namespace {
@@ -81,16 +81,8 @@ TEST(Streams, DoNotDisturbEachOtherInEightThreads) {
   const std::vector<Case> cases = golden::AllCases();
   const std::vector<std::string> lines = golden::KeptLines();
   ASSERT_EQ(lines.size(), cases.size());
-  std::vector<std::thread> threads;
-  for (std::size_t t = 0; t < 8; ++t) {
-    threads.emplace_back([&, t] {
-      for (std::size_t i = 0; i < cases.size(); ++i) {
-        const std::size_t own = (i + t * cases.size() / 8) % cases.size();
-        EXPECT_EQ(golden::LineOf(cases[own]), lines[own]);
-      }
-    });
-  }
-  for (std::thread& thread : threads) thread.join();
+  testing_support::RunInEightThreads(cases.size(),
+                                     [&](std::size_t i) { EXPECT_EQ(golden::LineOf(cases[i]), lines[i]); });
 }
 
 }  // namespace
