@@ -84,7 +84,7 @@ class VIDPROC_API VideoProcessor {
   std::uint32_t softenLevel;
   /// Amplitude of the dither noise, 0 (none) to 12; kernels write larger values back as 12.
   std::uint32_t ditherLevel;
-  /// Twelve 64 x 64 noise tiles from malloc. kept: never freed, not even by the destructor.
+  /// Twelve 64 x 64 noise tiles of malloc; null (no noise) if it failed. kept: never freed, not even by the destructor.
   signed char* ditherTable;
   /// Resampling banks, [phase][tap]. A phase sums to 1 << precisionBits; kept: to one less or more where an odd residue
   /// was halved between two taps, and to 0 where its enhanced taps cancel out.
@@ -273,7 +273,7 @@ class VIDPROC_API VideoProcessor {
 /// VideoProcessor::softenLevel).
 /// @return 1, or 0 with no effect when `handle` is null or any size or stride is 0.
 /// @throws std::bad_alloc. The handle may then hold a processor without all of its buffers, on which the same set-up
-/// would find nothing to do: clean it up and set up anew.
+/// would find nothing to do: clean it up and set up anew. kept: a lack for the object alone gives 1 and a null handle.
 VIDPROC_API int PreProcInit(void** handle, unsigned int inWidth, unsigned int inHeight, unsigned int inStride,
                             unsigned int outWidth, unsigned int outHeight, unsigned int outStride,
                             unsigned int enhanceStrength, unsigned int ditherLevel, unsigned int softenLevel);

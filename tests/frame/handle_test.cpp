@@ -267,28 +267,4 @@ TEST(OutOfMemory, AnyFailureOfASetUpLeavesAUsableHandle) {
   EXPECT_GE(failing, 4u) << "three buffers, each of which may fail";
 }
 
-TEST(OutOfMemory, AnyFailureOfAFrameLeavesAUsableHandle) {
-  std::size_t failing = 0;
-  for (bool failed = true; failed; ++failing) {
-    SCOPED_TRACE(failing);
-    ASSERT_LT(failing, 50u);
-    Handle handle;
-    ASSERT_EQ(SetUpHalf(PreProcInit, handle), 1);
-    Frames frames;
-    const auto execute = [&] {
-      PreProcExecute(handle.value, frames.source.data(), frames.destination.data(), 1, 1, 1, 80, 3, 64, 0);
-    };
-    {
-      const AllocationLog log({failing});
-      try {
-        execute();
-        failed = false;
-      } catch (const std::bad_alloc&) {
-      }
-    }
-    execute();
-    EXPECT_EQ(handle->temporalFirstFrame, 0);
-  }
-}
-
 }  // namespace

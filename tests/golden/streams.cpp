@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <new>
+#include <optional>
 #include <utility>
 
 #include "fuzz/checked_frames.h"
@@ -28,14 +30,36 @@ Frame PackedFrame(int width, int height, int padding, Flush flush, std::uint8_t*
   return frame;
 }
 
-template <typename Run>
-Stream StartObject(Processor processor, const Geometry& g, Flush flush, const Run& run) {
+/// Set-ups keep a lack of memory for the object or its noise to themselves.
+void RequireWhole(const Processor& processor) {
+  if (processor == nullptr || processor->ditherTable == nullptr) throw std::bad_alloc();
+}
+
+/// Calls a set-up of the exported functions for a new handle; one that it leaves half made is owned too.
+template <typename Init>
+void Renew(Processor& processor, const Init& init) {
+  {
+    struct Adoption {
+      Processor& owner;
+      void* handle = nullptr;
+      ~Adoption() { owner.reset(static_cast<VideoProcessor*>(handle)); }
+    } adoption{processor};
+    init(&adoption.handle);
+  }
+  RequireWhole(processor);
+}
+
+template <typename SetUp, typename Run>
+Stream StartObject(const Geometry& g, Flush flush, const SetUp& setUp, const Run& run) {
   std::uint8_t *source = nullptr, *destination = nullptr;
   Stream stream{PackedFrame(g.inWidth, g.inHeight, g.inPadding, flush, source),
                 PackedFrame(g.outWidth, g.outHeight, g.outPadding, flush, destination),
+                {},
                 {}};
   stream.changesInput = true;
-  stream.process = [=, p = std::shared_ptr(std::move(processor))] { run(*p, source, destination); };
+  const auto processor = std::make_shared<Processor>();
+  stream.setUp = [=] { setUp(*processor); };
+  stream.run = [=] { run(**processor, source, destination); };
   return stream;
 }
 
@@ -77,12 +101,21 @@ Frame CheckedFrame(const vidproc_frame_info& info, const Placement& placement, v
 }
 
 template <typename Handle, typename Options>
+void ConfigureHandle(std::optional<Handle>& handle, const Options& options) {
+  if (!handle) handle.emplace();
+  handle->Configure(options);
+}
+
+template <typename Handle, typename Options>
 Stream StartProcessor(const Options& options, const Placement& placement) {
   vidproc_output source = {}, destination = {};
   Stream stream{
-      CheckedFrame(options.input, placement, source), CheckedFrame(options.output, placement, destination), {}};
-  stream.process = [handle = std::make_shared<Handle>(options), input = fuzzing::AsInput(source),
-                    output = placement.inPlace ? source : destination] { handle->Process(input, output); };
+      CheckedFrame(options.input, placement, source), CheckedFrame(options.output, placement, destination), {}, {}};
+  const auto handle = std::make_shared<std::optional<Handle>>();
+  stream.setUp = [=] { ConfigureHandle(*handle, options); };
+  stream.run = [=, input = fuzzing::AsInput(source), output = placement.inPlace ? source : destination] {
+    (*handle)->Process(input, output);
+  };
   return stream;
 }
 
@@ -132,6 +165,12 @@ void Stream::Paint(int n) {
   in.Load();
 }
 
+void Stream::Process() {
+  if (!isSetUp) setUp();
+  isSetUp = true;
+  run();
+}
+
 void Stream::AddTo(fuzzing::Digest& digest) {
   if (changesInput) {
     in.Store();
@@ -145,7 +184,7 @@ std::uint64_t Stream::Sum() {
   fuzzing::Digest digest;
   for (int n = 0; n < (watchesExposure ? kWatchedFrames : kFrames); ++n) {
     Paint(n);
-    process();
+    Process();
     AddTo(digest);
   }
   return digest.Value();
@@ -156,32 +195,37 @@ Stream StartKernel(const testing_support::Kernel& kernel, const Geometry& g, con
   testing_support::Configuration configuration{g, s.softening, s.strength};
   configuration.windowKind = s.strength % 2 == 0 ? 2 : isPost ? 0 : 1;
   configuration.use16Taps = kernel.horizontalTaps == 16;
-  Processor p = testing_support::MakeProcessor(!isPost, configuration);
-  p->InitLuminanceShiftTables(s.gain, s.offset);
-  p->SetUseSpatialMotionSmoothing(kernel.motionGate);
-  p->SetTemporalFilter(s.temporalStrength, s.temporalShift);
-  p->SetAdaptive(s.adaptive);
-  p->InitDeblocker(s.deblock);
-  p->SetDeblockTestPattern(0);
-  p->ditherLevel = s.dither;
-  p->ditherSeed = 77;
-  return StartObject(std::move(p), g, flush,
-                     [run = kernel.run](VideoProcessor& processor, auto* source, auto* destination) {
-                       processor.srcFrame = source;
-                       processor.dstFrame = destination;
-                       (processor.*run)();
-                     });
+  const auto setUp = [=](Processor& p) {
+    if (p == nullptr) p.reset(new VideoProcessor(!isPost, 0));
+    testing_support::SetUpProcessor(*p, configuration);
+    RequireWhole(p);
+    p->InitLuminanceShiftTables(s.gain, s.offset);
+    p->SetUseSpatialMotionSmoothing(kernel.motionGate);
+    p->SetTemporalFilter(s.temporalStrength, s.temporalShift);
+    p->SetAdaptive(s.adaptive);
+    p->InitDeblocker(s.deblock);
+    p->SetDeblockTestPattern(0);
+    p->ditherLevel = s.dither;
+    p->ditherSeed = 77;
+  };
+  return StartObject(g, flush, setUp, [run = kernel.run](VideoProcessor& p, auto* source, auto* destination) {
+    p.srcFrame = source;
+    p.dstFrame = destination;
+    (p.*run)();
+  });
 }
 
 Stream StartExported(Use use, const Geometry& g, const Settings& s) {
-  void* handle = nullptr;
-  (use == Use::kPost ? PostProcInit : PreProcInit)(
-      &handle, Side(g.inWidth), Side(g.inHeight), Side(2 * g.inWidth + g.inPadding), Side(g.outWidth),
-      Side(g.outHeight), Side(2 * g.outWidth + g.outPadding), s.strength, s.dither, s.softening);
-  Processor p(static_cast<VideoProcessor*>(handle));
-  p->ditherSeed = 200;
-  p->cpuLevel = 1;  // the same routes on a processor without SSE4.1
-  return StartObject(std::move(p), g, Flush::kEnd, [=](VideoProcessor& processor, auto* source, auto* destination) {
+  const auto setUp = [=](Processor& p) {
+    Renew(p, [=](void** handle) {
+      (use == Use::kPost ? PostProcInit : PreProcInit)(
+          handle, Side(g.inWidth), Side(g.inHeight), Side(2 * g.inWidth + g.inPadding), Side(g.outWidth),
+          Side(g.outHeight), Side(2 * g.outWidth + g.outPadding), s.strength, s.dither, s.softening);
+    });
+    p->ditherSeed = 200;
+    p->cpuLevel = 1;  // the same routes on a processor without SSE4.1
+  };
+  return StartObject(g, Flush::kEnd, setUp, [=](VideoProcessor& processor, auto* source, auto* destination) {
     if (use == Use::kPost) {
       PostProcExecute(&processor, source, destination, s.deblock, s.gain, s.offset);
     } else {
@@ -192,18 +236,21 @@ Stream StartExported(Use use, const Geometry& g, const Settings& s) {
 }
 
 Stream StartPlanes(const Geometry& g, Flush flush) {
-  void* handle = nullptr;
-  VidProc420InterleavedInit(&handle, Side(g.inWidth), Side(g.inHeight), Side(g.outWidth), Side(g.outHeight));
-  Processor p(static_cast<VideoProcessor*>(handle));
   std::uint8_t *source[2] = {}, *destination[2] = {};
   Stream stream{PlanarFrame(g.inWidth, g.inHeight, g.inPadding, flush, source),
                 PlanarFrame(g.outWidth, g.outHeight, g.outPadding, flush, destination),
+                {},
                 {}};
-  stream.process = [=, p = std::shared_ptr(std::move(p)), luma = source[0], chroma = source[1],
-                    outLuma = destination[0], outChroma = destination[1]] {
+  const auto processor = std::make_shared<Processor>();
+  stream.setUp = [=] {
+    Renew(*processor, [&](void** handle) {
+      VidProc420InterleavedInit(handle, Side(g.inWidth), Side(g.inHeight), Side(g.outWidth), Side(g.outHeight));
+    });
+  };
+  stream.run = [=, luma = source[0], chroma = source[1], outLuma = destination[0], outChroma = destination[1]] {
     const unsigned inStride = Side(g.inWidth + g.inPadding), outStride = Side(g.outWidth + g.outPadding);
-    VidProc420InterleavedExecute(p.get(), luma, chroma, outLuma, outChroma, Side(g.inWidth), Side(g.inHeight), inStride,
-                                 inStride, Side(g.outWidth), Side(g.outHeight), outStride, outStride, 64, 0);
+    VidProc420InterleavedExecute(processor->get(), luma, chroma, outLuma, outChroma, Side(g.inWidth), Side(g.inHeight),
+                                 inStride, inStride, Side(g.outWidth), Side(g.outHeight), outStride, outStride, 64, 0);
   };
   return stream;
 }
@@ -221,10 +268,12 @@ Stream StartChecked(const vidproc::ExposureOptions& options, const Placement& pl
   Frame in = CheckedFrame(options.input, placement, source), event(sizeof(std::int64_t), 1);
   std::uint8_t* const lowByte = event.AddPlane(1, Flush::kEnd);
   event.AddPiece(lowByte, 0, 1);
-  Stream stream{std::move(in), std::move(event), {}};
+  Stream stream{std::move(in), std::move(event), {}, {}};
   stream.watchesExposure = true;
-  stream.process = [watcher = std::make_shared<vidproc::Exposure>(options), input = fuzzing::AsInput(source), lowByte] {
-    *lowByte = static_cast<std::uint8_t>(watcher->Process(input));
+  const auto watcher = std::make_shared<std::optional<vidproc::Exposure>>();
+  stream.setUp = [=] { ConfigureHandle(*watcher, options); };
+  stream.run = [=, input = fuzzing::AsInput(source)] {
+    *lowByte = static_cast<std::uint8_t>((*watcher)->Process(input));
   };
   return stream;
 }

@@ -51,13 +51,17 @@ class Frame {
 
 struct Stream {
   void Paint(int n);
+  /// One frame, after the set-up where none has succeeded yet.
+  void Process();
   /// What the last frame gave.
   void AddTo(fuzzing::Digest& digest);
   /// Of all its frames.
   std::uint64_t Sum();
 
   Frame in, out;
-  std::function<void()> process;
+  /// What the library does. Any of them may throw where memory is out; the set-up takes back what it has begun then.
+  std::function<void()> setUp, run;
+  bool isSetUp = false;
   bool changesInput = false;
   bool watchesExposure = false;
 };

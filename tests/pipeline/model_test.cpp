@@ -187,7 +187,7 @@ void RunStream(Random& random) {
     FinishOddRows(given.input, placement.padding >= 2, source);
     stream.in.Load();
     ForEachSample(given.input, source, picture, read);
-    stream.process();
+    stream.Process();
     stream.in.Store();
     stream.out.Store();
     Block& actual = inPlace ? source : stream.out.block;

@@ -53,7 +53,7 @@ void ExpectTwins(const Options& options, const Kernel& kernel, const Geometry& g
   for (int n = 0; n < 3; ++n) {
     for (golden::Stream* const stream : {&checked, &object}) {
       stream->Paint(n);
-      stream->process();
+      stream->Process();
       stream->out.Store();
     }
     ASSERT_EQ(checked.out.block, object.out.block)

@@ -70,7 +70,7 @@ Flush DrawFlush(Digits& digits) { return digits.Next(2) == 0 ? Flush::kEnd : Flu
 void RunTwoFrames(golden::Stream stream) {
   for (int n = 0; n < 2; ++n) {
     stream.Paint(n);
-    stream.process();
+    stream.Process();
   }
 }
 

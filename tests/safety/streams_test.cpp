@@ -13,6 +13,8 @@
 #include <cstddef>
 #include <functional>
 #include <iterator>
+#include <new>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -63,18 +65,65 @@ TEST(Streams, TakeNoMemoryAndCallNoSystemInAFrame) {
     const auto frames = std::max(kFramesOfAStream, kFramesOfARoute / std::ranges::count_if(cases, isAlike) + 1);
     golden::Stream stream = item.start();
     stream.Paint(0);
-    stream.process();  // the first frame after a set-up may take memory
+    stream.Process();  // the first frame after a set-up may take memory
     const int status = RunConfined([&] {
       const testing_support::AllocationLog log;
       const testing_support::MallocCount mallocs;
       for (int n = 0; n < frames; ++n) {
         if (n % kFramesOfAPicture == 0) stream.Paint(n / kFramesOfAPicture);
-        stream.process();
+        stream.Process();
       }
       return log.Total() == 0 && mallocs.Bytes() == 0;
     });
     EXPECT_EQ(status, 0) << item.name << (WIFSIGNALED(status) ? ": a system call" : ": memory was taken");
   }
+}
+
+/// Fails each request of a set-up and its first frame, one at a time. Whatever that ended, the same handle, or where
+/// the exported functions ask for it another one, then gives the sums of a stream that lacked nothing, without the
+/// set-up where it has had one before; none of its memory is left over.
+void ExpectRecovery(const Case& item, bool isChecked, bool isChange) {
+  const std::uint64_t expected = item.start().Sum();
+  bool hasFailed = true;
+  for (int failing = 0; hasFailed; ++failing) {
+    SCOPED_TRACE(failing);
+    testing_support::AllocationLog log;
+    std::optional<golden::Stream> stream = item.start();
+    if (isChange) stream->setUp();
+    bool isTold = false;
+    {
+      const testing_support::FailingMalloc without(failing);
+      try {
+        stream->Process();
+      } catch (const vidproc::Error& refusal) {
+        isTold = refusal.Status() == VIDPROC_ERROR_OUT_OF_MEMORY;
+      } catch (const std::bad_alloc&) {
+        isTold = !isChecked;
+      }
+      hasFailed = testing_support::FailingMalloc::HasFailed();
+    }
+    EXPECT_EQ(isTold, hasFailed);
+    stream->isSetUp = stream->isSetUp || isChange;
+    if (hasFailed) {
+      EXPECT_EQ(stream->Sum(), expected);
+    }
+    stream.reset();
+    // kept: the processor of a second attempt never reaches the handle.
+    if (failing == 0) testing_support::Processor(static_cast<VideoProcessor*>(log.Only(sizeof(VideoProcessor))));
+    EXPECT_EQ(log.Held(), 0);
+  }
+}
+
+TEST(Streams, RecoverWhereMemoryIsOutOnce) {
+  testing::internal::CaptureStderr();  // where noise is told to lack memory
+  for (const Case& item : golden::AllCases()) {
+    SCOPED_TRACE(item.name);
+    const std::string route = RouteOf(item);
+    const bool isChecked = route == "pre" || route == "post" || route == "exposure";
+    ExpectRecovery(item, isChecked, false);
+    if (isChecked) ExpectRecovery(item, isChecked, true);
+  }
+  testing::internal::GetCapturedStderr();
 }
 
 TEST(Streams, DoNotDisturbEachOtherInEightThreads) {

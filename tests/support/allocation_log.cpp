@@ -1,4 +1,4 @@
-// The replaced operator new and the wrapped calloc of the test program.
+// The replaced operator new and the wrapped calloc and free of the test program.
 #include "support/allocation_log.h"
 
 #include <algorithm>
@@ -11,6 +11,8 @@ extern "C" {
 // NOLINTBEGIN(bugprone-reserved-identifier,readability-identifier-naming): the linker's names.
 void* __real_calloc(std::size_t count, std::size_t bytes);
 void* __wrap_calloc(std::size_t count, std::size_t bytes);
+void __real_free(void* memory);
+void __wrap_free(void* memory);
 // NOLINTEND(bugprone-reserved-identifier,readability-identifier-naming)
 }
 
@@ -53,6 +55,18 @@ int AllocationLog::Count(std::size_t bytes) const {
   return static_cast<int>(std::count_if(requests.data(), requests.data() + logged, isOfSize));
 }
 
+int AllocationLog::Held() const {
+  const auto isHeld = [](const Request& request) { return request.memory != nullptr; };
+  return total > kMost ? -1 : static_cast<int>(std::ranges::count_if(requests, isHeld));
+}
+
+void AllocationLog::TakeBack(const void* memory) {
+  if (active == nullptr || memory == nullptr) return;
+  for (Request& request : active->requests) {
+    if (request.memory == memory) request.memory = nullptr;
+  }
+}
+
 void* AllocationLog::Serve(std::size_t bytes, std::size_t alignment) {
   const std::size_t number = active != nullptr ? active->total++ : kMost;
   void* memory = nullptr;
@@ -61,6 +75,7 @@ void* AllocationLog::Serve(std::size_t bytes, std::size_t alignment) {
     // aligned_alloc wants whole multiples of the alignment.
     const std::size_t rounded = (bytes + alignment - 1) / alignment * alignment;
     memory = alignment <= alignof(std::max_align_t) ? std::malloc(std::max<std::size_t>(bytes, 1))
+             : FailingMalloc::TakesNext()           ? nullptr
                                                     : FreshMemory::Fill(AllocateAligned(alignment, rounded), rounded);
   }
   if (number < kMost) active->requests[number] = {bytes, memory};
@@ -70,7 +85,7 @@ void* AllocationLog::Serve(std::size_t bytes, std::size_t alignment) {
 
 void* AllocationLog::ServeZeroed(std::size_t count, std::size_t bytes) {
   const std::size_t number = active != nullptr ? active->total++ : kMost;
-  const bool refused = number < kMost && active->fails[number];
+  const bool refused = (number < kMost && active->fails[number]) || FailingMalloc::TakesNext();
   void* const memory = refused ? nullptr : __real_calloc(count, bytes);
   if (number < kMost) active->requests[number] = {count * bytes, memory};
   return memory;
@@ -80,6 +95,11 @@ void* AllocationLog::ServeZeroed(std::size_t count, std::size_t bytes) {
 
 void* __wrap_calloc(std::size_t count, std::size_t bytes) {
   return testing_support::AllocationLog::ServeZeroed(count, bytes);
+}
+
+void __wrap_free(void* memory) {
+  testing_support::AllocationLog::TakeBack(memory);
+  __real_free(memory);
 }
 
 void* operator new(std::size_t bytes) { return testing_support::AllocationLog::Serve(bytes, 1); }

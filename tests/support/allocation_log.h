@@ -1,5 +1,5 @@
-// Watches operator new and calloc of the whole test program: what was asked for, and which requests are to fail. The
-// linker sends the calls of calloc here (--wrap=calloc).
+// Watches operator new and calloc of the whole test program: what was asked for and given back, and which requests are
+// to fail. The linker sends the calls of calloc and free here (--wrap=calloc).
 #pragma once
 
 #include <array>
@@ -27,13 +27,16 @@ class AllocationLog {
   /// Requests of that size, refused ones included.
   int Count(std::size_t bytes) const;
   std::size_t Total() const { return total; }
+  /// Requests that were granted and have not been given back; -1 where there were too many to know.
+  int Held() const;
 
-  /// For operator new, and for calloc.
+  /// For operator new, and for calloc and free.
   static void* Serve(std::size_t bytes, std::size_t alignment);
   static void* ServeZeroed(std::size_t count, std::size_t bytes);
+  static void TakeBack(const void* memory);
 
  private:
-  static constexpr std::size_t kMost = 256;
+  static constexpr std::size_t kMost = 1024;
 
   std::array<bool, kMost> fails = {};
   std::array<Request, kMost> requests = {};

@@ -21,7 +21,7 @@ void* __real_malloc(std::size_t bytes);
 void* __wrap_malloc(std::size_t bytes);
 void* __wrap_malloc(std::size_t bytes) {
   requestedBytes += bytes;
-  if (callsUntilFailure != kNone && callsUntilFailure-- == 0) return nullptr;
+  if (testing_support::FailingMalloc::TakesNext()) return nullptr;
   return testing_support::FreshMemory::Fill(__real_malloc(bytes), bytes);
 }
 // NOLINTEND(bugprone-reserved-identifier,readability-identifier-naming)
@@ -31,6 +31,8 @@ namespace testing_support {
 
 FailingMalloc::FailingMalloc(int number) { callsUntilFailure = number; }
 FailingMalloc::~FailingMalloc() { callsUntilFailure = kNone; }
+bool FailingMalloc::HasFailed() { return callsUntilFailure == kNone; }
+bool FailingMalloc::TakesNext() { return callsUntilFailure != kNone && callsUntilFailure-- == 0; }
 
 FreshMemory::FreshMemory(Garbage kind) { garbage = kind; }
 FreshMemory::~FreshMemory() { garbage = Garbage::kNone; }

@@ -1,18 +1,24 @@
-// Makes one call of malloc fail, adds up what is asked for, or fills it. The linker sends the calls of the test program
-// and of the library in it here (--wrap=malloc); operator new takes its memory the same way.
+// Makes one request for memory fail, adds up what malloc is asked for, or fills it. The linker sends the calls of the
+// test program and of the library in it here (--wrap=malloc); operator new takes its memory the same way.
 #pragma once
 
 #include <cstddef>
 
 namespace testing_support {
 
-/// While it lives, the malloc call numbered `number` (from 0) gives null. One at a time, one thread.
+/// While it lives, the call numbered `number` (from 0) of malloc, calloc or operator new fails. One at a time, one
+/// thread.
 class FailingMalloc {
  public:
   explicit FailingMalloc(int number);
   ~FailingMalloc();
   FailingMalloc(const FailingMalloc&) = delete;
   FailingMalloc& operator=(const FailingMalloc&) = delete;
+
+  /// Whether there were that many.
+  static bool HasFailed();
+  /// For operator new and calloc: counts a request, true for the one that is to fail.
+  static bool TakesNext();
 };
 
 enum class Garbage { kNone, kZeros, kOnes, kRandom };
