@@ -59,7 +59,7 @@ struct Stream {
   std::uint64_t Sum();
 
   Frame in, out;
-  /// What the library does. Any of them may throw where memory is out; the set-up takes back what it has begun then.
+  /// What the library does. Both may throw where memory is out, and may be called again then.
   std::function<void()> setUp, run;
   bool isSetUp = false;
   bool changesInput = false;

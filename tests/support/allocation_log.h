@@ -1,5 +1,5 @@
 // Watches operator new and calloc of the whole test program: what was asked for and given back, and which requests are
-// to fail. The linker sends the calls of calloc and free here (--wrap=calloc).
+// to fail. The linker sends the calls of calloc and free here (--wrap=calloc, --wrap=free).
 #pragma once
 
 #include <array>
