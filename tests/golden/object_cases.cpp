@@ -16,10 +16,24 @@ using testing_support::Geometry;
 constexpr Geometry kGeometries[] = {
     {96, 48, 48, 24}, {90, 40, 60, 27, 6, 10}, {40, 30, 64, 45}, {51, 33, 51, 33, 0, 0}, {96, 48, 96, 48, 14, 0}};
 
-constexpr Settings kSettings[] = {{10, 0, 0, 2, 100, 0, 30, 64, 0},
-                                  {0, 3, 5, 0, 0, 3, 0, 64, 0},
-                                  {40, 0, 0, 5, 127, 6, 255, 90, -20},
-                                  {4, 16, 12, 1, 60, 8, 24, -30, 100}};
+constexpr Settings kSettings[] = {{.softening = 10, .adaptive = 2, .temporalStrength = 100, .deblock = 30},
+                                  {.strength = 3, .dither = 5, .temporalShift = 3},
+                                  {.softening = 40,
+                                   .adaptive = 5,
+                                   .temporalStrength = 127,
+                                   .temporalShift = 6,
+                                   .deblock = 255,
+                                   .gain = 90,
+                                   .offset = -20},
+                                  {.softening = 4,
+                                   .strength = 16,
+                                   .dither = 12,
+                                   .adaptive = 1,
+                                   .temporalStrength = 60,
+                                   .temporalShift = 8,
+                                   .deblock = 24,
+                                   .gain = -30,
+                                   .offset = 100}};
 
 std::string Describe(const Geometry& g, const Settings& s) {
   std::ostringstream text;
@@ -58,7 +72,7 @@ void AddObjectCases(std::vector<Case>& cases) {
       add("pre-processing motion smoothing ", Use::kPreMotionSmoothing);
       add("post-processing ", Use::kPost);
     }
-    cases.push_back({"planes 4:2:0 " + Describe(g, {}), false, [=] { return StartPlanes(g, Flush::kEnd); }});
+    cases.push_back({"planes 4:2:0 " + Describe(g, {.gain = 0}), false, [=] { return StartPlanes(g, Flush::kEnd); }});
   }
 }
 

@@ -68,9 +68,9 @@ struct Stream {
 
 /// Of the processor object.
 struct Settings {
-  std::uint32_t softening, strength, dither;
-  std::uint8_t adaptive, temporalStrength, temporalShift, deblock;
-  std::int16_t gain, offset;
+  std::uint32_t softening = 0, strength = 0, dither = 0;
+  std::uint8_t adaptive = 0, temporalStrength = 0, temporalShift = 0, deblock = 0;
+  std::int16_t gain = 64, offset = 0;
 };
 
 enum class Use { kPre, kPre16Taps, kPreMotionSmoothing, kPost };

@@ -66,11 +66,14 @@ TEST(PipelineAndProcessor, DenoiseAlike) {
   constexpr struct {
     Kernel kernel;
     Settings settings;
-  } kCases[] = {
-      {kDenoising, {10, 0, 0, 1, 100, 0, 0, 64, 0}},           {kDenoising, {60, 0, 0, 4, 127, 3, 0, 64, 0}},
-      {kDenoising, {255, 0, 0, 8, 90, 8, 0, 64, 0}},           {kDenoising, {30, 0, 7, 2, 0, 0, 0, 64, 0}},
-      {kSmoothing, {30, 0, 0, 1, 100, 0, 0, 64, 0}},           {kSmoothing, {90, 0, 0, 3, 0, 0, 0, 64, 0}},
-      {kSixteenTapDenoising, {100, 0, 0, 1, 80, 0, 0, 64, 0}}, {kSixteenTapDenoising, {0, 0, 0, 1, 80, 2, 0, 64, 0}}};
+  } kCases[] = {{kDenoising, {.softening = 10, .adaptive = 1, .temporalStrength = 100}},
+                {kDenoising, {.softening = 60, .adaptive = 4, .temporalStrength = 127, .temporalShift = 3}},
+                {kDenoising, {.softening = 255, .adaptive = 8, .temporalStrength = 90, .temporalShift = 8}},
+                {kDenoising, {.softening = 30, .dither = 7, .adaptive = 2}},
+                {kSmoothing, {.softening = 30, .adaptive = 1, .temporalStrength = 100}},
+                {kSmoothing, {.softening = 90, .adaptive = 3}},
+                {kSixteenTapDenoising, {.softening = 100, .adaptive = 1, .temporalStrength = 80}},
+                {kSixteenTapDenoising, {.adaptive = 1, .temporalStrength = 80, .temporalShift = 2}}};
   for (const auto& [width, height] : {std::pair{64, 40}, {200, 9}, {10, 3}, {2, 1}}) {
     const Geometry g{width, height, width, height};
     for (const auto& [kernel, s] : kCases) {
@@ -94,7 +97,7 @@ TEST(PipelineAndProcessor, ScaleAlikeFromTheCorner) {
   for (const Geometry& g : kSizes) {
     for (const std::uint32_t softening : {0u, 3u, 40u}) {
       for (const std::uint32_t strength : {0u, 5u, 9u}) {
-        const Settings s{softening, strength, 0, 0, 0, 0, 0, 64, 0};
+        const Settings s{.softening = softening, .strength = strength};
         for (const Kernel& kernel : {kPlain, kSixteenTaps}) {
           ExpectTwins(ScalingOptions<vidproc::PreOptions>(kernel, g, s), kernel, g, s);
         }
@@ -107,7 +110,7 @@ TEST(PipelineAndProcessor, ScaleAlikeFromTheCorner) {
 TEST(PipelineAndProcessor, DeblockAlike) {
   const Geometry g{72, 50, 72, 50};
   for (const std::uint8_t level : std::initializer_list<std::uint8_t>{21, 40, 51, 200}) {
-    const Settings s{0, 0, 0, 0, 0, 0, level, 64, 0};
+    const Settings s{.deblock = level};
     auto options = OptionsFor<vidproc::PostOptions>(kPost, g, s);
     options.deblock_level = level;
     ExpectTwins(options, kPost, g, s);
