@@ -65,7 +65,7 @@ void AddObjectCases(std::vector<Case>& cases) {
   for (const Geometry& g : kGeometries) {
     for (const Settings& s : kSettings) {
       const auto add = [&](const std::string& route, Use use) {
-        cases.push_back({route + Describe(g, s), false, [=] { return StartExported(use, g, s); }});
+        cases.push_back({route + Describe(g, s), false, [=] { return StartExported(use, g, s, Flush::kEnd); }});
       };
       const bool isOdd = s.adaptive % 2 != 0;
       add(isOdd ? "pre-processing 16 taps " : "pre-processing ", isOdd ? Use::kPre16Taps : Use::kPre);

@@ -14,19 +14,22 @@ namespace {
 using testing_support::Flush;
 using testing_support::Geometry;
 using testing_support::GuardedMemory;
+using testing_support::IsOfWholePages;
 using testing_support::Processor;
 
 constexpr int kFrames = 3, kWatchedFrames = 90;
 
 unsigned Side(int length) { return static_cast<unsigned>(length); }
 
-/// A packed frame of the object; nothing behind the last row's pixels may be touched.
+/// A packed frame of the object; nothing behind the last row's pixels may be touched. A few kernels use what lies
+/// between rows: that counts as theirs where it is there.
 Frame PackedFrame(int width, int height, int padding, Flush flush, std::uint8_t*& start) {
-  const auto stride = static_cast<std::size_t>(2 * width + padding), rows = static_cast<std::size_t>(height);
-  const std::size_t bytes = (rows - 1) * stride + 2 * static_cast<std::size_t>(width);
-  Frame frame(stride * rows, static_cast<int>(stride));
-  start = frame.AddPlane(bytes, flush);
-  frame.AddPiece(start, 0, bytes);
+  const auto rowBytes = static_cast<std::size_t>(2 * width), stride = rowBytes + static_cast<std::size_t>(padding);
+  const Rows rows{static_cast<std::size_t>(height), rowBytes, stride};
+  Frame frame(stride * rows.count, static_cast<int>(stride));
+  const bool isOneRow = !IsOfWholePages(stride);
+  start =
+      frame.AddPlane(isOneRow ? Rows{1, rows.Bytes(), stride} : rows, flush, 0, static_cast<std::ptrdiff_t>(stride));
   return frame;
 }
 
@@ -64,16 +67,13 @@ Stream StartObject(const Geometry& g, Flush flush, const SetUp& setUp, const Run
 }
 
 Frame PlanarFrame(int width, int height, int padding, Flush flush, std::uint8_t* (&start)[2]) {
-  const auto stride = static_cast<std::size_t>(width + padding), rows = static_cast<std::size_t>(height);
-  // An odd width's last Cr is touched where the stride has room for it.
-  const std::size_t chromaRows = (rows + 1) / 2, pairs = static_cast<std::size_t>(width + 1) / 2;
-  const std::size_t lumaBytes = (rows - 1) * stride + static_cast<std::size_t>(width);
-  const std::size_t chromaBytes = (chromaRows - 1) * stride + std::min(2 * pairs, stride);
+  const auto rowBytes = static_cast<std::size_t>(width), stride = rowBytes + static_cast<std::size_t>(padding);
+  const auto rows = static_cast<std::size_t>(height), chromaRows = (rows + 1) / 2;
+  const auto step = static_cast<std::ptrdiff_t>(stride);
   Frame frame(stride * (rows + chromaRows), static_cast<int>(stride));
-  start[0] = frame.AddPlane(lumaBytes, flush);
-  frame.AddPiece(start[0], 0, lumaBytes);
-  start[1] = frame.AddPlane(chromaBytes, flush);
-  frame.AddPiece(start[1], stride * rows, chromaBytes);
+  start[0] = frame.AddPlane({rows, rowBytes, stride}, flush, 0, step);
+  // An odd width's last Cr is touched where the stride has room for it.
+  start[1] = frame.AddPlane({chromaRows, std::min((rowBytes + 1) / 2 * 2, stride), stride}, flush, stride * rows, step);
   return frame;
 }
 
@@ -87,15 +87,18 @@ Frame CheckedFrame(const vidproc_frame_info& info, const Placement& placement, v
   std::size_t offset = 0;
   for (int p = 0; p < layout.planes; ++p) {
     const vidproc::api::PlaneLayout& plane = layout.plane[p];
-    const std::size_t stride = plane.rowBytes + static_cast<std::size_t>(placement.padding);
-    const std::size_t touched = plane.TouchedRowBytes(stride), lastRow = plane.rows - 1;
-    view.bytes[p] = lastRow * stride + touched;
-    std::uint8_t* const start = frame.AddPlane(view.bytes[p], placement.flush);
-    view.plane[p] = placement.bottomUp ? start + lastRow * stride : start;
-    view.stride[p] = placement.bottomUp ? -static_cast<std::ptrdiff_t>(stride) : static_cast<std::ptrdiff_t>(stride);
-    for (std::size_t y = 0; y < plane.rows; ++y, offset += plane.wholeRowBytes) {
-      frame.AddPiece(start + (placement.bottomUp ? lastRow - y : y) * stride, offset, touched);
-    }
+    const std::size_t stride = placement.padding == kWholePages
+                                   ? testing_support::StrideOfPages(plane.wholeRowBytes)
+                                   : plane.rowBytes + static_cast<std::size_t>(placement.padding);
+    const Rows rows{plane.rows, plane.TouchedRowBytes(stride), stride};
+    const std::size_t toLast = placement.bottomUp ? plane.rows - 1 : 0;
+    const std::ptrdiff_t sign = placement.bottomUp ? -1 : 1;
+    std::uint8_t* const start = frame.AddPlane(rows, placement.flush, offset + toLast * plane.wholeRowBytes,
+                                               sign * static_cast<std::ptrdiff_t>(plane.wholeRowBytes));
+    view.bytes[p] = rows.Bytes();
+    view.plane[p] = start + toLast * stride;
+    view.stride[p] = sign * static_cast<std::ptrdiff_t>(stride);
+    offset += plane.rows * plane.wholeRowBytes;
   }
   return frame;
 }
@@ -121,16 +124,17 @@ Stream StartProcessor(const Options& options, const Placement& placement) {
 
 }  // namespace
 
-std::uint8_t* Frame::AddPlane(std::size_t bytes, Flush flush) {
+std::uint8_t* Frame::AddPlane(const Rows& rows, Flush flush, std::size_t offset, std::ptrdiff_t step) {
   testing_support::Random random(1);
-  planes.push_back(std::make_unique<GuardedMemory>(bytes, flush, random));
-  planes.back()->Load();
-  return planes.back()->Live();
-}
-
-void Frame::AddPiece(std::uint8_t* memory, std::size_t offset, std::size_t bytes) {
-  pieces.push_back({memory, planes.back()->Expected() + (memory - planes.back()->Live()), offset, bytes});
-  std::fill_n(memory, bytes, std::uint8_t{0});
+  planes.push_back(std::make_unique<GuardedMemory>(rows.Bytes(), flush, random, rows.stride));
+  GuardedMemory& plane = *planes.back();
+  plane.Load();
+  for (std::size_t y = 0; y < rows.count; ++y, offset += static_cast<std::size_t>(step)) {
+    const std::size_t row = y * rows.stride;
+    pieces.push_back({plane.Live() + row, plane.Expected() + row, offset, rows.bytes});
+    std::fill_n(plane.Live() + row, rows.bytes, std::uint8_t{0});
+  }
+  return plane.Live();
 }
 
 void Frame::Paint(int n) {
@@ -215,7 +219,7 @@ Stream StartKernel(const testing_support::Kernel& kernel, const Geometry& g, con
   });
 }
 
-Stream StartExported(Use use, const Geometry& g, const Settings& s) {
+Stream StartExported(Use use, const Geometry& g, const Settings& s, Flush flush) {
   const auto setUp = [=](Processor& p) {
     Renew(p, [=](void** handle) {
       (use == Use::kPost ? PostProcInit : PreProcInit)(
@@ -225,7 +229,7 @@ Stream StartExported(Use use, const Geometry& g, const Settings& s) {
     p->ditherSeed = 200;
     p->cpuLevel = 1;  // the same routes on a processor without SSE4.1
   };
-  return StartObject(g, Flush::kEnd, setUp, [=](VideoProcessor& processor, auto* source, auto* destination) {
+  return StartObject(g, flush, setUp, [=](VideoProcessor& processor, auto* source, auto* destination) {
     if (use == Use::kPost) {
       PostProcExecute(&processor, source, destination, s.deblock, s.gain, s.offset);
     } else {
@@ -266,8 +270,7 @@ Stream StartChecked(const vidproc::PostOptions& options, const Placement& placem
 Stream StartChecked(const vidproc::ExposureOptions& options, const Placement& placement) {
   vidproc_output source = {};
   Frame in = CheckedFrame(options.input, placement, source), event(sizeof(std::int64_t), 1);
-  std::uint8_t* const lowByte = event.AddPlane(1, Flush::kEnd);
-  event.AddPiece(lowByte, 0, 1);
+  std::uint8_t* const lowByte = event.AddPlane({1, 1, 1}, Flush::kEnd, 0, 1);
   Stream stream{std::move(in), std::move(event), {}, {}};
   stream.watchesExposure = true;
   const auto watcher = std::make_shared<std::optional<vidproc::Exposure>>();

@@ -13,12 +13,20 @@
 
 namespace golden {
 
+inline constexpr int kWholePages = -1;
+
 /// How a frame's planes lie in memory.
 struct Placement {
-  int padding = 0;  ///< bytes behind the shortest row that is allowed
+  int padding = 0;  ///< bytes behind the shortest row that is allowed; kWholePages: as many as guard every row
   bool bottomUp = false;
   testing_support::Flush flush = testing_support::Flush::kEnd;
   bool inPlace = false;  ///< the input frame is its own output
+};
+
+struct Rows {
+  std::size_t Bytes() const { return (count - 1) * stride + bytes; }
+
+  std::size_t count, bytes, stride;
 };
 
 /// A frame's bytes twice: in one block, which is painted and summed, and where it is processed.
@@ -26,10 +34,9 @@ class Frame {
  public:
   Frame(std::size_t bytes, int bytesOfRow) : block(bytes), rowBytes(bytesOfRow) {}
 
-  /// Memory for a plane with an unreadable page right behind it or before it.
-  std::uint8_t* AddPlane(std::size_t bytes, testing_support::Flush flush);
-  /// Bytes of the block from `offset` on lie at `memory`, in the plane that was added last.
-  void AddPiece(std::uint8_t* memory, std::size_t offset, std::size_t bytes);
+  /// Memory for a plane with an unreadable page right behind it or before it, and between rows that lie whole pages
+  /// apart. The first row is at `offset` in the block, the next ones each `step` bytes on.
+  std::uint8_t* AddPlane(const Rows& rows, testing_support::Flush flush, std::size_t offset, std::ptrdiff_t step);
 
   /// The n-th frame of a moving picture with edges, slopes and noise, drawn by integer arithmetic alone.
   void Paint(int n);
@@ -78,7 +85,7 @@ enum class Use { kPre, kPre16Taps, kPreMotionSmoothing, kPost };
 Stream StartKernel(const testing_support::Kernel& kernel, const testing_support::Geometry& g, const Settings& s,
                    testing_support::Flush flush);
 /// The exported functions; taps and motion smoothing come with the frames.
-Stream StartExported(Use use, const testing_support::Geometry& g, const Settings& s);
+Stream StartExported(Use use, const testing_support::Geometry& g, const Settings& s, testing_support::Flush flush);
 Stream StartPlanes(const testing_support::Geometry& g, testing_support::Flush flush);
 
 Stream StartChecked(const vidproc::PreOptions& options, const Placement& placement);

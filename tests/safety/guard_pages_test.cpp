@@ -9,6 +9,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <iterator>
+#include <numeric>
 #include <string>
 
 #include "golden/streams.h"
@@ -18,7 +19,7 @@ namespace {
 
 using namespace testing_support;
 
-constexpr int kDrawnCases = 1200;
+constexpr int kDrawnCases = 1000;
 
 char caseInWork[256];
 
@@ -41,28 +42,51 @@ class Digits {
   const Value& Pick(const Value (&choices)[kCount]) {
     return choices[Next(kCount)];
   }
-  std::size_t Rest() const { return rest; }
 
  private:
   std::size_t rest;
 };
 
+struct Size {
+  int width, height;
+};
+
 // Lengths around those of vectors, their halves and the strips of kernels.
 constexpr int kWidths[] = {2, 3, 4, 5, 7, 8, 9, 15, 16, 17, 31, 33, 47, 48, 63, 64, 65, 95, 127, 129, 191, 258};
 constexpr int kHeights[] = {1, 2, 3, 5, 8, 15, 16, 17, 33};
+constexpr std::size_t kSmallSizes = std::size(kWidths) * std::size(kHeights);
+constexpr Size kLargeSizes[] = {{1279, 17}, {1920, 1080}};
+constexpr std::size_t kSizes = kSmallSizes + std::size(kLargeSizes);
 
 /// From an input's length to an output's.
 constexpr int (*const kLengths[])(int) = {
     [](int length) { return length; }, [](int length) { return std::max(2, (length + 1) / 2); },
     [](int length) { return length * 3 / 2 + 1; }, [](int length) { return std::max(2, length * 2 / 3); }};
 
-constexpr int kPaddings[] = {0, 1, 30};
+/// The last guards every row.
+constexpr int kPaddings[] = {0, 1, 30, golden::kWholePages};
+
+Size DrawSize(Digits& digits) {
+  const std::size_t size = digits.Next(kSizes);
+  if (size >= kSmallSizes) return kLargeSizes[size - kSmallSizes];
+  return {kWidths[size % std::size(kWidths)], kHeights[size / std::size(kWidths)]};
+}
 
 Geometry DrawGeometry(Digits& digits) {
-  const int width = digits.Pick(kWidths), height = digits.Pick(kHeights);
+  const auto [width, height] = DrawSize(digits);
   const auto length = digits.Pick(kLengths);
   const int padding = digits.Pick(kPaddings);
   return {width, height, length(width), std::max(1, length(height) - (height == 1 ? 1 : 0)), padding, padding};
+}
+
+/// For the object, whose padding is in bytes.
+Geometry WithPages(Geometry g, int pixelBytes) {
+  const auto padding = [&](int width) {
+    const int rowBytes = width * pixelBytes;
+    return static_cast<int>(StrideOfPages(static_cast<std::size_t>(rowBytes))) - rowBytes;
+  };
+  if (g.inPadding == golden::kWholePages) g.inPadding = padding(g.inWidth), g.outPadding = padding(g.outWidth);
+  return g;
 }
 
 Flush DrawFlush(Digits& digits) { return digits.Next(2) == 0 ? Flush::kEnd : Flush::kBegin; }
@@ -71,18 +95,36 @@ void RunTwoFrames(golden::Stream stream) {
   for (int n = 0; n < 2; ++n) {
     stream.Paint(n);
     stream.Process();
+    stream.in.Store();
+    stream.out.Store();
   }
+}
+
+golden::Settings SettingsFor(const Geometry& g) {
+  const auto deblock = static_cast<std::uint8_t>(g.inPadding == 0 ? 40 : 0);
+  return {.softening = 10, .dither = 5, .adaptive = 2, .temporalStrength = 80, .temporalShift = 3, .deblock = deblock};
 }
 
 void RunKernel(Digits& digits) {
   const Kernel& kernel = digits.Pick(kKernels);
-  const Geometry g = DrawGeometry(digits);
-  const auto deblock = static_cast<std::uint8_t>(g.inPadding == 0 ? 40 : 0);
-  RunTwoFrames(golden::StartKernel(kernel, g, {10, 0, 5, 2, 80, 3, deblock, 64, 0}, DrawFlush(digits)));
+  Geometry g = DrawGeometry(digits);
+  // The temporal filter takes its source as packed, whatever the stride.
+  if (kernel.family == Family::kTemporal) g.inPadding = g.outPadding = 0;
+  g = WithPages(g, 2);
+  RunTwoFrames(golden::StartKernel(kernel, g, SettingsFor(g), DrawFlush(digits)));
+}
+
+constexpr golden::Use kUses[] = {golden::Use::kPre, golden::Use::kPre16Taps, golden::Use::kPreMotionSmoothing,
+                                 golden::Use::kPost};
+
+void RunExported(Digits& digits) {
+  const golden::Use use = digits.Pick(kUses);
+  const Geometry g = WithPages(DrawGeometry(digits), 2);
+  RunTwoFrames(golden::StartExported(use, g, SettingsFor(g), DrawFlush(digits)));
 }
 
 void RunPlanes(Digits& digits) {
-  const Geometry g = DrawGeometry(digits);
+  const Geometry g = WithPages(DrawGeometry(digits), 1);
   RunTwoFrames(golden::StartPlanes(g, DrawFlush(digits)));
 }
 
@@ -116,6 +158,18 @@ void RunPipeline(Digits& digits) {
   }
 }
 
+/// The least that an exposure watcher takes.
+constexpr int kWatchedSide = 16;
+
+void RunExposure(Digits& digits) {
+  const vidproc_format format = digits.Pick(kFormats);
+  const auto [width, height] = DrawSize(digits);
+  const int padding = digits.Pick(kPaddings);
+  vidproc::ExposureOptions options;
+  options.input = {format, std::max(width, kWatchedSide), std::max(height, kWatchedSide), VIDPROC_SITING_LEFT};
+  RunTwoFrames(golden::StartChecked(options, {padding, digits.Next(2) == 1, DrawFlush(digits)}));
+}
+
 /// For the harness's own test.
 void ReadOneByteTooMany(Digits& digits) {
   const bool isBefore = digits.Next(2) == 0;
@@ -130,12 +184,14 @@ struct Route {
   void (*run)(Digits&);
   std::size_t cases;
 };
-constexpr std::size_t kPlaces =
-    std::size(kWidths) * std::size(kHeights) * std::size(kLengths) * std::size(kPaddings) * 2;
+constexpr std::size_t kPlaces = kSizes * std::size(kPaddings) * 2, kScalings = kPlaces * std::size(kLengths);
+constexpr std::size_t kPairs = std::size(kFormats) * std::size(kFormats);
 constexpr Route kRoutes[] = {
-    {"kernel", RunKernel, std::size(kKernels) * kPlaces},
-    {"planes 4:2:0", RunPlanes, kPlaces},
-    {"pipeline", RunPipeline, std::size(kFormats) * std::size(kFormats) * (std::size(kStages) + 1) * kPlaces * 2},
+    {"kernel", RunKernel, std::size(kKernels) * kScalings},
+    {"exported", RunExported, std::size(kUses) * kScalings},
+    {"planes 4:2:0", RunPlanes, kScalings},
+    {"pipeline", RunPipeline, kPairs*(std::size(kStages) + 1) * kScalings * 2},
+    {"exposure", RunExposure, std::size(kFormats) * kPlaces * 2},
 };
 
 void RunCase(const Route& route, std::size_t number, const KernelForms& forms) {
@@ -161,18 +217,15 @@ TEST_F(GuardPages, NothingBeyondAFrameIsTouched) {
   const std::size_t wanted = asked != nullptr ? std::strtoul(asked, nullptr, 10) : kDrawnCases;
   const std::vector<KernelForms> forms = AvailableForms();
   for (const Route& route : kRoutes) {
-    const std::size_t count = std::min(wanted, route.cases);
-    for (std::size_t i = 0; i < count; ++i) {
-      // The step has no factor in common with the counts, so that every number is met once.
-      const std::size_t number = count == route.cases ? i : i * 1000003 % route.cases;
-      if (asked == nullptr) {
-        RunCase(route, number, forms[i % forms.size()]);
-      } else {
-        for (const KernelForms& each : forms) RunCase(route, number, each);
-      }
+    const std::size_t all = route.cases * forms.size();
+    const std::size_t count = asked != nullptr ? std::min(wanted, route.cases) * forms.size() : kDrawnCases;
+    // Steps of about the golden section spread evenly; without a common factor they meet every number once.
+    std::size_t step = all / 1000 * 618;
+    while (std::gcd(step, all) != 1) ++step;
+    for (std::size_t i = 0, number = 0; i < count; ++i, number = (number + step) % all) {
+      RunCase(route, number % route.cases, forms[number / route.cases]);
     }
-    if (asked != nullptr)
-      std::printf("%s: %zu of %zu cases at %zu forms\n", route.name, count, route.cases, forms.size());
+    if (asked != nullptr) std::printf("%s: %zu of %zu cases at %zu forms\n", route.name, count, all, forms.size());
   }
 }
 

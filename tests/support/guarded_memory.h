@@ -17,18 +17,29 @@ namespace testing_support {
 
 enum class Flush { kEnd, kBegin };
 
+inline bool IsOfWholePages(std::size_t stride) { return stride != 0 && stride % PageBytes() == 0; }
+/// The shortest stride of whole pages that leaves one between rows.
+inline std::size_t StrideOfPages(std::size_t rowBytes) {
+  return (rowBytes + 2 * PageBytes() - 1) / PageBytes() * PageBytes();
+}
+
 /// A frame's memory three times: as it is before a run, as it should be after it, and the live one that is run on.
 class GuardedMemory {
  public:
-  /// Room for `bytes`, flush with the forbidden page after it or before it.
-  GuardedMemory(std::size_t bytes, Flush flush, Random& random) {
+  /// Room for `bytes`, flush with the forbidden page after it or before it. In rows that lie `stride` apart, whole
+  /// pages, every row is: of the pages between rows none must be touched.
+  GuardedMemory(std::size_t bytes, Flush flush, Random& random, std::size_t stride = 0) {
     const std::size_t page = PageBytes();
     const std::size_t usable = (bytes + page - 1) / page * page;
     mapped = usable + 2 * page;
     base = static_cast<std::uint8_t*>(ReservePages(mapped));
     if (base == nullptr) throw std::bad_alloc();
     live = base + page;
-    if (!OpenPages(live, usable)) throw std::bad_alloc();
+    pitch = IsOfWholePages(stride) ? stride : mapped;
+    stretch = (usable - 1) % pitch + 1;
+    for (std::size_t at = 0; at < usable; at += pitch) {
+      if (!OpenPages(live + at, stretch)) throw std::bad_alloc();
+    }
     offset = flush == Flush::kEnd ? usable - bytes : 0;
     before.resize(usable);
     for (std::uint8_t& byte : before) byte = random.Byte();
@@ -50,26 +61,37 @@ class GuardedMemory {
     }
     after = before;
   }
-  void Load() { std::copy(before.begin(), before.end(), live); }
+  void Load() {
+    for (std::size_t at = 0; at < before.size(); at += pitch) std::copy_n(before.data() + at, stretch, live + at);
+  }
 
   bool HasChanged() const { return !std::equal(before.begin(), before.end(), live); }
   /// Empty when live memory is as expected. `start` and `stride` say where the frame's rows lie.
   std::string FirstDifference(std::size_t start, std::size_t stride) const {
-    const auto at = static_cast<std::size_t>(std::mismatch(after.begin(), after.end(), live).first - after.begin());
-    if (at == after.size()) return {};
-    std::ostringstream text;
-    const auto place = static_cast<std::ptrdiff_t>(at) - static_cast<std::ptrdiff_t>(offset + start);
-    const auto pitch = static_cast<std::ptrdiff_t>(stride);
-    text << "byte " << place;
-    if (place >= 0) text << " (row " << place / pitch << ", column " << place % pitch << ")";
-    text << "\n  expected" << Around(after.data(), at) << "\n  actual  " << Around(live, at);
-    return text.str();
+    for (std::size_t first = 0; first < after.size(); first += pitch) {
+      const std::uint8_t* const expected = after.data() + first;
+      const std::uint8_t* const different = std::mismatch(expected, expected + stretch, live + first).first;
+      if (different != expected + stretch) return Describe(different - after.data(), start, stride);
+    }
+    return {};
   }
 
  private:
+  std::string Describe(std::ptrdiff_t at, std::size_t start, std::size_t stride) const {
+    std::ostringstream text;
+    const std::ptrdiff_t place = at - static_cast<std::ptrdiff_t>(offset + start);
+    const auto rowPitch = static_cast<std::ptrdiff_t>(stride);
+    text << "byte " << place;
+    if (place >= 0) text << " (row " << place / rowPitch << ", column " << place % rowPitch << ")";
+    const auto index = static_cast<std::size_t>(at);
+    text << "\n  expected" << Around(after.data(), index) << "\n  actual  " << Around(live, index);
+    return text.str();
+  }
+
   std::string Around(const std::uint8_t* image, std::size_t at) const {
     std::ostringstream text;
-    for (std::size_t i = at < 8 ? 0 : at - 8; i < std::min(at + 8, after.size()); ++i) {
+    const std::size_t first = at / pitch * pitch, end = first + stretch;
+    for (std::size_t i = at < first + 8 ? first : at - 8; i < std::min(at + 8, end); ++i) {
       text << (i == at ? " [" : " ") << int{image[i]} << (i == at ? "]" : "");
     }
     return text.str();
@@ -79,6 +101,7 @@ class GuardedMemory {
   std::uint8_t* live = nullptr;
   std::size_t mapped = 0;
   std::size_t offset = 0;
+  std::size_t pitch = 0, stretch = 0;  ///< the first `stretch` bytes of every `pitch` may be touched
   std::vector<std::uint8_t> before;
   std::vector<std::uint8_t> after;
 };
