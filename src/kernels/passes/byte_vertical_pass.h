@@ -63,12 +63,12 @@ struct RowsAhead {
 
 template <int kTaps, int kShift, class Result>
 inline void FilterRowBytes(const std::uint8_t* const* rows, const std::int16_t* coefficients, int bytes,
-                           const RowsAhead& ahead, const Result& result) {
+                           RowsAhead ahead, Result result) {
   U8 pairs[kTaps / 2 + 1];
   for (int t = 0; t < kTaps; t += 2) {
     pairs[t / 2] = SplatPair(coefficients[t], t + 1 < kTaps ? coefficients[t + 1] : 0);
   }
-  // Copies, because bytes that are stored might be those of the list.
+  // Copies, as the last two parameters are, because bytes that are stored might be those of the list.
   const std::uint8_t* from[kTaps + 1];
   for (int t = 0; t == 0 || t < kTaps; ++t) from[t] = rows[t];
   constexpr int kStep = 2 * kVectorBytes;
