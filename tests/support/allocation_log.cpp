@@ -57,7 +57,7 @@ int AllocationLog::Count(std::size_t bytes) const {
 
 int AllocationLog::Held() const {
   const auto isHeld = [](const Request& request) { return request.memory != nullptr; };
-  return total > kMost ? -1 : static_cast<int>(std::ranges::count_if(requests, isHeld));
+  return total > kMost ? -1 : static_cast<int>(std::count_if(requests.begin(), requests.end(), isHeld));
 }
 
 void AllocationLog::TakeBack(const void* memory) {
