@@ -3,6 +3,7 @@
 // compilers have, and the mark of exported names in vidproc/export.h.
 #pragma once
 
+#include <cmath>
 #include <string_view>
 
 namespace vidproc {
@@ -38,11 +39,15 @@ constexpr Processor kProcessor = Processor::kOther;
 VIDPROC_ALWAYS_INLINE void Prefetch(const void* address) { __builtin_prefetch(address); }
 VIDPROC_ALWAYS_INLINE void PrefetchToWrite(void* address) { __builtin_prefetch(address, 1); }
 
+/// The processor's instruction, in unoptimised code too.
+VIDPROC_ALWAYS_INLINE double SquareRoot(double value) { return __builtin_sqrt(value); }
+
 #else
 #define VIDPROC_ALWAYS_INLINE inline
 #define VIDPROC_CHECKED_AS_PRINTF(text, values)
 VIDPROC_ALWAYS_INLINE void Prefetch(const void*) {}
 VIDPROC_ALWAYS_INLINE void PrefetchToWrite(void*) {}
+VIDPROC_ALWAYS_INLINE double SquareRoot(double value) { return std::sqrt(value); }
 #endif
 
 /// Whether this x86 processor has the instructions that GCC calls `feature`; false on any other.

@@ -5,8 +5,6 @@
 // of 255 fit a 16-bit lane, 256 squares a 32-bit lane.
 #include "kernels/block_statistics.h"
 
-#include <cmath>
-
 #include "compiler/compiler.h"
 #include "kernels/kernel_table.h"
 #include "simd/simd.h"
@@ -108,7 +106,7 @@ void CompareBlocks(const BlockSums* sums, const ReferenceBlock* references, int 
     const int rMean = r.sum / kExposureBlockSamples;
     const int covariance = c.products - rMean * c.samples - cMean * r.sum + kExposureBlockSamples * rMean * cMean;
     const int variance = Variance(c);
-    const int deviation = static_cast<int>(std::sqrt(1.0 * r.variance * variance));
+    const int deviation = static_cast<int>(SquareRoot(1.0 * r.variance * variance));
     // The rounded means add at most 2^8 to |covariance| <= deviation + 1: the quotient stays below 2^25.
     // A deviation of 0 means a block of one value, and then the covariance is 0 too.
     const int isPlain = deviation == 0;
