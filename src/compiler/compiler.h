@@ -42,19 +42,20 @@ VIDPROC_ALWAYS_INLINE void PrefetchToWrite(void* address) { __builtin_prefetch(a
 /// The processor's instruction, in unoptimised code too.
 VIDPROC_ALWAYS_INLINE double SquareRoot(double value) { return __builtin_sqrt(value); }
 
+/// Whether this x86 processor has the instructions that GCC calls `feature`; false on any other.
+#if defined(__x86_64__) || defined(__i386__)
+// Static objects may ask before the compiler's own constructor has looked at the processor.
+#define VIDPROC_PROCESSOR_HAS(feature) (__builtin_cpu_init(), __builtin_cpu_supports(feature) != 0)
+#else
+#define VIDPROC_PROCESSOR_HAS(feature) false
+#endif
+
 #else
 #define VIDPROC_ALWAYS_INLINE inline
 #define VIDPROC_CHECKED_AS_PRINTF(text, values)
 VIDPROC_ALWAYS_INLINE void Prefetch(const void*) {}
 VIDPROC_ALWAYS_INLINE void PrefetchToWrite(void*) {}
 VIDPROC_ALWAYS_INLINE double SquareRoot(double value) { return std::sqrt(value); }
-#endif
-
-/// Whether this x86 processor has the instructions that GCC calls `feature`; false on any other.
-#if defined(__GNUC__) && !defined(VIDPROC_STANDARD_ALONE) && (defined(__x86_64__) || defined(__i386__))
-// Static objects may ask before the compiler's own constructor has looked at the processor.
-#define VIDPROC_PROCESSOR_HAS(feature) (__builtin_cpu_init(), __builtin_cpu_supports(feature) != 0)
-#else
 #define VIDPROC_PROCESSOR_HAS(feature) (kProcessor == Processor::kX86 && std::string_view(feature) == "sse2")
 #endif
 
