@@ -2,6 +2,7 @@
 // the same.
 #include "checked_frames.h"
 #include "targets.h"
+#include "tests/support/fast_noise.h"
 #include "vidproc/video_processor.h"
 
 namespace fuzzing {
@@ -13,11 +14,10 @@ constexpr int kMostFrames = 120;
 void PutLuma(Input& input, const vidproc_output& frame, std::uint8_t* packed, std::uint8_t level) {
   const Samples samples = ComponentOf(frame, 0);
   const int slope = input.Between(0, 3), spread = 1 + input.Byte() % 16;
-  std::uint32_t noise = input.Byte();
+  testing_support::FastNoise noise(input.Byte());
   for (int y = 0; y < frame.height; ++y) {
     for (int x = 0; x < frame.width; ++x) {
-      noise = noise * 1664525 + 1013904223;
-      const auto luma = static_cast<std::uint8_t>(level + (slope * x + y) / 4 + static_cast<int>(noise >> 24) % spread);
+      const auto luma = static_cast<std::uint8_t>(level + (slope * x + y) / 4 + noise.Byte() % spread);
       samples.At(x, y) = luma;
       packed[2 * (std::ptrdiff_t{y} * frame.width + x) + 1] = luma;
     }

@@ -9,6 +9,7 @@
 #include <type_traits>
 
 #include "input.h"
+#include "tests/support/fast_noise.h"
 #include "vidproc/video_processor.h"
 
 namespace fuzzing {
@@ -20,12 +21,11 @@ template <typename Lanes>
 void DrawCoefficients(Lanes& lanes, Input& input) {
   auto* const values = reinterpret_cast<std::int16_t*>(&lanes);
   const int kind = input.Between(0, 2);
-  std::uint32_t state = input.Word();
+  testing_support::FastNoise noise(input.Word());
   std::int16_t value = 0;
   for (std::size_t i = 0; i < sizeof(lanes) / sizeof(std::int16_t); ++i) {
     if (i % 8 == 0) {
-      state = state * 1664525 + 1013904223;
-      const std::uint32_t drawn = state >> 16;
+      const std::uint32_t drawn = noise.Bits() >> 16;
       value = static_cast<std::int16_t>(kind == 0 ? drawn % 320 - 160 : kind == 1 ? (drawn % 4 == 0 ? 128 : 0) : drawn);
     }
     values[i] = value;

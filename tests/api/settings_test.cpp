@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "support/api_frames.h"
+#include "support/fast_noise.h"
 #include "vidproc/vidproc.hpp"
 
 namespace {
@@ -221,8 +222,8 @@ void ExpectPassing(bool passes, void (*change)(Options&)) {
     Stream stream(options);
     EXPECT_EQ(stream.PassesThrough(), passes) << format;
     TightFrame in(options.input, 0), out(options.output, 0);
-    std::uint32_t state = 1;
-    for (std::uint8_t& byte : in.bytes) byte = static_cast<std::uint8_t>((state = state * 1664525 + 1013904223) >> 24);
+    testing_support::FastNoise noise(1);
+    for (std::uint8_t& byte : in.bytes) byte = noise.Byte();
     const bool isPacked = format == VIDPROC_FORMAT_UYVY || format == VIDPROC_FORMAT_YUYV;
     const std::size_t secondLuma = format == VIDPROC_FORMAT_UYVY ? 3 : 2;  // of the last pair, beyond the picture
     for (std::size_t row = 0; isPacked && row < 23; ++row) {

@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "fuzz/checked_frames.h"
+#include "support/fast_noise.h"
 
 namespace golden {
 namespace {
@@ -138,13 +139,13 @@ std::uint8_t* Frame::AddPlane(const Rows& rows, Flush flush, std::size_t offset,
 }
 
 void Frame::Paint(int n) {
-  std::uint32_t noise = static_cast<std::uint32_t>(n) * 977 + 1;
+  testing_support::FastNoise noise(static_cast<std::uint32_t>(n) * 977 + 1);
   for (std::size_t i = 0; i < block.size(); ++i) {
     const int x = static_cast<int>(i) % rowBytes, y = static_cast<int>(i) / rowBytes;
-    noise = noise * 1664525 + 1013904223;
+    const std::uint32_t drawn = noise.Bits();
     const int slope = std::abs((3 * x + 5 * y + 4 * n) % 256 - 128), step = (x / 11 + y / 7) % 3 * 35;
-    const int sample = slope + step + static_cast<int>(noise >> 29);
-    block[i] = static_cast<std::uint8_t>(noise % 101 == 0 ? 255 * (y % 2) : sample);
+    const int sample = slope + step + static_cast<int>(drawn >> 29);
+    block[i] = static_cast<std::uint8_t>(drawn % 101 == 0 ? 255 * (y % 2) : sample);
   }
 }
 
@@ -163,8 +164,8 @@ void Frame::Store() {
 void Stream::Paint(int n) {
   in.Paint(watchesExposure ? n % 2 : n);
   if (watchesExposure) {
-    for (std::uint8_t& byte : in.block)
-      byte = static_cast<std::uint8_t>(byte / (n % kWatchedFrames < kWatchedFrames / 2 ? 2 : 4));
+    const int divisor = n % kWatchedFrames < kWatchedFrames / 2 ? 2 : 4;
+    for (std::uint8_t& byte : in.block) byte = static_cast<std::uint8_t>(byte / divisor);
   }
   in.Load();
 }

@@ -5,6 +5,8 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "support/fast_noise.h"
+
 namespace {
 
 constexpr int kNone = -1;
@@ -40,12 +42,9 @@ FreshMemory::~FreshMemory() { garbage = Garbage::kNone; }
 void* FreshMemory::Fill(void* memory, std::size_t bytes) {
   if (garbage == Garbage::kNone || memory == nullptr) return memory;
   auto* const start = static_cast<std::uint8_t*>(memory);
-  std::uint32_t random = 1;
+  FastNoise noise(1);
   for (std::size_t i = 0; i < bytes; ++i) {
-    random = random * 1664525 + 1013904223;
-    start[i] = garbage == Garbage::kRandom ? static_cast<std::uint8_t>(random >> 24)
-               : garbage == Garbage::kOnes ? 255
-                                           : 0;
+    start[i] = garbage == Garbage::kRandom ? noise.Byte() : garbage == Garbage::kOnes ? 255 : 0;
   }
   return memory;
 }

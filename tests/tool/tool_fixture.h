@@ -14,6 +14,8 @@
 #include <vector>
 #include <vidproc/vidproc.hpp>
 
+#include "support/fast_noise.h"
+
 namespace testing_support {
 
 namespace fs = std::filesystem;
@@ -113,11 +115,10 @@ inline const std::string kScene = "--synthetic-size 96x64 --frames 4";
 inline std::string RawFrames(const vidproc::FrameInfo& info, int count) {
   const std::size_t bytes = vidproc::FrameBytes(info);
   std::string frames;
-  std::uint32_t state = 1;
+  FastNoise noise(1);
   for (std::size_t i = 0; i < bytes * static_cast<std::size_t>(count); ++i) {
-    state = state * 1664525U + 1013904223U;
     const std::size_t place = i % bytes, number = i / bytes;
-    frames += static_cast<char>(40 + (place * 3 + 7 * number) % 150 + (state >> 29));
+    frames += static_cast<char>(40 + (place * 3 + 7 * number) % 150 + (noise.Bits() >> 29));
   }
   return frames;
 }
