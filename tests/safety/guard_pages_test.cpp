@@ -85,7 +85,9 @@ Geometry WithPages(Geometry g, int pixelBytes) {
     const int rowBytes = width * pixelBytes;
     return static_cast<int>(StrideOfPages(static_cast<std::size_t>(rowBytes))) - rowBytes;
   };
-  if (g.inPadding == golden::kWholePages) g.inPadding = padding(g.inWidth), g.outPadding = padding(g.outWidth);
+  if (g.inPadding != golden::kWholePages) return g;
+  g.inPadding = padding(g.inWidth);
+  g.outPadding = padding(g.outWidth);
   return g;
 }
 
@@ -185,12 +187,11 @@ struct Route {
   std::size_t cases;
 };
 constexpr std::size_t kPlaces = kSizes * std::size(kPaddings) * 2, kScalings = kPlaces * std::size(kLengths);
-constexpr std::size_t kPairs = std::size(kFormats) * std::size(kFormats);
 constexpr Route kRoutes[] = {
     {"kernel", RunKernel, std::size(kKernels) * kScalings},
     {"exported", RunExported, std::size(kUses) * kScalings},
     {"planes 4:2:0", RunPlanes, kScalings},
-    {"pipeline", RunPipeline, kPairs*(std::size(kStages) + 1) * kScalings * 2},
+    {"pipeline", RunPipeline, std::size(kFormats) * std::size(kFormats) * (std::size(kStages) + 1) * kScalings * 2},
     {"exposure", RunExposure, std::size(kFormats) * kPlaces * 2},
 };
 
