@@ -176,23 +176,23 @@ void Stream::Process() {
   run();
 }
 
-void Stream::AddTo(fuzzing::Digest& digest) {
+void Stream::AddTo(testing_support::Md5& sum) {
   if (changesInput) {
     in.Store();
-    digest.Add(in.block.data(), in.block.size());
+    sum.Add(in.block.data(), in.block.size());
   }
   out.Store();
-  digest.Add(out.block.data(), out.block.size());
+  sum.Add(out.block.data(), out.block.size());
 }
 
-std::uint64_t Stream::Sum() {
-  fuzzing::Digest digest;
+std::string Stream::Sum() {
+  testing_support::Md5 sum;
   for (int n = 0; n < (watchesExposure ? kWatchedFrames : kFrames); ++n) {
     Paint(n);
     Process();
-    AddTo(digest);
+    AddTo(sum);
   }
-  return digest.Value();
+  return sum.Sum();
 }
 
 Stream StartKernel(const testing_support::Kernel& kernel, const Geometry& g, const Settings& s, Flush flush) {

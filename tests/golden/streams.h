@@ -5,10 +5,11 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <string>
 #include <vector>
 
-#include "fuzz/digest.h"
 #include "support/kernel_harness.h"
+#include "support/md5.h"
 #include "vidproc/vidproc.hpp"
 
 namespace golden {
@@ -61,9 +62,9 @@ struct Stream {
   /// One frame, after the set-up where none has succeeded yet.
   void Process();
   /// What the last frame gave.
-  void AddTo(fuzzing::Digest& digest);
+  void AddTo(testing_support::Md5& sum);
   /// Of all its frames.
-  std::uint64_t Sum();
+  std::string Sum();
 
   Frame in, out;
   /// What the library does. Both may throw where memory is out, and may be called again then.

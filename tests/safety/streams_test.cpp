@@ -83,7 +83,7 @@ TEST(Streams, TakeNoMemoryAndCallNoSystemInAFrame) {
 /// the exported functions ask for it another one, then gives the sums of a stream that lacked nothing, without the
 /// set-up where it has had one before; none of its memory is left over.
 void ExpectRecovery(const Case& item, bool isChecked, bool isChange) {
-  const std::uint64_t expected = item.start().Sum();
+  const std::string expected = item.start().Sum();
   bool hasFailed = true;
   for (int failing = 0; hasFailed; ++failing) {
     SCOPED_TRACE(failing);
