@@ -165,10 +165,14 @@ TEST(Settings, DefaultsDoNothingButScale) {
   EXPECT_EQ(vidproc_pre_options_init(&pre, 4097), VIDPROC_ERROR_INVALID_ARGUMENT);
   std::memset(&pre, 0x55, sizeof(pre));
   ASSERT_EQ(vidproc_pre_options_init(&pre, sizeof(pre)), VIDPROC_OK);
-  // No formats and sizes; then alignment, filter, taps, softening, lobes, sharpening, luma, dither and denoising.
-  const std::int32_t expected[] = {sizeof(pre), 0,  0, 0, 0,  0, 0,  0, 0, 0, 0, 8, 0, 3,
-                                   0,           64, 0, 0, -1, 0, 10, 8, 0, 0, 0, 1, 0};
-  static_assert(sizeof(expected) == sizeof(pre));
+  vidproc_pre_options expected = {};
+  expected.struct_size = sizeof(pre);
+  expected.taps = expected.denoise_taps = 8;
+  expected.lobes = 3;
+  expected.luma_gain = 64;
+  expected.dither_seed = -1;
+  expected.denoise_softening = 10;
+  expected.denoise_passes = 1;
   EXPECT_EQ(std::memcmp(&pre, &expected, sizeof(pre)), 0);
   vidproc_post_options post;
   std::memset(&post, 0x55, sizeof(post));

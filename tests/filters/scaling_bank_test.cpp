@@ -7,6 +7,7 @@
 #include <cstring>
 #include <iterator>
 #include <numeric>
+#include <string>
 
 namespace {
 
@@ -20,6 +21,8 @@ constexpr Ratio kRatios[] = {{1, 1}, {1, 2}, {2, 3}, {3, 4}, {1, 3}, {1, 4}, {1,
 constexpr ScalingKernel kKernels[] = {ScalingKernel::kAutomatic,  ScalingKernel::kIdentity, ScalingKernel::kBilinear,
                                       ScalingKernel::kCatmullRom, ScalingKernel::kMitchell, ScalingKernel::kLanczos,
                                       ScalingKernel::kArea};
+constexpr const char* kKernelNames[] = {"Automatic", "Identity", "Bilinear", "CatmullRom",
+                                        "Mitchell",  "Lanczos",  "Area"};
 constexpr int kTapCounts[] = {4, 8, 16};
 constexpr std::uint32_t kSharpenings[] = {0, 3, 16};
 
@@ -83,7 +86,8 @@ TEST_P(EveryBank, StaysInPlace) {
   });
 }
 
-INSTANTIATE_TEST_SUITE_P(ScalingBanks, EveryBank, testing::ValuesIn(kKernels));
+INSTANTIATE_TEST_SUITE_P(ScalingBanks, EveryBank, testing::ValuesIn(kKernels),
+                         [](const auto& info) { return std::string(kKernelNames[info.index]); });
 
 std::uint32_t HashOfBanks(ScalingKernel kernel) {
   std::uint32_t hash = 2166136261u;

@@ -20,9 +20,7 @@ constexpr RunKernel kNone = nullptr, kPlain = &VideoProcessor::PreProcExecute, k
                     kSmoothing = &VideoProcessor::PreProcAdaptiveMotionSmoothingExecute,
                     k16Tap = &VideoProcessor::PreProcAdaptive16TapTemporalExecute;
 
-struct Case {
-  const char* name;
-  RunKernel kernel;
+struct Switches {
   std::int8_t cpuLevel = 1;
   bool preProcessor = true;
   unsigned char plainScaler = 0;
@@ -31,27 +29,33 @@ struct Case {
   unsigned char adaptive = 0, use16Taps = 0, smoothing = 0;
 };
 
+struct Case {
+  const char* name;
+  RunKernel kernel;
+  Switches switches = {};
+};
+
 void PrintTo(const Case& c, std::ostream* out) { *out << c.name; }
 
 constexpr int kWidth = 64;
 constexpr int kHeight = 32;
 
-class Dispatch : public testing::TestWithParam<Case> {
+class Dispatch : public testing::Test {
  protected:
   Dispatch() {
     testing_support::Random random(2);
     for (unsigned char& byte : source) byte = random.Byte();
   }
 
-  static testing_support::Processor MakeProcessor(const Case& c) {
-    const int divisor = c.equalSizes ? 1 : 2;
+  static testing_support::Processor MakeProcessor(const Switches& switches) {
+    const int divisor = switches.equalSizes ? 1 : 2;
     testing_support::Configuration configuration{{kWidth, kHeight, kWidth / divisor, kHeight / divisor}};
-    configuration.softenLevel = c.softenLevel;
-    configuration.use16Taps = c.use16Taps;
-    testing_support::Processor p = testing_support::MakeProcessor(c.preProcessor, configuration);
-    p->SetUseSpatialMotionSmoothing(c.smoothing);
-    p->SetAdaptive(c.adaptive);
-    p->cpuLevel = c.cpuLevel;
+    configuration.softenLevel = switches.softenLevel;
+    configuration.use16Taps = switches.use16Taps;
+    testing_support::Processor p = testing_support::MakeProcessor(switches.preProcessor, configuration);
+    p->SetUseSpatialMotionSmoothing(switches.smoothing);
+    p->SetAdaptive(switches.adaptive);
+    p->cpuLevel = switches.cpuLevel;
     return p;
   }
 
@@ -59,14 +63,16 @@ class Dispatch : public testing::TestWithParam<Case> {
   Bytes destination = Bytes(source.size());
 };
 
-TEST_P(Dispatch, RunsOneKernel) {
+class Route : public Dispatch, public testing::WithParamInterface<Case> {};
+
+TEST_P(Route, RunsOneKernel) {
   const Case& c = GetParam();
-  const testing_support::Processor dispatched = MakeProcessor(c), direct = MakeProcessor(c);
+  const testing_support::Processor dispatched = MakeProcessor(c.switches), direct = MakeProcessor(c.switches);
   Bytes expected = destination;
   direct->srcFrame = source.data();
   direct->dstFrame = expected.data();
   for (int frame = 0; frame < 2; ++frame) {  // history tells some kernels apart
-    EXPECT_EQ(dispatched->Go(source.data(), destination.data(), c.plainScaler), 0);
+    EXPECT_EQ(dispatched->Go(source.data(), destination.data(), c.switches.plainScaler), 0);
     if (c.kernel != kNone) ((*direct).*c.kernel)();
     EXPECT_EQ(destination, expected);
     std::rotate(source.begin(), source.begin() + 2, source.end());
@@ -76,30 +82,28 @@ TEST_P(Dispatch, RunsOneKernel) {
 
 constexpr Case kCases[] = {
     {"Scales", kPlain},
-    {"ScalesAtLevel0", kPlain, 0},
-    {"DoesNothingBelowLevel0", kNone, -1},
-    {"ForcedPlain", kPlain, 1, true, 1, true, 0, 1, 1, 1},
-    {"ForcedPlainOutranksTheRole", kPlain, 0, false, 9},
-    {"ForcedPlainNeedsLevel0", kNone, -1, true, 1},
-    {"PostProcessor", kPost, 0, false, 0, false, 0, 1, 1, 1},
-    {"PostProcessorNeedsLevel0", kNone, -1, false},
-    {"EqualSizesOutrankTheSwitches", kTemporal, 1, true, 0, true, 0, 3, 1, 1},
-    {"EqualSizesNeedLevel1", kNone, 0, true, 0, true, 0, 3},
-    {"EqualSizesSoftened", kPlain, 1, true, 0, true, 1},
-    {"EqualSizesSoftenedAdaptive", kAdaptive, 1, true, 0, true, 1, 1},
-    {"Adaptive", kAdaptive, 1, true, 0, false, 0, 8},
-    {"AdaptiveNeedsLevel1", kPlain, 0, true, 0, false, 0, 8, 1, 1},
-    {"Smoothing", kSmoothing, 1, true, 0, false, 0, 1, 0, 1},
-    {"SmoothingAloneScales", kPlain, 1, true, 0, false, 0, 0, 0, 1},
-    {"SixteenTapsOutrankSmoothing", k16Tap, 1, true, 0, false, 0, 1, 2, 1},
-    {"SixteenTapsAloneScale", kPlain, 1, true, 0, false, 0, 0, 1},
+    {"ScalesAtLevel0", kPlain, {.cpuLevel = 0}},
+    {"DoesNothingBelowLevel0", kNone, {.cpuLevel = -1}},
+    {"ForcedPlain", kPlain, {.plainScaler = 1, .equalSizes = true, .adaptive = 1, .use16Taps = 1, .smoothing = 1}},
+    {"ForcedPlainOutranksTheRole", kPlain, {.cpuLevel = 0, .preProcessor = false, .plainScaler = 9}},
+    {"ForcedPlainNeedsLevel0", kNone, {.cpuLevel = -1, .plainScaler = 1}},
+    {"PostProcessor", kPost, {.cpuLevel = 0, .preProcessor = false, .adaptive = 1, .use16Taps = 1, .smoothing = 1}},
+    {"PostProcessorNeedsLevel0", kNone, {.cpuLevel = -1, .preProcessor = false}},
+    {"EqualSizesOutrankTheSwitches", kTemporal, {.equalSizes = true, .adaptive = 3, .use16Taps = 1, .smoothing = 1}},
+    {"EqualSizesNeedLevel1", kNone, {.cpuLevel = 0, .equalSizes = true, .adaptive = 3}},
+    {"EqualSizesSoftened", kPlain, {.equalSizes = true, .softenLevel = 1}},
+    {"EqualSizesSoftenedAdaptive", kAdaptive, {.equalSizes = true, .softenLevel = 1, .adaptive = 1}},
+    {"Adaptive", kAdaptive, {.adaptive = 8}},
+    {"AdaptiveNeedsLevel1", kPlain, {.cpuLevel = 0, .adaptive = 8, .use16Taps = 1, .smoothing = 1}},
+    {"Smoothing", kSmoothing, {.adaptive = 1, .smoothing = 1}},
+    {"SmoothingAloneScales", kPlain, {.smoothing = 1}},
+    {"SixteenTapsOutrankSmoothing", k16Tap, {.adaptive = 1, .use16Taps = 2, .smoothing = 1}},
+    {"SixteenTapsAloneScale", kPlain, {.use16Taps = 1}},
 };
-INSTANTIATE_TEST_SUITE_P(Routes, Dispatch, testing::ValuesIn(kCases), [](const auto& c) { return c.param.name; });
+INSTANTIATE_TEST_SUITE_P(Dispatch, Route, testing::ValuesIn(kCases), [](const auto& c) { return c.param.name; });
 
-using FileForms = Dispatch;
-
-TEST_P(FileForms, ProcessTheFramesThatThePointersLastHeld) {
-  const testing_support::Processor p = MakeProcessor(GetParam());
+TEST_F(Dispatch, FileFormsProcessTheFramesThatThePointersLastHeld) {
+  const testing_support::Processor p = MakeProcessor({});
   p->Go(source.data(), destination.data(), 0);
   const Bytes expected = destination;
   char in[] = "in.yuv";
@@ -121,7 +125,5 @@ TEST_P(FileForms, ProcessTheFramesThatThePointersLastHeld) {
   EXPECT_EQ(p->enhanceVertical, 5);
   EXPECT_EQ(p->optionValue, 6u);
 }
-
-INSTANTIATE_TEST_SUITE_P(Routes, FileForms, testing::Values(Case{"Scales", kPlain}));
 
 }  // namespace

@@ -165,29 +165,31 @@ struct RouteCase {
   const char* name;
   bool preProcessor;
   int outWidth;
-  std::uint32_t softenLevel = 0;
-  std::uint8_t adaptive = 0, use16Taps = 0, smoothing = 0, deblock = 0;
+  struct {
+    std::uint32_t softenLevel = 0;
+    std::uint8_t adaptive = 0, use16Taps = 0, smoothing = 0, deblock = 0;
+  } switches = {};
 };
 
 constexpr RouteCase kRoutes[] = {
     {"plain", true, 96},
     {"temporal", true, 160},
-    {"adaptive", true, 96, 0, 2},
-    {"smoothing", true, 160, 4, 2, 0, 1},
-    {"16 taps", true, 96, 4, 2, 1},
+    {"adaptive", true, 96, {.adaptive = 2}},
+    {"smoothing", true, 160, {.softenLevel = 4, .adaptive = 2, .smoothing = 1}},
+    {"16 taps", true, 96, {.softenLevel = 4, .adaptive = 2, .use16Taps = 1}},
     {"post", false, 96},
     {"pass-through", false, 160},
-    {"deblocked", false, 160, 0, 0, 0, 0, 40},
+    {"deblocked", false, 160, {.deblock = 40}},
 };
 
 testing_support::Processor MakeForRoute(const RouteCase& c) {
   testing_support::Configuration configuration{{160, 32, c.outWidth, 32}};
-  configuration.softenLevel = c.softenLevel;
-  configuration.use16Taps = c.use16Taps;
+  configuration.softenLevel = c.switches.softenLevel;
+  configuration.use16Taps = c.switches.use16Taps;
   testing_support::Processor p = testing_support::MakeProcessor(c.preProcessor, configuration);
-  p->SetAdaptive(c.adaptive);
-  p->SetUseSpatialMotionSmoothing(c.smoothing);
-  p->InitDeblocker(c.deblock);
+  p->SetAdaptive(c.switches.adaptive);
+  p->SetUseSpatialMotionSmoothing(c.switches.smoothing);
+  p->InitDeblocker(c.switches.deblock);
   p->SetDeblockTestPattern(0);
   p->ditherLevel = 9;
   p->ditherSeed = 5;
