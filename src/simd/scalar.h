@@ -3,6 +3,8 @@
 
 #include <cstring>
 
+#include "compiler/compiler.h"
+
 namespace vidproc::VIDPROC_TARGET {
 namespace {
 
@@ -18,34 +20,36 @@ struct Raw {
 namespace vidproc::VIDPROC_TARGET {
 namespace {
 
-inline int Lane(I16 a, int i) {
+VIDPROC_ALWAYS_INLINE int Lane(I16 a, int i) {
   return static_cast<std::int16_t>(static_cast<std::uint16_t>(a.raw.byte[2 * i] | a.raw.byte[2 * i + 1] << 8));
 }
-inline void SetLane(I16& a, int i, int value) {
+VIDPROC_ALWAYS_INLINE void SetLane(I16& a, int i, int value) {
   a.raw.byte[2 * i] = static_cast<std::uint8_t>(value);
   a.raw.byte[2 * i + 1] = static_cast<std::uint8_t>(static_cast<unsigned>(value) >> 8);
 }
-inline int ClampTo(int value, int low, int high) { return value < low ? low : value > high ? high : value; }
-inline int Saturated16(int value) { return ClampTo(value, -32768, 32767); }
-inline int SignedByte(int value) { return static_cast<std::int8_t>(value); }
+VIDPROC_ALWAYS_INLINE int ClampTo(int value, int low, int high) {
+  return value < low ? low : value > high ? high : value;
+}
+VIDPROC_ALWAYS_INLINE int Saturated16(int value) { return ClampTo(value, -32768, 32767); }
+VIDPROC_ALWAYS_INLINE int SignedByte(int value) { return static_cast<std::int8_t>(value); }
 
-inline std::uint32_t Lane(I32 a, int i) {
+VIDPROC_ALWAYS_INLINE std::uint32_t Lane(I32 a, int i) {
   const std::uint8_t* bytes = a.raw.byte + 4 * i;
   return bytes[0] | std::uint32_t{bytes[1]} << 8 | std::uint32_t{bytes[2]} << 16 | std::uint32_t{bytes[3]} << 24;
 }
-inline void SetLane(I32& a, int i, std::uint32_t value) {
+VIDPROC_ALWAYS_INLINE void SetLane(I32& a, int i, std::uint32_t value) {
   for (int k = 0; k < 4; ++k) a.raw.byte[4 * i + k] = static_cast<std::uint8_t>(value >> (8 * k));
 }
 
 /// One value of every lane, or byte, from those of a and b.
 template <class Operation>
-inline I16 EachLane(I16 a, I16 b, Operation operation) {
+VIDPROC_ALWAYS_INLINE I16 EachLane(I16 a, I16 b, Operation operation) {
   I16 result;
   for (int i = 0; i < kLanes; ++i) SetLane(result, i, operation(Lane(a, i), Lane(b, i)));
   return result;
 }
 template <class Operation>
-inline U8 EachByte(U8 a, U8 b, Operation operation) {
+VIDPROC_ALWAYS_INLINE U8 EachByte(U8 a, U8 b, Operation operation) {
   U8 result;
   for (int i = 0; i < kVectorBytes; ++i) {
     result.raw.byte[i] = static_cast<std::uint8_t>(operation(int{a.raw.byte[i]}, int{b.raw.byte[i]}));
