@@ -14,6 +14,14 @@ static_assert(offsetof(Shared, input) == offsetof(vidproc_exposure_options, inpu
 static_assert(offsetof(Shared, alignment) == offsetof(vidproc_post_options, alignment));
 static_assert(offsetof(Shared, dither_seed) == offsetof(vidproc_post_options, dither_seed));
 
+// Bytes of the structs in version 1.0. They stay when fields are appended, so that programs of that version are taken.
+constexpr std::size_t kFirstPreSize = 108;
+constexpr std::size_t kFirstPostSize = 80;
+constexpr std::size_t kFirstExposureSize = 20;
+static_assert(sizeof(vidproc_pre_options) >= kFirstPreSize);
+static_assert(sizeof(vidproc_post_options) >= kFirstPostSize);
+static_assert(sizeof(vidproc_exposure_options) >= kFirstExposureSize);
+
 constexpr int kSmallestWatched = kExposureBlockSize;
 
 constexpr const char* kAlignments[] = {"centres", "corners", nullptr};
@@ -100,11 +108,9 @@ constexpr vidproc_option kExposureFields[] = {
 
 }  // namespace
 
-const OptionTable kPreOptions = {kSharedFields, kPreFields, sizeof(vidproc_pre_options), sizeof(vidproc_pre_options)};
-const OptionTable kPostOptions = {kSharedFields, kPostFields, sizeof(vidproc_post_options),
-                                  sizeof(vidproc_post_options)};
-const OptionTable kExposureOptions = {
-    {}, kExposureFields, sizeof(vidproc_exposure_options), sizeof(vidproc_exposure_options)};
+const OptionTable kPreOptions = {kSharedFields, kPreFields, sizeof(vidproc_pre_options), kFirstPreSize};
+const OptionTable kPostOptions = {kSharedFields, kPostFields, sizeof(vidproc_post_options), kFirstPostSize};
+const OptionTable kExposureOptions = {{}, kExposureFields, sizeof(vidproc_exposure_options), kFirstExposureSize};
 
 const vidproc_option* SettingAt(const OptionTable& table, std::int32_t number) noexcept {
   if (number < 0) return nullptr;
