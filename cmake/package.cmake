@@ -1,5 +1,5 @@
-# cpack: one archive for each component; cpack -G DEB: the same as plain Debian packages, for machines without Debian's
-# own tools (scripts/package uses those, with packaging/debian).
+# cpack: one archive for each component. cpack -G DEB: plain Debian packages of the names that scripts/package gives
+# (from packaging/debian), without debhelper; needs `file`, and dpkg-dev for the dependencies.
 set(CPACK_PACKAGE_NAME vidproc)
 set(CPACK_PACKAGE_VENDOR "the vidproc authors")
 set(CPACK_RESOURCE_FILE_LICENSE ${PROJECT_SOURCE_DIR}/LICENSE)
