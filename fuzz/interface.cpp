@@ -1,5 +1,6 @@
 // Sequences over the checked interface: handles of every kind, options of any value and size, frames with any stride,
 // pointer and byte count that is true, apart, in place and overlapping. A refused call changes nothing and says why.
+#include <cstddef>
 #include <cstring>
 #include <iterator>
 #include <memory>
@@ -32,7 +33,7 @@ vidproc_status StatusOf(const Call& call) {
 template <typename Handle, typename Options>
 class Stream {
  public:
-  explicit Stream(Input& input) : input(input) {}
+  Stream(Input& input, Run run) : input(input), run(run) {}
 
   void Call(Digest& digest) {
     const int call = input.Between(0, 9);
@@ -54,13 +55,18 @@ class Stream {
     const std::size_t size = input.OneIn(8) ? input.Any() % 5000 : sizeof(Options);
     const auto memory = std::make_unique<std::uint32_t[]>(size / 4 + 1);
     auto* const options = reinterpret_cast<Options*>(memory.get());
-    const bool isKnown = vidproc::api::WriteDefaults(TableOf<Options>(), options, size) == VIDPROC_OK;
+    const bool isWritten = vidproc::api::WriteDefaults(TableOf<Options>(), options, size) == VIDPROC_OK;
     std::memcpy(&drawn, memory.get(), sizeof(drawn.struct_size));
     std::memcpy(memory.get(), &drawn, std::min(size, sizeof(drawn)));
     while (input.OneIn(4)) memory[input.Byte() % (size / 4 + 1)] = input.Any();
+    if constexpr (requires { drawn.dither_seed; }) {
+      constexpr std::size_t kSeed = offsetof(Options, dither_seed) / 4;
+      const bool isByTheClock = kSeed <= size / 4 && memory[kSeed] == 0xFFFFFFFF;
+      if (run == Run::kRepeatable && isByTheClock) memory[kSeed] = 0;
+    }
     std::memcpy(&drawn, memory.get(), std::min(size, sizeof(drawn)));
     // struct_size is true, or such that nothing is read.
-    if (drawn.struct_size > size || !isKnown) memory[0] = static_cast<std::uint32_t>(input.OneIn(2) ? 5000 : 0);
+    if (drawn.struct_size > size || !isWritten) memory[0] = static_cast<std::uint32_t>(input.OneIn(2) ? 5000 : 0);
     bool isLarge = IsLarge(drawn.input);
     if constexpr (requires { drawn.output; }) isLarge = isLarge || IsLarge(drawn.output);
     if (isLarge && vidproc::api::IsValid(drawn.input)) return Reset();
@@ -74,9 +80,9 @@ class Stream {
       const auto presets = kIsPre<Options> ? vidproc::api::kPrePresets : vidproc::api::kPostPresets;
       const char* const name = vidproc::api::PresetName(presets, input.Between(-1, 6));
       Options options;
-      const vidproc_status isKnown =
+      const vidproc_status status =
           vidproc::api::WritePreset(TableOf<Options>(), presets, name, &options, sizeof(options));
-      Require((isKnown == VIDPROC_OK) == (name != nullptr), "presets have names");
+      Require((status == VIDPROC_OK) == (name != nullptr), "presets have names");
       if (name == nullptr) return Reset();
       const auto drawn = DrawOptions<Options>(input);
       options.input = drawn.input;
@@ -154,17 +160,18 @@ class Stream {
   }
 
   Input& input;
+  const Run run;
   Handle handle;
   Options configured = {};
 };
 
 }  // namespace
 
-std::uint64_t RunInterface(Input& input, Run) {
+std::uint64_t RunInterface(Input& input, Run run) {
   Digest digest;
-  Stream<vidproc::Pre, vidproc_pre_options> pre(input);
-  Stream<vidproc::Post, vidproc_post_options> post(input);
-  Stream<vidproc::Exposure, vidproc_exposure_options> exposure(input);
+  Stream<vidproc::Pre, vidproc_pre_options> pre(input, run);
+  Stream<vidproc::Post, vidproc_post_options> post(input, run);
+  Stream<vidproc::Exposure, vidproc_exposure_options> exposure(input, run);
   for (int call = 0; call < kMostCalls && !input.IsEmpty(); ++call) {
     const int stream = input.Between(0, 4);
     stream < 2 ? pre.Call(digest) : stream < 4 ? post.Call(digest) : exposure.Call(digest);

@@ -5,6 +5,7 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -22,33 +23,27 @@ namespace tool = vidproc::tool;
 constexpr int kMostFrames = 4;
 constexpr std::int64_t kMostPixels = 1 << 16;
 
-constexpr const char* kCommands[] = {"pre", "post", "exposure", "filters", "info", "object"};
-constexpr const char* kOptions[] = {"--adaptive",  "--alignment",
-                                    "--codec",     "--compare",
-                                    "--crf",       "--deblock",
-                                    "--denoise",   "--dither",
-                                    "--enhance",   "--filter",
-                                    "--fit",       "--format",
-                                    "--fps",       "--framemd5",
-                                    "--frames",    "--from",
-                                    "--lobes",     "--luma",
-                                    "--json",      "--output-csp",
-                                    "--preset",    "--motion-smoothing",
-                                    "--seed",      "--sharpen",
-                                    "--size",      "--skip",
-                                    "--soften",    "--softening",
-                                    "--stats",     "--taps16",
-                                    "--temporal",  "--taps",
-                                    "--to",        "-o",
-                                    "-q",          "pre",
-                                    "nv12",        "--encoder-preset",
-                                    "--synthetic", "--"};
+constexpr const char* kCommands[] = {"pre", "post", "exposure", "filters", "bench", "info", "object"};
+// Without --cpu, which would hold for all inputs after it.
+constexpr char kOptions[] =
+    "--adaptive --alignment --codec --compare --crf --deblock --denoise --dither --encoder-preset --enhance --filter "
+    "--fit --format --fps --framemd5 --frames --from --input --input-csp --input-res --json --lobes --luma "
+    "--motion-smoothing --output --output-csp --plot --preset --quiet --seconds --seed --sharpen --size --skip "
+    "--soften --softening --stats --streams --synthetic --synthetic-noise --synthetic-size --taps --taps16 "
+    "--temporal --to --version -- -i -o -q -s nv12 pre";
 constexpr const char* kValues[] = {"nv12",      "uyvy422",   "yuv420p", "auto", "off",       "webcam", "lanczos",
                                    "640x360",   "x",         "-1",      "1e9",  "a:b:c",     "80:3",   "%d",
                                    "/dev/null", "f%03d.png", "-",       "",     "30000/1001"};
 constexpr const char* kFormats[] = {"nv12", "uyvy422", "yuyv422", "yuv420p", "yuv422p", "gray", "rgb24", "none"};
 constexpr AVPixelFormat kAccepted[] = {AV_PIX_FMT_NV12, AV_PIX_FMT_UYVY422};
 
+std::string DrawOption(Input& input) {
+  static const std::vector<std::string> kWords = [] {
+    std::istringstream words(kOptions);
+    return std::vector<std::string>{std::istream_iterator<std::string>(words), {}};
+  }();
+  return kWords[input.Byte() % kWords.size()];
+}
 std::string DrawNumber(Input& input) {
   return std::to_string(input.OneIn(6) ? static_cast<std::int32_t>(input.Any()) : input.Between(1, 40));
 }
@@ -96,7 +91,7 @@ void FuzzTool(Input input) {
   const bool isRaw = input.OneIn(2);
   if (isRaw) words.insert(words.end(), {"--input-csp", input.Pick(kFormats), "--input-res", DrawSize(input)});
   for (int options = input.Between(0, 6); options > 0; --options) {
-    words.emplace_back(input.Pick(kOptions));
+    words.push_back(DrawOption(input));
     const int kind = input.Between(0, 3);
     if (kind > 0) words.push_back(kind == 1 ? DrawNumber(input) : kind == 2 ? DrawSize(input) : input.Pick(kValues));
   }
