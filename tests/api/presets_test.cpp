@@ -87,10 +87,10 @@ constexpr int kAmplitudes[] = {0,  0,  2,  2,  3,  3,  4,  4,  5,  5, 7, 7, 9, 9
 
 TEST(AutomaticDenoising, FollowsTheNoiseAndStartsAfreshAfterAReset) {
   for (const vidproc_format format : kFormats) {
-    Stream stream(format, format % 2);
+    Stream stream(format, format % 2);  // motion smoothing in every other format
     std::vector<std::vector<std::uint8_t>> runs[2];
-    std::vector<std::int32_t> noise;
     for (auto& run : runs) {
+      std::vector<std::int32_t> noise;
       stream.random = Random(9);
       for (const int amplitude : kAmplitudes) {
         run.push_back(stream.Show(amplitude));

@@ -5,7 +5,6 @@
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
-#include <fstream>
 #include <functional>
 #include <string>
 #include <vector>
@@ -14,6 +13,7 @@
 #include "support/api_frames.h"
 #include "support/frame_content.h"
 #include "support/md5.h"
+#include "support/resident_memory.h"
 
 namespace {
 
@@ -30,7 +30,7 @@ constexpr Size kSizes[] = {{160, 90}, {176, 144}, {320, 180}, {322, 181}, {640, 
 template <typename Options>
 Options DrawSettings(Random& random, const vidproc_frame_info* input) {
   std::uint8_t bytes[64];
-  for (std::uint8_t& byte : bytes) byte = random.Byte();
+  random.Fill(bytes);
   fuzzing::Input drawn(bytes, sizeof(bytes));
   auto options = fuzzing::DrawOptions<Options>(drawn);
   options.luma_gain = 64, options.luma_offset = 0;  // others may be refused
@@ -67,16 +67,6 @@ Chain RunCamera(const std::function<bool(const Chain&)>& goesOn) {
     chain.push_back(sum.Sum());
   }
   return chain;
-}
-
-/// Of this process; 0 where the system does not tell.
-long ResidentKilobytes() {
-  std::ifstream status("/proc/self/status");
-  for (std::string word; status >> word;) {
-    long kilobytes = 0;
-    if (word == "VmRSS:" && status >> kilobytes) return kilobytes;
-  }
-  return 0;
 }
 
 TEST(Soak, MemoryIsFlatAndSumsAreReproducible) {

@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <random>
+#include <span>
 #include <vector>
 
 namespace testing_support {
@@ -17,6 +18,9 @@ class Random {
   int Between(int low, int high) { return low + static_cast<int>(Bits() % static_cast<std::uint32_t>(high - low + 1)); }
   bool OneIn(int n) { return Between(1, n) == 1; }
   std::uint8_t Byte() { return static_cast<std::uint8_t>(Bits()); }
+  void Fill(std::span<std::uint8_t> bytes) {
+    for (std::uint8_t& byte : bytes) byte = Byte();
+  }
   template <typename Value, std::size_t kCount>
   Value Pick(const Value (&choices)[kCount]) {
     return choices[Bits() % kCount];
