@@ -24,6 +24,9 @@ const vidproc::api::OptionTable& TableOf() {
   return vidproc::api::kExposureOptions;
 }
 
+constexpr bool IsPacked(vidproc_format f) { return f == VIDPROC_FORMAT_UYVY || f == VIDPROC_FORMAT_YUYV; }
+constexpr bool HalvesChromaRows(vidproc_format f) { return f == VIDPROC_FORMAT_NV12 || f == VIDPROC_FORMAT_I420; }
+
 inline vidproc_frame_info DrawInfo(Input& input) {
   const int width = input.Between(2, input.OneIn(4) ? 200 : 40), height = input.Between(1, input.OneIn(4) ? 90 : 24);
   return {input.Between(VIDPROC_FORMAT_UYVY, VIDPROC_FORMAT_I422), width, height, input.Between(0, 1)};
@@ -60,8 +63,8 @@ struct Samples {
 
 /// Luma, Cb or Cr of a frame whose strides hold whole rows.
 inline Samples ComponentOf(const vidproc_output& f, int c) {
-  const bool is420 = f.format == VIDPROC_FORMAT_NV12 || f.format == VIDPROC_FORMAT_I420;
-  const int width = c == 0 ? f.width : (f.width + 1) / 2, height = c == 0 || !is420 ? f.height : (f.height + 1) / 2;
+  const int width = c == 0 ? f.width : (f.width + 1) / 2;
+  const int height = c == 0 || !HalvesChromaRows(f.format) ? f.height : (f.height + 1) / 2;
   switch (f.format) {
     case VIDPROC_FORMAT_UYVY:
       return {f.plane[0] + (c == 0 ? 1 : 2 * (c - 1)), c == 0 ? 2 : 4, f.stride[0], width, height};

@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cstdlib>
 #include <vector>
 
 #include "frame/frame_checks.h"
@@ -62,7 +61,7 @@ TEST_P(BufferLimits, FramesMayFillTheBuffersToTheLastByte) {
   for (const Limit& limit : kLimits) {
     Geometry geometry = limit.largest;
     SCOPED_TRACE(&limit - kLimits);
-    const auto isMade = [](int sample) { return sample >= 88 && sample <= 90; };  // phases of 127 / 128
+    const auto isMade = [](int sample) { return sample >= 88 && sample <= 90; };  // some phases sum to 127 of 128
     const auto isUntouched = [](int sample) { return sample == 1; };
     EXPECT_TRUE(std::ranges::all_of(RunFlatFrames(limit.run, geometry), isMade));
     ++(geometry.*limit.grows);
@@ -75,14 +74,13 @@ TEST_P(BufferLimits, PassesTallNarrowFramesThroughInPlace) {
   void* handle = nullptr;
   for (const unsigned height : {16u, 300u})
     ASSERT_EQ(PostProcInit(&handle, 16, height, 32, 16, height, 32, 0, 0, 0), 1);
+  const testing_support::Processor owner(static_cast<VideoProcessor*>(handle));
   std::vector<unsigned char> frame(32 * 301);
   for (std::size_t i = 0; i < frame.size(); ++i) frame[i] = static_cast<unsigned char>(i * 7 + i / 32);
   std::vector<unsigned char> expected = frame;
   std::copy_n(frame.begin(), 32 * 300, expected.begin() + 32);
   PostProcExecute(handle, frame.data(), frame.data() + 32, 0, 64, 0);
   EXPECT_EQ(frame, expected);
-  std::free(static_cast<VideoProcessor*>(handle)->ditherTable);
-  PostProcCleanup(&handle);
 }
 
 TEST(WorkingBuffers, HoldWholePackedFramesOnly) {

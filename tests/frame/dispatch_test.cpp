@@ -44,7 +44,7 @@ class Dispatch : public testing::Test {
  protected:
   Dispatch() {
     testing_support::Random random(2);
-    for (unsigned char& byte : source) byte = random.Byte();
+    random.Fill(source);
   }
 
   static testing_support::Processor MakeProcessor(const Switches& switches) {

@@ -65,7 +65,7 @@ class Sequence {
       for (Handle& handle : handles) CleanUp(now, &handle.processor);
       model.CleanUp();
     } else if (now == Use::kInterleaved420) {
-      // Padded rows are not this function's set-up: what its staging would leave between them is nobody's business.
+      // This function sets up packed rows; what it leaves between padded ones is not documented.
       const SetUpArguments& set = model.Current();
       if (set.SourceIsPacked() && set.DestinationIsPacked()) Process420();
     } else {

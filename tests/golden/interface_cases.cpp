@@ -5,6 +5,7 @@
 #include "api/option_checks.h"
 #include "golden/golden_cases.h"
 #include "support/api_frames.h"
+#include "support/kernel_harness.h"
 
 namespace golden {
 namespace {
@@ -88,15 +89,15 @@ void AddFormats(Cases& cases) {
 }
 
 void AddFilters(Cases& cases) {
-  constexpr int kSizes[][4] = {
+  constexpr testing_support::Geometry kSizes[] = {
       {96, 48, 48, 24}, {200, 64, 30, 9}, {90, 60, 60, 40}, {40, 24, 60, 36}, {32, 18, 96, 54}};
   for (int filter = VIDPROC_FILTER_AUTOMATIC; filter <= VIDPROC_FILTER_TWO_SINCS; ++filter) {
-    for (const auto& size : kSizes) {
-      auto options = Sizes<PreOptions>(size[0], size[1], size[2], size[3], filter);
+    for (const testing_support::Geometry& g : kSizes) {
+      auto options = Sizes<PreOptions>(g.inWidth, g.inHeight, g.outWidth, g.outHeight, filter);
       options.softening = 12;
       cases.Add(options);
       options.taps = 16;
-      options.sharpening = size[0] % 7;
+      options.sharpening = g.inWidth % 7;  // another one for each size
       cases.Add(options);
     }
     auto corners = Sizes<PreOptions>(54, 36, 90, 41, filter);

@@ -35,10 +35,16 @@ constexpr Settings kSettings[] = {{.softening = 10, .adaptive = 2, .temporalStre
                                    .gain = -30,
                                    .offset = 100}};
 
-std::string Describe(const Geometry& g, const Settings& s) {
+std::string DescribeSizes(const Geometry& g) {
   std::ostringstream text;
   text << g.inWidth << "x" << g.inHeight << "+" << g.inPadding << " to " << g.outWidth << "x" << g.outHeight << "+"
-       << g.outPadding << " softening " << s.softening << " strength " << s.strength << " dither " << s.dither
+       << g.outPadding;
+  return text.str();
+}
+
+std::string Describe(const Geometry& g, const Settings& s) {
+  std::ostringstream text;
+  text << DescribeSizes(g) << " softening " << s.softening << " strength " << s.strength << " dither " << s.dither
        << " adaptive " << int{s.adaptive} << " temporal " << int{s.temporalStrength} << ":" << int{s.temporalShift}
        << " deblock " << int{s.deblock} << " luma " << s.gain << ":" << s.offset;
   return text.str();
@@ -57,6 +63,7 @@ void AddObjectCases(std::vector<Case>& cases) {
       const Geometry& g = kGeometries[i / 2];
       const bool keepsSize = g.inWidth == g.outWidth && g.inHeight == g.outHeight;
       if (!keepsSize && (kernel.family == testing_support::Family::kTemporal || kernel.run == kDeblock.run)) continue;
+      // Two settings for each geometry, others from one geometry to the next.
       const Settings& s = kSettings[(i + i / 4) % std::size(kSettings)];
       cases.push_back({std::string(kernel.name) + " " + Describe(g, s), false,
                        [=] { return StartKernel(kernel, g, s, Flush::kEnd); }});
@@ -72,7 +79,7 @@ void AddObjectCases(std::vector<Case>& cases) {
       add("pre-processing motion smoothing ", Use::kPreMotionSmoothing);
       add("post-processing ", Use::kPost);
     }
-    cases.push_back({"planes 4:2:0 " + Describe(g, {.gain = 0}), false, [=] { return StartPlanes(g, Flush::kEnd); }});
+    cases.push_back({"planes 4:2:0 " + DescribeSizes(g), false, [=] { return StartPlanes(g, Flush::kEnd); }});
   }
 }
 

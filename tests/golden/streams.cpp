@@ -78,11 +78,9 @@ Frame PlanarFrame(int width, int height, int padding, Flush flush, std::uint8_t*
   return frame;
 }
 
-bool IsPacked(vidproc_format format) { return format == VIDPROC_FORMAT_UYVY || format == VIDPROC_FORMAT_YUYV; }
-
 /// Planes apart; the block holds them tightly behind one another.
 Frame CheckedFrame(const vidproc_frame_info& info, const Placement& placement, vidproc_output& view) {
-  Frame frame(vidproc::FrameBytes(info), IsPacked(info.format) ? (info.width + 1) / 2 * 4 : info.width);
+  Frame frame(vidproc::FrameBytes(info), fuzzing::IsPacked(info.format) ? (info.width + 1) / 2 * 4 : info.width);
   view = {info.format, info.width, info.height, {}, {}, {}};
   const vidproc::api::FrameLayout layout = vidproc::api::LayoutOf(info);
   std::size_t offset = 0;
@@ -198,6 +196,7 @@ std::string Stream::Sum() {
 Stream StartKernel(const testing_support::Kernel& kernel, const Geometry& g, const Settings& s, Flush flush) {
   const bool isPost = kernel.family == testing_support::Family::kPost;
   testing_support::Configuration configuration{g, s.softening, s.strength};
+  // The strength chooses the window too, so that every window is met.
   configuration.windowKind = s.strength % 2 == 0 ? 2 : isPost ? 0 : 1;
   configuration.use16Taps = kernel.horizontalTaps == 16;
   const auto setUp = [=](Processor& p) {

@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdint>
+#include <string_view>
 #include <vector>
 
 #include "support/frame_content.h"
@@ -29,27 +30,27 @@ TEST_P(Deblocking, EqualsTheReferenceForAnyTapsAndRatio) {
     std::int32_t up, down;
   };
   constexpr Case kCases[] = {
-      {{10, 17, 24, 26, 24, 17, 10, 0}, 1, 1},
-      {{10, 17, 24, 26, 24, 17, 10, 0}, 2, 1},  // every output on another source
-      {{10, 17, 24, 26, 24, 17, 10, 0}, 8, 7},
-      {{0, 0, 64, 0, 64, 0, 0, 0}, 1, 1},  // the most that two samples under one weight have room for
-      {{0, 0, 65, 0, 65, 0, 0, 0}, 1, 1},
-      {{-10, 17, 24, 66, 24, 17, -10, 0}, 1, 1},
-      {{10, 17, 24, 26, 24, 17, 9, 0}, 1, 1},
-      {{10, 17, 24, 26, 24, 17, 10, 5}, 1, 1},
+      {{10, 17, 24, 26, 24, 17, 10, 0}, 1, 1},    // as a set-up makes them
+      {{10, 17, 24, 26, 24, 17, 10, 0}, 2, 1},    // every output on another source
+      {{10, 17, 24, 26, 24, 17, 10, 0}, 8, 7},    // some outputs on another source
+      {{0, 0, 64, 0, 64, 0, 0, 0}, 1, 1},         // the most that two samples under one weight have room for
+      {{0, 0, 65, 0, 65, 0, 0, 0}, 1, 1},         // one more than that
+      {{-10, 17, 24, 66, 24, 17, -10, 0}, 1, 1},  // taps below 0
+      {{10, 17, 24, 26, 24, 17, 9, 0}, 1, 1},     // not symmetric
+      {{10, 17, 24, 26, 24, 17, 10, 5}, 1, 1},    // an eighth tap
   };
   Random random(1);
   Bytes frame, expected;
   for (const Case& c : kCases) {
-    for (const char* const plain : {"neither", "rows", "columns"}) {
+    for (const std::string_view plain : {"neither", "rows", "columns"}) {
       const Processor p = MakeDeblocker(40, 35, 45);
       p->SetDeblockTestPattern(0);
       p->horizontalUp = c.up;
       p->horizontalDown = c.down;
       reference::DeblockSettings settings = {40, 35, c.up, c.down, 45, false};
       for (std::size_t t = 0; t < 8; ++t) {
-        settings.horizontal[t] = *plain == 'c' ? kCases[0].taps[t] : c.taps[t];
-        settings.vertical[t] = *plain == 'r' ? kCases[0].taps[t] : c.taps[t];
+        settings.horizontal[t] = plain == "columns" ? kCases[0].taps[t] : c.taps[t];
+        settings.vertical[t] = plain == "rows" ? kCases[0].taps[t] : c.taps[t];
         p->deblockHorizontalFilterLanes[0][t][0] = settings.horizontal[t];
         p->deblockVerticalFilterLanes[0][t][0] = settings.vertical[t];
       }

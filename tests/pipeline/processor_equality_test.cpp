@@ -13,14 +13,12 @@ namespace {
 using namespace testing_support;
 using golden::Settings;
 
-// As the object's kernels take them.
-constexpr Kernel kPlain = {.run = &VideoProcessor::PreProcExecute};
-constexpr Kernel kSixteenTaps = {.run = &VideoProcessor::PreProcAdaptive16TapExecute, .horizontalTaps = 16};
-constexpr Kernel kDenoising = {.run = &VideoProcessor::PreProcAdaptiveExecute};
-constexpr Kernel kSmoothing = {.run = &VideoProcessor::PreProcAdaptiveMotionSmoothingExecute, .motionGate = true};
-constexpr Kernel kSixteenTapDenoising = {.run = &VideoProcessor::PreProcAdaptive16TapTemporalExecute,
-                                         .horizontalTaps = 16};
-constexpr Kernel kPost = {.run = &VideoProcessor::PostProcExecute, .family = Family::kPost};
+constexpr const Kernel& kPlain = KernelThatRuns(&VideoProcessor::PreProcExecute);
+constexpr const Kernel& kSixteenTaps = KernelThatRuns(&VideoProcessor::PreProcAdaptive16TapExecute);
+constexpr const Kernel& kDenoising = KernelThatRuns(&VideoProcessor::PreProcAdaptiveExecute);
+constexpr const Kernel& kSmoothing = KernelThatRuns(&VideoProcessor::PreProcAdaptiveMotionSmoothingExecute);
+constexpr const Kernel& kSixteenTapDenoising = KernelThatRuns(&VideoProcessor::PreProcAdaptive16TapTemporalExecute);
+constexpr const Kernel& kPost = KernelThatRuns(&VideoProcessor::PostProcExecute);
 
 /// Of packed frames without padding.
 template <typename Options>
@@ -77,6 +75,7 @@ TEST(PipelineAndProcessor, DenoiseAlike) {
   for (const auto& [width, height] : {std::pair{64, 40}, {200, 9}, {10, 3}, {2, 1}}) {
     const Geometry g{width, height, width, height};
     for (const auto& [kernel, s] : kCases) {
+      // The object lays noise over rows rounded up to 16 pixels: at other widths it lies elsewhere.
       if (s.dither != 0 && width % 16 != 0) continue;
       auto options = OptionsFor<vidproc::PreOptions>(kernel, g, s);
       options.denoise_taps = kernel.horizontalTaps;

@@ -72,6 +72,7 @@ Size DrawSize(Digits& digits) {
   return {kWidths[size % std::size(kWidths)], kHeights[size / std::size(kWidths)]};
 }
 
+/// kLengths makes widths, at least 2; a height of 1 may stay 1.
 Geometry DrawGeometry(Digits& digits) {
   const auto [width, height] = DrawSize(digits);
   const auto length = digits.Pick(kLengths);

@@ -1,5 +1,6 @@
-// What every stream of the golden table keeps beside its bytes: frames take no memory and do not call the system, and
-// streams in other threads are none of its business. scripts/check_symbols sees that the library has no lock to take.
+// What holds for every stream of the golden table besides its bytes: its frames take no memory and do not call the
+// system, and streams in other threads do not change them. scripts/check_symbols sees that the library has no lock to
+// take.
 #include <gtest/gtest.h>
 #include <linux/filter.h>
 #include <linux/seccomp.h>

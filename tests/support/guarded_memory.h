@@ -42,7 +42,7 @@ class GuardedMemory {
     }
     offset = flush == Flush::kEnd ? usable - bytes : 0;
     before.resize(usable);
-    for (std::uint8_t& byte : before) byte = random.Byte();
+    random.Fill(before);
     after = before;
   }
   ~GuardedMemory() { ReleasePages(base, mapped); }
@@ -65,6 +65,7 @@ class GuardedMemory {
     for (std::size_t at = 0; at < before.size(); at += pitch) std::copy_n(before.data() + at, stretch, live + at);
   }
 
+  /// Of memory without pages between rows.
   bool HasChanged() const { return !std::equal(before.begin(), before.end(), live); }
   /// Empty when live memory is as expected. `start` and `stride` say where the frame's rows lie.
   std::string FirstDifference(std::size_t start, std::size_t stride) const {

@@ -21,10 +21,6 @@ void FillLanes(const reference::FilterBank& bank, std::int16_t (&lanes)[16][kTap
   }
 }
 
-const Kernel& KernelThatRuns(int (VideoProcessor::*run)()) {
-  return *std::find_if(std::begin(kKernels), std::end(kKernels), [=](const Kernel& k) { return k.run == run; });
-}
-
 }  // namespace
 
 bool HandleModel::SetUp(Use use, const SetUpArguments& given) {

@@ -34,7 +34,7 @@ struct SetUpArguments {
   bool DestinationIsPacked() const { return outStride == 2 * outWidth; }
 };
 
-/// Of the pre-processor's frames, but for the last.
+/// Arguments of a frame; `deblock` is the post-processor's, the luma settings are both's, the rest the pre-processor's.
 struct FrameArguments {
   std::uint8_t adaptive, use16Taps, motionSmoothing, temporalStrength, temporalShift;
   std::int16_t lumaGain, lumaOffset;

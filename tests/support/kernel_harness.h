@@ -1,13 +1,15 @@
 // Runs the kernels of the library at every available level against the reference kernels: the same settings, the same
-// guarded frames, one processor per level for a whole stream. Everything a frame leaves behind is compared: all memory
-// around source and destination, history, first-frame flag and dither level.
+// guarded frames, one processor for each level and form for a whole stream. Everything a frame leaves behind is
+// compared: all memory around source and destination, history, first-frame flag and dither level.
 #pragma once
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
 #include <cstdlib>
+#include <iterator>
 #include <memory>
 #include <ostream>
 #include <string>
@@ -84,6 +86,11 @@ inline constexpr Kernel kKernels[] = {
      .family = Family::kPost,
      .dithersResampled = false},
 };
+
+/// The entry of the table that runs this member.
+constexpr const Kernel& KernelThatRuns(int (VideoProcessor::*run)()) {
+  return *std::find_if(std::begin(kKernels), std::end(kKernels), [=](const Kernel& k) { return k.run == run; });
+}
 
 enum class BankKind { kDesigned, kModest, kSparse, kExtreme };
 enum class Overlap { kApart, kSame, kAhead, kBehind };
@@ -166,7 +173,7 @@ class AtEveryLevel : public testing::TestWithParam<vidproc::Level> {
   INSTANTIATE_TEST_SUITE_P(Levels, Suite, testing::ValuesIn(testing_support::AvailableLevels()), \
                            [](const auto& info) { return vidproc::LevelName(info.param); })
 
-/// One stream: a processor per level and the reference's state beside them.
+/// One stream: a processor for each level and form, and the reference's state beside them.
 class Stream {
  public:
   explicit Stream(bool preProcessor);
