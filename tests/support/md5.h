@@ -3,7 +3,6 @@
 #pragma once
 
 #include <array>
-#include <bit>
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
@@ -58,7 +57,8 @@ class Md5 {
       a = d;
       d = c;
       c = b;
-      b += std::rotl(sum, kTurns[round][i % 4]);
+      const int turns = kTurns[round][i % 4];
+      b += sum << turns | sum >> (32 - turns);
     }
     state[0] += a;
     state[1] += b;
