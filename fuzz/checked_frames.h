@@ -10,6 +10,7 @@
 #include "api/frame_layout.h"
 #include "api/option_checks.h"
 #include "memory.h"
+#include "tests/support/api_frames.h"
 #include "vidproc/vidproc.hpp"
 
 namespace fuzzing {
@@ -23,9 +24,6 @@ const vidproc::api::OptionTable& TableOf() {
   if constexpr (std::is_same_v<Options, vidproc_post_options>) return vidproc::api::kPostOptions;
   return vidproc::api::kExposureOptions;
 }
-
-constexpr bool IsPacked(vidproc_format f) { return f == VIDPROC_FORMAT_UYVY || f == VIDPROC_FORMAT_YUYV; }
-constexpr bool HalvesChromaRows(vidproc_format f) { return f == VIDPROC_FORMAT_NV12 || f == VIDPROC_FORMAT_I420; }
 
 inline vidproc_frame_info DrawInfo(Input& input) {
   const int width = input.Between(2, input.OneIn(4) ? 200 : 40), height = input.Between(1, input.OneIn(4) ? 90 : 24);
@@ -64,7 +62,7 @@ struct Samples {
 /// Luma, Cb or Cr of a frame whose strides hold whole rows.
 inline Samples ComponentOf(const vidproc_output& f, int c) {
   const int width = c == 0 ? f.width : (f.width + 1) / 2;
-  const int height = c == 0 || !HalvesChromaRows(f.format) ? f.height : (f.height + 1) / 2;
+  const int height = c == 0 || !testing_support::HalvesChromaRows(f.format) ? f.height : (f.height + 1) / 2;
   switch (f.format) {
     case VIDPROC_FORMAT_UYVY:
       return {f.plane[0] + (c == 0 ? 1 : 2 * (c - 1)), c == 0 ? 2 : 4, f.stride[0], width, height};

@@ -18,7 +18,7 @@ void ForEachSample(const vidproc_output& a, const vidproc_output& b, const Take&
 }
 
 vidproc_frame_info Canonical(vidproc_frame_info info) {
-  info.format = HalvesChromaRows(info.format) ? VIDPROC_FORMAT_NV12 : VIDPROC_FORMAT_UYVY;
+  info.format = testing_support::HalvesChromaRows(info.format) ? VIDPROC_FORMAT_NV12 : VIDPROC_FORMAT_UYVY;
   return info;
 }
 

@@ -226,12 +226,11 @@ void ExpectPassing(bool passes, void (*change)(Options&)) {
     Stream stream(options);
     EXPECT_EQ(stream.PassesThrough(), passes) << format;
     TightFrame in(options.input, 0), out(options.output, 0);
-    testing_support::FastNoise noise(1);
+    FastNoise noise(1);
     for (std::uint8_t& byte : in.bytes) byte = noise.Byte();
-    const bool isPacked = format == VIDPROC_FORMAT_UYVY || format == VIDPROC_FORMAT_YUYV;
     const std::size_t secondLuma = format == VIDPROC_FORMAT_UYVY ? 3 : 2;  // of the last pair, beyond the picture
     constexpr std::size_t kRowBytes = 84, kLastPair = 80;                  // 41 pixels in 21 pairs
-    for (std::size_t row = 0; isPacked && row < 23; ++row) {
+    for (std::size_t row = 0; IsPacked(format) && row < 23; ++row) {
       std::uint8_t* const luma = &in.bytes[row * kRowBytes + kLastPair + secondLuma];
       luma[0] = luma[-2];
     }

@@ -75,8 +75,7 @@ TEST_P(BufferLimits, PassesTallNarrowFramesThroughInPlace) {
   for (const unsigned height : {16u, 300u})
     ASSERT_EQ(PostProcInit(&handle, 16, height, 32, 16, height, 32, 0, 0, 0), 1);
   const testing_support::Processor owner(static_cast<VideoProcessor*>(handle));
-  std::vector<unsigned char> frame(32 * 301);
-  for (std::size_t i = 0; i < frame.size(); ++i) frame[i] = static_cast<unsigned char>(i * 7 + i / 32);
+  std::vector<unsigned char> frame = testing_support::NumberedBytes(32 * 301);
   std::vector<unsigned char> expected = frame;
   std::copy_n(frame.begin(), 32 * 300, expected.begin() + 32);
   PostProcExecute(handle, frame.data(), frame.data() + 32, 0, 64, 0);

@@ -18,12 +18,6 @@ using Bytes = std::vector<std::uint8_t>;
 
 constexpr std::int16_t* VideoProcessor::*kNoScratch = nullptr;
 
-Bytes NumberedBytes(std::size_t count) {
-  Bytes bytes(count);
-  for (std::size_t i = 0; i < count; ++i) bytes[i] = static_cast<std::uint8_t>(i * 7 + i / 32);
-  return bytes;
-}
-
 /// Whether a frame of 90 in guarded memory leaves its mark in the destination.
 bool MakesFrame(VideoProcessor& p, int (VideoProcessor::*kernel)()) {
   Random random(1);

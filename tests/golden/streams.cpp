@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "fuzz/checked_frames.h"
+#include "support/api_frames.h"
 #include "support/fast_noise.h"
 
 namespace golden {
@@ -80,7 +81,8 @@ Frame PlanarFrame(int width, int height, int padding, Flush flush, std::uint8_t*
 
 /// Planes apart; the block holds them tightly behind one another.
 Frame CheckedFrame(const vidproc_frame_info& info, const Placement& placement, vidproc_output& view) {
-  Frame frame(vidproc::FrameBytes(info), fuzzing::IsPacked(info.format) ? (info.width + 1) / 2 * 4 : info.width);
+  Frame frame(vidproc::FrameBytes(info),
+              testing_support::IsPacked(info.format) ? (info.width + 1) / 2 * 4 : info.width);
   view = {info.format, info.width, info.height, {}, {}, {}};
   const vidproc::api::FrameLayout layout = vidproc::api::LayoutOf(info);
   std::size_t offset = 0;

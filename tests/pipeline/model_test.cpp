@@ -21,7 +21,7 @@ namespace filters = vidproc::filters;
 bool HasOwnWidth(const vidproc_pre_options& o) { return o.filter >= VIDPROC_FILTER_GAUSSIAN; }
 
 reference::Chroma ChromaOf(const vidproc_frame_info& info) {
-  return {fuzzing::HalvesChromaRows(info.format), info.siting == VIDPROC_SITING_CENTRE};
+  return {HalvesChromaRows(info.format), info.siting == VIDPROC_SITING_CENTRE};
 }
 
 filters::ScalingDesign FilterOf(const vidproc_pre_options& o) {
@@ -129,7 +129,7 @@ void ForEachSample(const vidproc_frame_info& info, Block& block, reference::Pict
 /// The last pair of a packed row of odd width: its luma stands twice where there is room; else it has the Cr of the
 /// pair before it.
 void FinishOddRows(const vidproc_frame_info& info, bool hasRoom, Block& block) {
-  if (!fuzzing::IsPacked(info.format) || info.width % 2 == 0) return;
+  if (!IsPacked(info.format) || info.width % 2 == 0) return;
   const std::size_t rowBytes = 2 * static_cast<std::size_t>(info.width) + 2, luma = info.format == VIDPROC_FORMAT_UYVY;
   for (std::size_t end = rowBytes; end <= block.size(); end += rowBytes) {
     block[end - 2 + luma] = block[end - 4 + luma];

@@ -11,6 +11,8 @@ namespace testing_support {
 
 inline constexpr vidproc_format kFormats[] = {VIDPROC_FORMAT_UYVY, VIDPROC_FORMAT_YUYV, VIDPROC_FORMAT_NV12,
                                               VIDPROC_FORMAT_I420, VIDPROC_FORMAT_I422};
+constexpr bool IsPacked(vidproc_format f) { return f == VIDPROC_FORMAT_UYVY || f == VIDPROC_FORMAT_YUYV; }
+constexpr bool HalvesChromaRows(vidproc_format f) { return f == VIDPROC_FORMAT_NV12 || f == VIDPROC_FORMAT_I420; }
 
 /// Options of a pre- or post-processor from I420 to NV12.
 template <typename Options>

@@ -30,6 +30,13 @@ class Random {
   std::mt19937 engine;
 };
 
+/// A picture whose every byte tells where it lies.
+inline std::vector<std::uint8_t> NumberedBytes(std::size_t count) {
+  std::vector<std::uint8_t> bytes(count);
+  for (std::size_t i = 0; i < count; ++i) bytes[i] = static_cast<std::uint8_t>(i * 7 + i / 32);
+  return bytes;
+}
+
 enum class Content { kNoise, kExtreme, kSmooth, kSteps, kDrift, kStill };
 
 /// Fills packed rows. `picture` holds the frame before on entry; kDrift moves its samples by at most 16 here and there,
